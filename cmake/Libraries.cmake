@@ -1,0 +1,13 @@
+# The system libraries, as the distribution packages them.
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-randr xcb-icccm xcb-ewmh)
+pkg_check_modules(DRAWING REQUIRED IMPORTED_TARGET cairo pango pangocairo glib-2.0)
+pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+
+add_library(kqu_drawing_libraries INTERFACE)
+target_link_libraries(kqu_drawing_libraries INTERFACE PkgConfig::DRAWING PkgConfig::PLIST)
+
+add_library(kqu_system_libraries INTERFACE)
+target_link_libraries(kqu_system_libraries INTERFACE
+  PkgConfig::XCB PkgConfig::SYSTEMD PkgConfig::DRAWING)

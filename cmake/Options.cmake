@@ -1,0 +1,17 @@
+# What every target of ours is compiled with.
+add_library(kqu_options INTERFACE)
+target_include_directories(kqu_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(kqu_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef
+  -Wduplicated-cond -Wduplicated-branches -Wlogical-op
+  -fno-fast-math -ffp-contract=off)
+if(KQU_WARNINGS_AS_ERRORS)
+  target_compile_options(kqu_options INTERFACE -Werror)
+endif()
+if(KQU_SANITIZE)
+  set(KQU_SANITIZERS -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all
+      -fno-omit-frame-pointer)
+  target_compile_options(kqu_options INTERFACE ${KQU_SANITIZERS})
+  target_link_options(kqu_options INTERFACE ${KQU_SANITIZERS})
+endif()

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/functions/FunctionTable.h"
+#include "platform/interfaces/EventSource.h"
+#include "platform/interfaces/NativeWindow.h"
+#include "platform/interfaces/NotificationCentre.h"
+#include "platform/interfaces/PowerMessages.h"
+#include "platform/interfaces/Waiting.h"
+
+#include <vector>
+
+namespace kqu::platform {
+
+/// All that the framework knows of the world: five interfaces and the sources to watch. Everything
+/// named here outlives the runtime that is given it.
+struct Platform {
+    Waiting& waiting;
+    WindowSystem& windows;
+    NotificationCentre& notifications;
+    PowerMessages& power;
+    FunctionTable& functions;
+    std::vector<EventSource*> sources;
+};
+
+} // namespace kqu::platform
