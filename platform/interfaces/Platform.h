@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/functions/FunctionTable.h"
+#include "platform/functions/ScreenUpdates.h"
 #include "platform/interfaces/EventSource.h"
 #include "platform/interfaces/NativeWindow.h"
 #include "platform/interfaces/NotificationCentre.h"
@@ -19,6 +20,7 @@ struct Platform {
     NotificationCentre& notifications;
     PowerMessages& power;
     FunctionTable& functions;
+    ScreenUpdates& screenUpdates;
     std::vector<EventSource*> sources;
 };
 

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "framework/events/EventLoop.h"
+#include "platform/interfaces/Platform.h"
+
+#include <vector>
+
+namespace kqu {
+
+class Application;
+class Window;
+
+/// The framework's one connection to the world: the platform that it was started with and the event
+/// loop on top of it. There is exactly one at a time; the program makes it first and drops it last.
+class Runtime {
+  public:
+    explicit Runtime(platform::Platform platform);
+    ~Runtime();
+    Runtime(const Runtime&) = delete;
+    Runtime& operator=(const Runtime&) = delete;
+
+    /// The runtime that exists now. Asking before it was made is an error of the program.
+    [[nodiscard]] static Runtime& Current();
+
+    [[nodiscard]] EventLoop& Loop() { return loop_; }
+    [[nodiscard]] platform::WindowSystem& Windows() { return platform_.windows; }
+    [[nodiscard]] platform::NotificationCentre& Notifications() { return platform_.notifications; }
+    [[nodiscard]] platform::PowerMessages& Power() { return platform_.power; }
+    [[nodiscard]] const platform::FunctionTable& Functions() const { return platform_.functions; }
+    [[nodiscard]] const platform::ScreenUpdates& Updates() const { return platform_.screenUpdates; }
+
+    /// The windows that are open now.
+    [[nodiscard]] std::vector<Window*>& OpenWindows() { return openWindows_; }
+
+  private:
+    platform::Platform platform_;
+    EventLoop loop_;
+    std::vector<platform::Registration> sources_;
+    std::vector<Window*> openWindows_;
+};
+
+} // namespace kqu

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "framework/values/Exceptions.h"
+
+#include <exception>
+
+namespace kqu {
+
+/// The single application object: runs the event loop from its opening to its end.
+class Application {
+  public:
+    Application();
+    virtual ~Application();
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+
+    /// The application that exists now; asking before it was made is an error of the program.
+    [[nodiscard]] static Application& Current();
+
+    /// Raises the opening event from the loop, then runs the loop until Quit. The exit status.
+    int Run();
+
+    /// Ends the program with the given exit status as soon as the running handlers have unwound.
+    void Quit(int exitStatus);
+
+    /// Raises the close event of every open window, then ends the program if none of them did: what
+    /// a lost display and a request to terminate come to.
+    void Close();
+
+    /// Dispatches pending events once, without waiting, and returns.
+    void DoEvents();
+
+  protected:
+    virtual void Event_Open() {}
+    /// Told of every exception that no handler took. True if it is thereby dealt with; otherwise
+    /// the program ends.
+    virtual bool Event_UnhandledException(const RuntimeException& error);
+
+  private:
+    void Unhandled(const std::exception_ptr& error);
+
+    int exitStatus_ = 0;
+};
+
+} // namespace kqu

@@ -1,0 +1,145 @@
+#include "framework/events/EventLoop.h"
+
+#include "framework/events/LoopTimer.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace kqu {
+
+EventLoop::EventLoop(platform::Waiting& waiting) : waiting_(waiting) {}
+
+EventLoop::~EventLoop() = default;
+
+platform::Registration EventLoop::Watch(platform::EventSource& source) {
+    sources_.push_back(&source);
+    return platform::Registration([this, watched = &source] { std::erase(sources_, watched); });
+}
+
+platform::Registration EventLoop::BetweenHandlers(Handler work) {
+    const std::uint64_t serial = nextSerial_++;
+    between_.push_back({serial, std::move(work)});
+    return platform::Registration([this, serial] {
+        std::erase_if(between_, [serial](const Work& entry) { return entry.serial == serial; });
+    });
+}
+
+void EventLoop::SetExceptionHandler(ExceptionHandler handler) {
+    exceptionHandler_ = std::move(handler);
+}
+
+void EventLoop::Post(Handler delivery) {
+    queue_.push_back({nextSerial_++, std::move(delivery)});
+}
+
+void EventLoop::Run() {
+    while (!quitting_)
+        Round(Patience::MayWait);
+}
+
+void EventLoop::DoEvents() {
+    if (!quitting_ && depth_ < maximumDepth)
+        Round(Patience::NoWait);
+}
+
+void EventLoop::Round(Patience patience) {
+    struct Level {
+        int& depth;
+        explicit Level(int& value) : depth(value) { ++depth; }
+        ~Level() { --depth; }
+    } const level(depth_);
+
+    WorkBetweenHandlers();
+    const bool more = Collect();
+    if (patience == Patience::MayWait && !more && queue_.empty() && !quitting_) {
+        Sleep();
+        static_cast<void>(Collect());
+    }
+    DispatchDeliveries();
+    DispatchTimers();
+    WorkBetweenHandlers();
+}
+
+bool EventLoop::Collect() {
+    bool more = false;
+    const auto sources = sources_;
+    for (platform::EventSource* source : sources)
+        more = source->Collect(*this) || more;
+    return more;
+}
+
+void EventLoop::Sleep() {
+    std::optional<platform::Moment> until;
+    const auto noLaterThan = [&until](std::optional<platform::Moment> moment) {
+        if (moment && (!until || *moment < *until))
+            until = moment;
+    };
+    for (const LoopTimer* timer : timers_)
+        noLaterThan(timer->Due());
+
+    std::vector<pollfd> watched;
+    for (const platform::EventSource* source : sources_) {
+        noLaterThan(source->Due());
+        if (const pollfd watch = source->Watch(); watch.fd >= 0)
+            watched.push_back(watch);
+    }
+    waiting_.Wait(watched, until);
+}
+
+void EventLoop::DispatchDeliveries() {
+    // What is posted while this runs belongs to the next round; a nested round may have taken
+    // some of ours.
+    const std::uint64_t end = nextSerial_;
+    while (!quitting_ && !queue_.empty() && queue_.front().serial < end) {
+        const Handler handler = std::move(queue_.front().handler);
+        queue_.pop_front();
+        Guarded(handler);
+    }
+}
+
+void EventLoop::DispatchTimers() {
+    const platform::Moment now = Now();
+    while (!quitting_) {
+        LoopTimer* timer = FirstDue(now);
+        if (timer == nullptr)
+            return;
+        // Armed anew before its action runs, so that it can come due again inside its own action.
+        // The action may drop the timer.
+        timer->ArmAgain(now);
+        const Handler action = timer->action_;
+        Guarded(action);
+    }
+}
+
+LoopTimer* EventLoop::FirstDue(platform::Moment until) const {
+    LoopTimer* first = nullptr;
+    for (LoopTimer* timer : timers_)
+        if (timer->Due() <= until && (first == nullptr || timer->Due() < first->Due()))
+            first = timer;
+    return first;
+}
+
+void EventLoop::WorkBetweenHandlers() {
+    const auto work = between_;
+    for (const Work& entry : work)
+        if (!quitting_)
+            Guarded(entry.handler);
+}
+
+void EventLoop::Guarded(const Handler& handler) {
+    try {
+        handler();
+    } catch (...) {
+        try {
+            if (exceptionHandler_)
+                exceptionHandler_(std::current_exception());
+            else
+                Quit();
+        } catch (...) {
+            Quit();
+        }
+    }
+}
+
+} // namespace kqu

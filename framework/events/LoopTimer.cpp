@@ -1,0 +1,39 @@
+#include "framework/events/LoopTimer.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace kqu {
+
+LoopTimer::LoopTimer(EventLoop& loop, EventLoop::Handler action)
+    : loop_(loop), action_(std::move(action)) {}
+
+LoopTimer::~LoopTimer() {
+    Stop();
+}
+
+void LoopTimer::Start(std::chrono::milliseconds period, Repeat repeat) {
+    Stop();
+    period_ = std::max(period, std::chrono::milliseconds(1));
+    repeat_ = repeat;
+    due_ = loop_.Now() + period_;
+    running_ = true;
+    loop_.timers_.push_back(this);
+}
+
+void LoopTimer::Stop() {
+    if (std::exchange(running_, false))
+        std::erase(loop_.timers_, this);
+}
+
+void LoopTimer::ArmAgain(platform::Moment now) {
+    if (repeat_ == Repeat::Once) {
+        Stop();
+        return;
+    }
+    const auto missed = (now - due_) / period_;
+    due_ += (missed + 1) * std::chrono::nanoseconds(period_);
+}
+
+} // namespace kqu

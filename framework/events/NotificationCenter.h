@@ -1,0 +1,46 @@
+#pragma once
+
+#include "framework/corefoundation/CFDictionary.h"
+#include "framework/corefoundation/CFObject.h"
+#include "framework/corefoundation/CFString.h"
+#include "framework/values/Object.h"
+#include "platform/interfaces/NotificationCentre.h"
+#include "platform/interfaces/Registration.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace kqu {
+
+class Window;
+
+/// A listener on the machine's distributed notification centre, a control of a window without a
+/// face. Hears nothing until the first `Add`.
+class NotificationCenter {
+  public:
+    /// A notification is delivered at once even while the application is in the background.
+    static constexpr std::int32_t deliverImmediately = 4;
+
+    explicit NotificationCenter(Window& ownerWindow) : ownerWindow_(ownerWindow) {}
+
+    /// Registers for notifications; an empty name stands for every name. The stream is narrowed by
+    /// the centre's own interface alone: however many registrations there are, each notification
+    /// is received once, whatever its object, which the receiver judges.
+    void Add(const std::string& name, const std::string& object, std::int32_t flags);
+
+    /// The `Received` event; what was not sent, or can't be what its place wants, is nil.
+    std::function<void(const Ref<CFString>& name, const Ref<CFObject>& object,
+                       const Ref<CFDictionary>& userInfo)>
+        Received;
+
+    [[nodiscard]] Window& ownerWindow() const { return ownerWindow_; }
+
+  private:
+    void Deliver(const platform::PostedNotification& posted);
+
+    Window& ownerWindow_;
+    platform::Registration listening_;
+};
+
+} // namespace kqu

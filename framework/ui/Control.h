@@ -1,0 +1,89 @@
+#pragma once
+
+#include "platform/interfaces/NativeWindow.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace kqu {
+
+class Graphics;
+class Window;
+
+/// Whether a refresh first clears a control's area to the window's background.
+enum class Erasing { KeepBackground, EraseBackground };
+
+/// What a control is given at its creation. No control follows an edge of its window by itself.
+struct ControlSettings {
+    /// The index of a control that is no member of an array of controls.
+    static constexpr std::uint32_t noIndex = 0x80000000U;
+
+    std::string Name;
+    int Left = 0;
+    int Top = 0;
+    int Width = 0;
+    int Height = 0;
+    int TabIndex = 0;
+    int TabPanelIndex = 0;
+    std::uint32_t Index = noIndex;
+    std::string HelpTag;
+    bool LockLeft = false;
+    bool LockTop = false;
+    bool LockRight = false;
+    bool LockBottom = false;
+    bool Visible = true;
+    bool Enabled = true;
+    bool AutoDeactivate = true;
+    bool AcceptFocus = false;
+};
+
+/// A rectangular part of a window that draws itself and takes the mouse. Coordinates are those of
+/// the window's content; controls made later lie above earlier ones.
+class Control {
+  public:
+    Control(Window& ownerWindow, ControlSettings settings);
+    virtual ~Control();
+    Control(const Control&) = delete;
+    Control& operator=(const Control&) = delete;
+
+    [[nodiscard]] const ControlSettings& Settings() const { return settings_; }
+    [[nodiscard]] const std::string& Name() const { return settings_.Name; }
+    [[nodiscard]] Window& ownerWindow() const { return ownerWindow_; }
+
+    [[nodiscard]] int Left() const { return settings_.Left; }
+    [[nodiscard]] int Top() const { return settings_.Top; }
+    [[nodiscard]] int Width() const { return settings_.Width; }
+    [[nodiscard]] int Height() const { return settings_.Height; }
+    [[nodiscard]] bool Visible() const { return settings_.Visible; }
+    [[nodiscard]] platform::Rect Bounds() const;
+    void SetLeft(int left);
+    void SetTop(int top);
+    void SetWidth(int width);
+    void SetHeight(int height);
+
+    /// Has the control drawn anew when the window draws next; draws nothing itself.
+    void Refresh(Erasing erasing);
+
+    /// The `Open` event, raised once when the window opens.
+    std::function<void()> Open;
+
+    /// Draws the whole control; the origin of `graphics` is the control's top left.
+    virtual void Draw(Graphics& graphics) = 0;
+
+    // The mouse, in coordinates of the control. MouseDown tells whether the press was taken, so
+    // that drags and the release follow.
+    virtual bool TakePress(platform::Point) { return false; }
+    virtual void TakeDrag(platform::Point) {}
+    virtual void TakeRelease(platform::Point) {}
+    /// Whether the turn of the wheel was meant for this control.
+    virtual bool TakeWheel(platform::Point, int /*deltaX*/, int /*deltaY*/) { return false; }
+
+  private:
+    void Change(int& property, int value);
+
+    Window& ownerWindow_;
+    ControlSettings settings_;
+};
+
+} // namespace kqu

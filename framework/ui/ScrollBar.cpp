@@ -1,0 +1,117 @@
+#include "framework/ui/ScrollBar.h"
+
+#include "framework/ui/Colour.h"
+#include "framework/ui/Graphics.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+namespace kqu {
+
+namespace {
+constexpr int thumbMargin = 2;
+constexpr int shortestThumb = 18;
+
+const Colour trackColour = RGB(250, 251, 252);
+const Colour trackEdgeColour = RGB(226, 230, 236);
+const Colour thumbColour = RGB(176, 187, 203);
+const Colour heldThumbColour = RGB(101, 124, 157);
+} // namespace
+
+ScrollBar::ScrollBar(Window& ownerWindow, const ScrollBarSettings& settings)
+    : Control(ownerWindow, settings),
+      minimum_(settings.Minimum),
+      maximum_(settings.Maximum),
+      value_(settings.Value),
+      lineStep_(settings.LineStep),
+      pageStep_(settings.PageStep),
+      liveScroll_(settings.LiveScroll) {}
+
+void ScrollBar::SetMaximum(int maximum) {
+    if (std::exchange(maximum_, maximum) != maximum)
+        Refresh(Erasing::EraseBackground);
+}
+
+void ScrollBar::SetValue(int value) {
+    const int kept = std::max(minimum_, std::min(value, maximum_));
+    if (std::exchange(value_, kept) == kept)
+        return;
+    Refresh(Erasing::EraseBackground);
+    if (ValueChanged)
+        ValueChanged();
+}
+
+platform::Rect ScrollBar::Thumb() const {
+    const int range = maximum_ - minimum_;
+    const int track = Height() - 2 * thumbMargin;
+    if (range < 1 || track < 1)
+        return {};
+    const int length = std::min(track, std::max(shortestThumb, track / (range + 1)));
+    const std::int64_t way = track - length;
+    const std::int64_t passed = std::clamp(value_ - minimum_, 0, range);
+    return {thumbMargin, thumbMargin + static_cast<int>(way * passed / range),
+            Width() - 2 * thumbMargin, length};
+}
+
+int ScrollBar::ValueAt(int thumbTop) const {
+    const platform::Rect thumb = Thumb();
+    const std::int64_t way = Height() - 2 * thumbMargin - thumb.height;
+    if (way < 1)
+        return value_;
+    const std::int64_t range = maximum_ - minimum_;
+    const std::int64_t passed = std::clamp<std::int64_t>(thumbTop - thumbMargin, 0, way);
+    return minimum_ + static_cast<int>((passed * range + way / 2) / way);
+}
+
+void ScrollBar::Draw(Graphics& graphics) {
+    graphics.SetForeColor(trackColour);
+    graphics.FillRect(0, 0, Width(), Height());
+    graphics.SetForeColor(trackEdgeColour);
+    graphics.FillRect(0, 0, 1, Height());
+    const platform::Rect thumb = Thumb();
+    if (thumb.IsEmpty())
+        return;
+    // Corners rounded by a pixel: the first and the last line are inset.
+    graphics.SetForeColor(grabbedAt_ ? heldThumbColour : thumbColour);
+    graphics.FillRect(thumb.x + 1, thumb.y, thumb.width - 2, thumb.height);
+    graphics.FillRect(thumb.x, thumb.y + 1, thumb.width, thumb.height - 2);
+}
+
+bool ScrollBar::TakePress(platform::Point point) {
+    const platform::Rect thumb = Thumb();
+    if (thumb.IsEmpty())
+        return true;
+    if (point.y < thumb.y) {
+        SetValue(value_ - pageStep_);
+    } else if (point.y >= thumb.y + thumb.height) {
+        SetValue(value_ + pageStep_);
+    } else {
+        grabbedAt_ = point.y - thumb.y;
+        Refresh(Erasing::EraseBackground);
+    }
+    return true;
+}
+
+void ScrollBar::TakeDrag(platform::Point point) {
+    if (grabbedAt_ && liveScroll_)
+        SetValue(ValueAt(point.y - *grabbedAt_));
+}
+
+void ScrollBar::TakeRelease(platform::Point point) {
+    if (!grabbedAt_)
+        return;
+    const int top = point.y - *grabbedAt_;
+    grabbedAt_.reset();
+    if (!liveScroll_)
+        SetValue(ValueAt(top));
+    Refresh(Erasing::EraseBackground);
+}
+
+bool ScrollBar::TakeWheel(platform::Point, int, int deltaY) {
+    if (deltaY != 0)
+        SetValue(value_ + (deltaY > 0 ? lineStep_ : -lineStep_));
+    return true;
+}
+
+} // namespace kqu
