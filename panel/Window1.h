@@ -134,15 +134,19 @@ class Window1 : public Window {
   private:
     Window1() = default;
 
+    void MakeGripPicture();
     void MakeNotificationKeys();
     void MakeRoomForNewRow();
     void PresentNewRow();
     void Dispatch(const std::string& name, const Ref<CFObject>& object,
                   const Ref<CFDictionary>& userInfo);
     [[nodiscard]] bool LetThrough(bool isNew);
+    [[nodiscard]] std::int32_t HeightByOneRow(std::int32_t newHeight) const;
     void LayOut(std::int32_t width, std::int32_t height, std::int32_t rowCount);
     void RestorePlace();
+    bool UseSavedPlace();
     void UseDefaultPlace();
+    void RememberPlace();
 };
 
 } // namespace kqu

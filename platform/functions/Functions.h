@@ -99,7 +99,7 @@ struct EnableScreenUpdates {
 };
 struct SizeWindow {
     static constexpr std::string_view name = "SizeWindow", library = carbonLibrary;
-    using Signature = void(NativeWindow* window, std::int16_t width, std::int16_t height,
+    using Signature = void(NativeWindow* window, std::int32_t width, std::int32_t height,
                            std::int32_t update);
 };
 struct DragWindow {
