@@ -18,6 +18,8 @@
 
 namespace kqu {
 
+class FolderItem;
+
 /// The panel: one floating window with one row per running task. Each method is defined in the file
 /// that is named after its subject, in monitor/ where it is about tasks, in panel/ otherwise.
 ///
@@ -136,6 +138,8 @@ class Window1 : public Window {
 
     void MakeGripPicture();
     void MakeNotificationKeys();
+    void TakeIn(const std::string& name, const Ref<CFObject>& object,
+                const Ref<CFDictionary>& userInfo);
     void MakeRoomForNewRow();
     void PresentNewRow();
     void Dispatch(const std::string& name, const Ref<CFObject>& object,
@@ -144,9 +148,11 @@ class Window1 : public Window {
     [[nodiscard]] std::int32_t HeightByOneRow(std::int32_t newHeight) const;
     void LayOut(std::int32_t width, std::int32_t height, std::int32_t rowCount);
     void RestorePlace();
+    void RowRemoved();
     bool UseSavedPlace();
     void UseDefaultPlace();
     void RememberPlace();
+    void SavePlace(const FolderItem& folder);
 };
 
 } // namespace kqu

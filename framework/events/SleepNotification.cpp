@@ -1,0 +1,11 @@
+#include "framework/events/SleepNotification.h"
+
+#include "framework/Runtime.h"
+
+namespace kqu {
+
+SleepNotification::SleepNotification()
+    : listening_(Runtime::Current().Power().Listen(
+          [this](std::int32_t message) { return Event_Sleep(message); })) {}
+
+} // namespace kqu

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "framework/values/Object.h"
+#include "platform/interfaces/Registration.h"
+
+#include <cstdint>
+
+namespace kqu {
+
+/// A listener to the system's power messages, registered from its making to its end. Messages are
+/// delivered from the event loop, never while it is being made.
+class SleepNotification : public Object {
+  public:
+    SleepNotification();
+
+    bool running = true;
+
+    /// Given a power message, tells whether the listener objects.
+    virtual bool Event_Sleep(std::int32_t message) = 0;
+
+  private:
+    platform::Registration listening_;
+};
+
+} // namespace kqu

@@ -1,0 +1,85 @@
+#include "monitor/DefragVolume.h"
+
+#include "bridges/VolumeBridges.h"
+#include "framework/FunctionLookup.h"
+#include "framework/files/FolderItem.h"
+#include "framework/files/TextInputStream.h"
+#include "framework/files/Volumes.h"
+#include "framework/values/MemoryBlock.h"
+#include "framework/values/Numbers.h"
+#include "framework/values/Required.h"
+#include "framework/values/Text.h"
+
+#include <memory>
+#include <optional>
+
+namespace kqu {
+
+namespace {
+constexpr int volumeInfoSize = 126;
+constexpr int fileCountOffset = 32;
+constexpr std::uint32_t allInfo = 0xFFFF;
+
+/// The suite's look-up file. It hangs directly under the root, and its folder's name is written as
+/// the suite writes it.
+Ref<FolderItem> FindLookupFile() {
+    Ref<FolderItem> item = GetFolderItem("/", PathForm::Shell);
+    for (const char* name : {"Application Support", "Brackwater Utilties Support", "BSDLookup"}) {
+        item = item ? item->Child(name) : nullptr;
+        if (!item || !item->Exists())
+            return nullptr;
+    }
+    return item;
+}
+
+/// Lines of disk name, volume name and number of files, separated by returns alone.
+bool ResolveFromLookupFile(Dictionary& row, const std::string& disk) {
+    const Ref<FolderItem> file = FindLookupFile();
+    if (!file)
+        return false;
+    const Ref<TextInputStream> stream = Required(file->OpenAsTextFile());
+    const std::string text = stream->ReadAll();
+    stream->Close();
+    const int lines = CountFields(text, "\r");
+    for (int line = 1; line <= lines; ++line) {
+        const std::string entry = NthField(text, "\r", line);
+        if (!EqualsIgnoringCase(NthField(entry, ":", 1), disk))
+            continue;
+        row.SetValue("volume", NthField(entry, ":", 2));
+        row.SetValue("TotalFiles", ToInt32(Val(NthField(entry, ":", 3))));
+        return true;
+    }
+    return false;
+}
+
+std::uint32_t FilesOnVolume(std::int32_t vRefNum) {
+    const auto info = std::make_shared<MemoryBlock>(volumeInfoSize);
+    // An error leaves the block zero-filled, and so the number at 0.
+    Lookup<functions::FSGetVolumeInfo>()(vRefNum, 0U, nullptr, allInfo, info->Data(), nullptr,
+                                         nullptr);
+    return info->UInt32Value(fileCountOffset);
+}
+
+bool ResolveFromMountedVolumes(Dictionary& row) {
+    const std::string disk = row.Value("BSD").StringValue();
+    const int count = VolumeCount();
+    for (int index = 0; index < count; ++index) {
+        const Ref<FolderItem> volume = Volume(index);
+        if (!volume || !EqualsIgnoringCase(GetBSDNameForVRef(volume->MacVRefNum(), true), disk))
+            continue;
+        row.SetValue("volume", volume->Name());
+        row.SetValue("TotalFiles", FilesOnVolume(volume->MacVRefNum()));
+        return true;
+    }
+    return false;
+}
+} // namespace
+
+void ResolveVolume(Dictionary& row, const std::string& disk) {
+    row.SetValue("BSD", disk);
+    if (ResolveFromLookupFile(row, disk) || ResolveFromMountedVolumes(row))
+        return;
+    row.SetValue("volume", row.Value("BSD"));
+}
+
+} // namespace kqu

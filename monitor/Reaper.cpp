@@ -1,0 +1,56 @@
+#include "framework/FunctionLookup.h"
+#include "framework/events/Application.h"
+#include "panel/Window1.h"
+
+// Removes the rows of dead processes, and repaints the rows of living ones. A tool never says that
+// it has ended: its row goes when the system no longer lists its process.
+
+namespace kqu {
+
+namespace {
+/// A full turn of MyInc, in repaints.
+constexpr std::int32_t repaintsPerTurn = 6;
+} // namespace
+
+void Window1::MyTimer1_Action() {
+    if (!MyWindowEventList || MyWindowEventList->MyDict->Count() <= 0)
+        return;
+    MyWindowEventList->Refresh(Erasing::KeepBackground);
+    const std::int32_t next = MyInc + 1;
+    MyInc = next == repaintsPerTurn ? 0 : next;
+}
+
+void Window1::MyTimer3_Action() {
+    const Ref<Dictionary> table = MyWindowEventList->MyDict;
+    if (!table || table->Count() <= 0)
+        return;
+    // Backwards, so that removing a row leaves the lower indices valid. Not atomic: a pump may add
+    // rows, or let a nested pass remove them, and an index beyond the end then raises.
+    for (int index = table->Count() - 1; index >= 0; --index) {
+        const Ref<Dictionary> row = table->Value(table->Key(index)).ObjectAs<Dictionary>();
+        if (!row || !row->HasKey("pid"))
+            continue;
+        if (!IsPIDProcessRunning(row->Value("pid").Int32Value())) {
+            table->Remove(table->Key(index));
+            RowRemoved();
+        }
+        Application::Current().DoEvents();
+    }
+}
+
+void Window1::RowRemoved() {
+    const std::int32_t count = MyWindowEventList->MyDict->Count();
+    if (count == 0) {
+        // The panel keeps its height while nobody sees it.
+        Lookup<functions::SetWindowAlpha>()(Native(), 0.0F);
+        LastDictcount = 0;
+        Timer3->SetMode(TimerMode::Once);
+    } else if (count < Height() / static_cast<double>(TheRowHeight)) {
+        ChangeWindowSize(Width(), Height() - TheRowHeight, false, true);
+    } else {
+        ChangeWindowSize(Width(), Height(), false, true);
+    }
+    SetTitleForRows(MyWindowEventList->MyDict->Count());
+}
+
+} // namespace kqu

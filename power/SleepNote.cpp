@@ -1,0 +1,42 @@
+#include "power/SleepNote.h"
+
+#include "panel/Window1.h"
+#include "shell/Module1.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kqu {
+
+namespace {
+constexpr std::uint32_t canSystemPowerOff = 0xE0000240;
+constexpr std::uint32_t systemWillPowerOff = 0xE0000250;
+constexpr std::uint32_t canSystemSleep = 0xE0000270;
+constexpr std::uint32_t systemWillSleep = 0xE0000280;
+constexpr std::uint32_t systemWillRestart = 0xE0000310;
+
+/// Questions and announcements are treated alike; any other message is never refused.
+bool IsRefusable(std::int32_t message) {
+    constexpr std::array refusable{canSystemPowerOff, systemWillPowerOff, canSystemSleep,
+                                   systemWillSleep, systemWillRestart};
+    return std::find(refusable.begin(), refusable.end(), static_cast<std::uint32_t>(message)) !=
+           refusable.end();
+}
+} // namespace
+
+bool SleepNote::Event_Sleep(std::int32_t message) {
+    const Ref<Dictionary>& table = Window1::Instance().MyWindowEventList->MyDict;
+    if (!table || table->Count() <= 0)
+        return false;
+    // Each question to the power source is asked afresh; it may change in between.
+    if (Module1.PreventScheduleOnBatt && Module1.BatteryPower())
+        return false;
+    if (Module1.BatteryPower() && !Module1.SleepOnBatt)
+        return IsRefusable(message);
+    // Consulted on battery as well: that SleepOnBatt allows sleep is not enough by itself.
+    if (!Module1.SleepOnAC)
+        return IsRefusable(message);
+    return false;
+}
+
+} // namespace kqu

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "framework/events/SleepNotification.h"
+
+#include <cstdint>
+
+namespace kqu {
+
+/// The listener to the system's power messages. Its one action is its answer: while tasks run it
+/// objects, under the suite's power preferences.
+class SleepNote : public SleepNotification {
+  public:
+    /// True if the program objects to the sleep, restart or power-off that `message` is about.
+    bool Event_Sleep(std::int32_t message) override;
+};
+
+} // namespace kqu

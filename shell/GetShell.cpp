@@ -1,0 +1,45 @@
+#include "framework/FunctionLookup.h"
+#include "framework/events/Application.h"
+#include "framework/values/MemoryBlock.h"
+#include "framework/values/Text.h"
+#include "shell/Module1.h"
+
+#include <memory>
+
+namespace kqu {
+
+namespace {
+constexpr std::size_t chunkSize = 2048;
+constexpr int handleSize = 4;
+const std::string twoNuls(2, '\0');
+
+/// One read of a whole chunk. What a short read leaves is told by the zero fill behind it, not by
+/// the count: the text ends at the first pair of NUL bytes, and a single NUL stays in it.
+std::string ReadChunk(std::int32_t stream) {
+    const auto chunk = std::make_shared<MemoryBlock>(chunkSize);
+    Lookup<functions::fread>()(chunk->Data(), chunkSize, 1U, stream);
+    const std::string whole = chunk->StringValue(0, chunkSize);
+    return whole.substr(0, whole.find(twoNuls));
+}
+} // namespace
+
+std::string Module1Globals::GetShell(const std::string& command, bool linefeedsToReturns) {
+    const auto handle = std::make_shared<MemoryBlock>(handleSize);
+    handle->SetInt32Value(0, Lookup<functions::popen>()(command, "r"));
+    const std::int32_t stream = handle->Int32Value(0);
+    std::string output;
+    // Holds for every handle: a command that could not be started reads as one that is at its end.
+    if (stream != 0 || stream != -1) {
+        Application::Current().DoEvents();
+        while (Lookup<functions::feof>()(stream) == 0) {
+            output += ReadChunk(stream);
+            if (Lookup<functions::ferror>()(stream) != 0)
+                break;
+            Application::Current().DoEvents();
+        }
+        Lookup<functions::pclose>()(stream);
+    }
+    return linefeedsToReturns ? ReplaceAll(output, "\n", "\r") : output;
+}
+
+} // namespace kqu

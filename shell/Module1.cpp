@@ -1,0 +1,7 @@
+#include "shell/Module1.h"
+
+namespace kqu {
+
+Module1Globals Module1;
+
+} // namespace kqu

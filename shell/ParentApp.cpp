@@ -1,0 +1,61 @@
+#include "framework/corefoundation/CFBundle.h"
+#include "framework/corefoundation/CFString.h"
+#include "framework/corefoundation/CFURL.h"
+#include "framework/files/FolderItem.h"
+#include "framework/files/SpecialFolder.h"
+#include "framework/values/Text.h"
+#include "shell/App.h"
+#include "shell/Module1.h"
+
+namespace kqu {
+
+namespace {
+/// The suite's preference file as the shell wants it written; used in that form for the file item
+/// and for the command alike.
+const std::string preferencesInShellForm =
+    "/Library/Application\\ Support/Brackwater\\ Utilities\\ Support/BrackwaterPrefs.plist";
+
+const std::string parentKey = "<key>ParentLocation</key>";
+
+/// The value that stands behind the key's line, by splitting the text: not a parser, so that only a
+/// key whose line ends directly behind it counts.
+std::string ParentLocation(const std::string& text) {
+    const std::string lineEnd = InStr(text, "\n") > 1 ? "\n" : "\r";
+    const std::string behindKey = NthField(text, parentKey + lineEnd, 2);
+    return NthField(NthField(behindKey, "<string>", 2), "</string>", 1);
+}
+
+bool NamesAnotherFamily(const std::string& location) {
+    const std::string lastComponent = NthField(location, "/", CountFields(location, "/"));
+    // Wherever it stands, not only at the end.
+    const std::string name = ReplaceAll(lastComponent, ".app", "");
+    return !name.empty() && !Contains(name, "Brackwater");
+}
+} // namespace
+
+void App::GetParentApp() {
+    Module1.ParentIsMarlstone = false;
+    const Ref<FolderItem> file = GetFolderItem(preferencesInShellForm, PathForm::Shell);
+    if (!file || !file->Exists())
+        return;
+    const std::string text = Module1.GetShell("/bin/cat " + preferencesInShellForm, true);
+    if (text.empty() || !Contains(text, parentKey))
+        return;
+    Module1.ParentIsMarlstone = NamesAnotherFamily(ParentLocation(text));
+}
+
+std::string App::GetPlistValueForKey(const std::string& key) {
+    const std::string none = "nil";
+    const Ref<FolderItem> folder = BundleFolder();
+    const Ref<CFURL> url = folder ? CFURL::FromFolderItem(*folder) : nullptr;
+    const Ref<CFBundle> bundle = url ? CFBundle::FromURL(url) : nullptr;
+    const Ref<CFDictionary> info = bundle ? bundle->InfoDictionary() : nullptr;
+    if (!info || !info->ContainsKey(key))
+        return none;
+    const Ref<CFObject> value = info->Value(key);
+    if (!value || value->TypeID() != CFTypeID::String)
+        return none;
+    return CFCast<CFString>(value)->Text();
+}
+
+} // namespace kqu
