@@ -1,0 +1,100 @@
+#!/usr/bin/python3
+"""Pictures of an X display, taken with xwd: saved as PNG files, or read pixel by pixel in tests."""
+
+import argparse
+import os
+import struct
+import subprocess
+import zlib
+
+XWD_VERSION = 7
+XWD_Z_PIXMAP = 2
+XWD_HEADER = struct.Struct(">25I")
+XWD_COLOUR_BYTES = 12
+
+
+class Screenshot:
+    """Pixels as 0xRRGGBB, the origin at the top left."""
+
+    def __init__(self, width, height, rgb):
+        self.width, self.height, self._rgb = width, height, rgb
+
+    @classmethod
+    def take(cls, window=None, frame=False, env=None):
+        """The whole screen, or one window by its id; `frame` adds the window manager's frame."""
+        target = ["-root"] if window is None else ["-id", str(window)]
+        if frame:
+            target.append("-frame")
+        dump = subprocess.run(["xwd", "-silent", *target], env=env, check=True, timeout=20,
+                              capture_output=True).stdout
+        return cls.from_xwd(dump)
+
+    @classmethod
+    def from_xwd(cls, dump):
+        header = XWD_HEADER.unpack_from(dump)
+        header_size, version, pixmap_format = header[0], header[1], header[2]
+        width, height, byte_order = header[4], header[5], header[7]
+        bits, line_bytes, colours = header[11], header[12], header[19]
+        if version != XWD_VERSION or pixmap_format != XWD_Z_PIXMAP or bits != 32:
+            raise ValueError("only 32-bit window dumps of version 7 are read")
+        red, green, blue = (1, 2, 3) if byte_order else (2, 1, 0)
+        rgb = bytearray(3 * width * height)
+        start = header_size + colours * XWD_COLOUR_BYTES
+        for y in range(height):
+            line = dump[start + y * line_bytes:start + y * line_bytes + 4 * width]
+            out = slice(3 * width * y, 3 * width * (y + 1))
+            pixels = bytearray(3 * width)
+            pixels[0::3], pixels[1::3], pixels[2::3] = line[red::4], line[green::4], line[blue::4]
+            rgb[out] = pixels
+        return cls(width, height, bytes(rgb))
+
+    def pixel(self, x, y):
+        if not (0 <= x < self.width and 0 <= y < self.height):
+            raise IndexError(f"({x}, {y}) is outside of {self.width} x {self.height}")
+        at = 3 * (y * self.width + x)
+        return int.from_bytes(self._rgb[at:at + 3], "big")
+
+    def crop(self, x, y, width, height):
+        if x < 0 or y < 0 or x + width > self.width or y + height > self.height:
+            raise IndexError(f"{width} x {height} at ({x}, {y}) is outside of "
+                             f"{self.width} x {self.height}")
+        lines = (self._rgb[3 * (row * self.width + x):3 * (row * self.width + x + width)]
+                 for row in range(y, y + height))
+        return Screenshot(width, height, b"".join(lines))
+
+    def colours(self):
+        """How many pixels each colour has."""
+        counts = {}
+        for at in range(0, len(self._rgb), 3):
+            colour = self._rgb[at:at + 3]
+            counts[colour] = counts.get(colour, 0) + 1
+        return {int.from_bytes(colour, "big"): count for colour, count in counts.items()}
+
+    def __eq__(self, other):
+        return ((self.width, self.height, self._rgb) ==
+                (other.width, other.height, other._rgb))
+
+    def save(self, path):
+        def chunk(kind, data):
+            body = kind + data
+            return struct.pack(">I", len(data)) + body + struct.pack(">I", zlib.crc32(body))
+
+        stride = 3 * self.width
+        lines = b"".join(b"\0" + self._rgb[y * stride:(y + 1) * stride] for y in range(self.height))
+        header = struct.pack(">IIBBBBB", self.width, self.height, 8, 2, 0, 0, 0)
+        os.makedirs(os.path.dirname(os.path.abspath(path)), exist_ok=True)
+        with open(path, "wb") as file:
+            file.write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) +
+                       chunk(b"IDAT", zlib.compress(lines, 9)) + chunk(b"IEND", b""))
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("file", help="the PNG file to write")
+    parser.add_argument("--window", help="the id of the one window to show, with its frame")
+    options = parser.parse_args()
+    Screenshot.take(options.window, frame=options.window is not None).save(options.file)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,124 @@
+"""Private message buses, and the stand-in for logind on one of them."""
+
+import os
+
+import dbus
+import dbus.bus
+import dbus.lowlevel
+
+from support.waiting import wait_until
+
+CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>{kind}</type>
+  <listen>unix:path={socket}</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    {users}
+    <allow own="*"/>
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+  </policy>
+</busconfig>
+"""
+
+
+class Bus:
+    """A bus daemon of one kind, "session" or "system". It keeps its address when it is started
+    anew. `only_owner` is the stock policy of a session bus, which refuses all others, root too."""
+
+    def __init__(self, kind, processes, env, owner=None, only_owner=False):
+        self.kind = kind
+        self._processes, self._env, self._owner = processes, env, owner
+        self._folder = processes.folder / f"{kind}-bus"
+        self._folder.mkdir()
+        if owner is not None:
+            os.chown(self._folder, owner, -1)
+        self._folder.chmod(0o755)
+        socket = self._folder / "socket"
+        self.address = f"unix:path={socket}"
+        users = "" if only_owner else '<allow user="*"/>'
+        self._configuration = self._folder / "bus.conf"
+        self._configuration.write_text(
+            CONFIGURATION.format(kind=kind, socket=socket, users=users))
+        self._daemon = None
+        self._connection = None
+
+    def start(self):
+        options = {} if self._owner is None else {"user": self._owner, "extra_groups": []}
+        self._daemon = self._processes.start(
+            ["dbus-daemon", "--nofork", "--nopidfile", f"--config-file={self._configuration}"],
+            self._env, log=f"{self.kind}-bus.log", **options)
+        wait_until(f"the {self.kind} bus to answer", self._answers)
+
+    def _answers(self):
+        if self._daemon.poll() is not None:
+            raise AssertionError(f"dbus-daemon ended: {self._daemon.log.read_text()}")
+        try:
+            self.connection()
+        except dbus.DBusException:
+            return False
+        return True
+
+    def stop(self):
+        if self._connection is not None:
+            self._connection.close()
+            self._connection = None
+        if self._daemon is not None:
+            self._processes.end(self._daemon)
+            self._daemon = None
+
+    def connection(self):
+        """The test's own connection to this bus."""
+        if self._connection is None:
+            self._connection = dbus.bus.BusConnection(self.address)
+            self._connection.set_exit_on_disconnect(False)
+        return self._connection
+
+    def hears(self, pid, interface):
+        """Whether a connection of this process has asked for signals of this interface."""
+        stats = dbus.Interface(self.connection().get_object(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", introspect=False),
+            "org.freedesktop.DBus.Debug.Stats")
+        return any(self._pid_of(name) == pid and any(interface in rule for rule in rules)
+                   for name, rules in stats.GetAllMatchRules().items())
+
+    def _pid_of(self, name):
+        try:
+            return self.connection().get_object("org.freedesktop.DBus", "/", introspect=False) \
+                .GetConnectionUnixProcessID(name, dbus_interface="org.freedesktop.DBus")
+        except dbus.DBusException:
+            return None
+
+
+class Logind:
+    """python3-dbusmock's logind on the private system bus."""
+
+    MANAGER = "org.freedesktop.login1.Manager"
+
+    def __init__(self, bus, processes, env):
+        self._bus = bus
+        self._process = processes.start(
+            ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"], env,
+            log="logind.log")
+        wait_until("the stand-in for logind",
+                   lambda: bus.connection().name_has_owner("org.freedesktop.login1"))
+
+    def _interface(self, name):
+        return dbus.Interface(self._bus.connection().get_object(
+            "org.freedesktop.login1", "/org/freedesktop/login1", introspect=False), name)
+
+    def inhibitors(self):
+        """The locks that are held: (what, who, why, mode)."""
+        return [tuple(str(part) for part in lock[:4])
+                for lock in self._interface(self.MANAGER).ListInhibitors()]
+
+    def emit(self, signal, signature, *values):
+        """For example emit("PrepareForSleep", "b", True)."""
+        self._interface("org.freedesktop.DBus.Mock").EmitSignal(
+            self.MANAGER, signal, signature, dbus.Array(values, signature="v"))
+
+    def set_properties(self, **values):
+        self._interface("org.freedesktop.DBus.Mock").UpdateProperties(
+            self.MANAGER, dbus.Dictionary(values, signature="sv"))

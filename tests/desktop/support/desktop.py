@@ -1,0 +1,181 @@
+"""One private desktop for one test, side by side with others."""
+
+import os
+import pathlib
+import select
+import shutil
+import subprocess
+import tempfile
+
+from support import posting
+from support.buses import Bus, Logind
+from support.panel import Panel, Pointer
+from support.processes import Processes, ProcessFacts
+from support.waiting import wait_until
+
+ROOT = pathlib.Path(__file__).resolve().parents[3]
+WINDOW_MANAGERS = {
+    "openbox": ["openbox", "--sm-disable"],
+    "icewm": ["icewm"],
+}
+
+
+def settled_user():
+    """The user that a messenger started by us settles on: root gives way to the console's owner,
+    and a console that cannot be found counts as root's."""
+    if os.geteuid() != 0:
+        return os.geteuid()
+    owner = os.lstat("/dev/console").st_uid if os.path.lexists("/dev/console") else 0
+    return owner if owner < 1 << 31 else 0
+
+
+class Desktop:
+    """An X server, a window manager ("openbox", "icewm" or None), a session bus and a system bus.
+    Buses can be left out; `logind` adds the stand-in for logind to the system bus."""
+
+    def __init__(self, screen=(1024, 768), window_manager="openbox", session_bus=True,
+                 system_bus=True, logind=False):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kqu-desktop-"))
+        self.folder.chmod(0o755)
+        self.build = pathlib.Path(os.environ.get("KQU_BUILD", ROOT / "build" / "release")).resolve()
+        self.processes = Processes(self.folder)
+        self.env = self._make_environment()
+        self.messenger = self.session_bus = self.system_bus = self.logind = None
+        self.xserver = self.window_manager = None
+        try:
+            self._start_display(screen)
+            if window_manager:
+                self.start_window_manager(window_manager)
+            self._start_buses(session_bus, system_bus)
+            if logind:
+                self.logind = Logind(self.system_bus, self.processes, self.env)
+        except BaseException:
+            self.stop()
+            raise
+        self.panel = Panel(self.env)
+        self.pointer = Pointer(self.env)
+
+    def _make_environment(self):
+        env = {key: os.environ[key] for key in ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS")
+               if key in os.environ}
+        env.update(self.processes.mark, LANG="C.UTF-8")
+        # Addresses where nobody listens, so that a missing bus is missing and not the machine's own.
+        env["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.folder}/no-session-bus"
+        env["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.folder}/no-system-bus"
+        for key, name in (("HOME", "home"), ("XDG_CONFIG_HOME", "config"), ("XDG_DATA_HOME", "data"),
+                          ("XDG_CACHE_HOME", "cache"), ("XDG_RUNTIME_DIR", "runtime")):
+            folder = self.folder / name
+            folder.mkdir()
+            folder.chmod(0o777)
+            env[key] = str(folder)
+        return env
+
+    def _start_display(self, screen):
+        reading, writing = os.pipe()
+        size = f"{screen[0]}x{screen[1]}x24"
+        self.xserver = self.processes.start(
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", size, "-nolisten", "tcp", "-ac",
+             "-noreset"], self.env, pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            ready, _, _ = select.select([answer], [], [], 20)
+            number = answer.readline().strip() if ready else ""
+        if not number:
+            raise AssertionError(f"Xvfb did not start: {self.xserver.log.read_text()}")
+        self.env["DISPLAY"] = f":{number}"
+
+    def start_window_manager(self, name):
+        self.window_manager = self.processes.start(WINDOW_MANAGERS[name], self.env)
+        wait_until(f"{name} to manage the screen",
+                   lambda: "window id" in self.root_property("_NET_SUPPORTING_WM_CHECK"))
+
+    def _start_buses(self, session, system):
+        if session:
+            owner = settled_user()
+            self.session_bus = Bus("session", self.processes, self.env,
+                                   owner if owner != os.geteuid() else None)
+        if system:
+            self.system_bus = Bus("system", self.processes, self.env)
+        for bus in (self.session_bus, self.system_bus):
+            if bus is not None:
+                self.env[f"DBUS_{bus.kind.upper()}_BUS_ADDRESS"] = bus.address
+                bus.start()
+
+    def root_property(self, name):
+        return self.output("xprop", "-root", name)
+
+    def active_window(self):
+        """The id of the window that the window manager calls active; None where there is none."""
+        number = int(self.root_property("_NET_ACTIVE_WINDOW").split("#")[-1].split(",")[0], 16)
+        return number or None
+
+    def output(self, *command):
+        """What a command prints on this desktop."""
+        return subprocess.run(command, env=self.env, check=True, capture_output=True, text=True,
+                              timeout=20).stdout
+
+    def start_messenger(self, *prefix, path_first=None, **environment):
+        """Starts the program; `prefix` is put before its command (for example "setpriv", ...), and
+        the folder `path_first` before PATH. The panel's window is there when this returns."""
+        self.launch_messenger(*prefix, path_first=path_first, **environment)
+        wait_until("the panel's window", lambda: self.panel.find() or self._ended_early())
+        return self.messenger
+
+    def launch_messenger(self, *prefix, path_first=None, **environment):
+        """The same without waiting for anything. A variable that is given as None is left out."""
+        env = {**self.env, **environment}
+        if path_first:
+            env["PATH"] = f"{path_first}:{env['PATH']}"
+        env = {key: value for key, value in env.items() if value is not None}
+        self.messenger = self.processes.start([*prefix, str(self.build / "kqu-messenger")], env,
+                                              log="messenger.log")
+        return self.messenger
+
+    def _ended_early(self):
+        if self.messenger.poll() is not None:
+            raise AssertionError(f"the messenger ended with status {self.messenger.returncode}: "
+                                 f"{self.messenger_output()!r}")
+        return False
+
+    def messenger_output(self):
+        return self.messenger.log.read_text()
+
+    def messenger_facts(self):
+        return ProcessFacts(self.messenger.pid)
+
+    def wait_listening(self, bus=None):
+        """Waits until the messenger listens on a bus: from then on no notification is lost."""
+        bus = bus or self.session_bus
+        wait_until(f"the messenger to listen on the {bus.kind} bus",
+                   lambda: bus.hears(self.messenger.pid, posting.INTERFACE) or self._ended_early())
+
+    def wait_exit(self, timeout=20.0):
+        """The messenger's exit status."""
+        wait_until("the messenger to end", lambda: self.messenger.poll() is not None, timeout)
+        return self.messenger.returncode
+
+    def start_job(self):
+        """A real process to be named in "PID"; end_job ends it and lets it vanish from the list."""
+        return self.processes.start(["sleep", "600"], self.env)
+
+    def end_job(self, job):
+        self.processes.end(job)
+
+    def post(self, name, tool, **info):
+        """Posts on the session bus. A tool that is none of the three is the object as it stands."""
+        posting.post(self.session_bus, name, tool, **info)
+
+    def post_by(self, client, name, tool, info, bus=None):
+        """Posts with one of posting.CLIENTS."""
+        posting.post_by_command(client, bus or self.session_bus, self.env, name, tool, info,
+                                self.build / "kqu-post")
+
+    def stop(self):
+        """Ends everything and removes the folder; complains about processes that were left over."""
+        for bus in (self.session_bus, self.system_bus):
+            if bus is not None:
+                bus.stop()
+        left = self.processes.end_all()
+        shutil.rmtree(self.folder, ignore_errors=True)
+        if left:
+            raise AssertionError(f"processes were left over: {left}")
