@@ -1,0 +1,68 @@
+#pragma once
+
+#include "framework/ui/Graphics.h"
+#include "framework/values/Object.h"
+#include "platform/interfaces/NativeWindow.h"
+
+#include <cstddef>
+#include <memory>
+#include <span>
+
+namespace kqu {
+
+class Picture;
+
+namespace drawing {
+class Plane;
+struct Image;
+} // namespace drawing
+
+enum class MaskCreation { IfThere, MakeIfMissing };
+
+/// An off-screen picture: a plane of colours and, on demand, a mask of the same size, which is a
+/// picture too. A mask's grey says how far a pixel shows: black shows it, white hides it. Fresh
+/// pictures are white and fresh masks hide everything. Drawing on a picture never touches its mask.
+///
+/// When pixels come into being is the picture's own business: it remembers what was drawn on it
+/// and makes pixels of what is looked at. A picture may be far larger than would fit in memory.
+class Picture : public Object {
+  public:
+    /// A picture that has its pixels from the start, to be shown in a window.
+    [[nodiscard]] static Ref<Picture> MakeBuffer(int width, int height);
+    /// A picture from a PNG file's bytes; nil if they are broken. What is transparent becomes
+    /// white.
+    [[nodiscard]] static Ref<Picture> FromPng(std::span<const std::byte> file);
+
+    explicit Picture(std::shared_ptr<drawing::Plane> plane);
+    ~Picture() override;
+
+    /// Pixels.
+    [[nodiscard]] int Width() const;
+    [[nodiscard]] int Height() const;
+
+    [[nodiscard]] kqu::Graphics& Graphics() { return graphics_; }
+
+    /// The mask: nil if there is none and none was asked to be made.
+    [[nodiscard]] Ref<Picture> Mask(MaskCreation creation);
+
+    /// The pixels of a picture that was made as a buffer, valid until it is drawn on or goes.
+    [[nodiscard]] platform::Frame Pixels();
+
+    // For Graphics.
+    /// What the picture shows now, untouched by later drawing.
+    [[nodiscard]] drawing::Image Snapshot() const;
+    [[nodiscard]] const drawing::Plane& Colours() const { return *plane_; }
+    /// The plane to draw on: its own copy if a snapshot holds the present one.
+    [[nodiscard]] drawing::Plane& WritableColours();
+
+  private:
+    std::shared_ptr<drawing::Plane> plane_;
+    Ref<Picture> mask_;
+    kqu::Graphics graphics_;
+};
+
+/// A new white picture without a mask. The depth, bits per pixel, is always 32.
+/// Raises a RuntimeException when the width or the height is below 1.
+[[nodiscard]] Ref<Picture> NewPicture(int width, int height, int depth);
+
+} // namespace kqu
