@@ -1,0 +1,162 @@
+#include "tests/support/SimulatedMachine.h"
+
+#include "framework/files/FolderItem.h"
+#include "platform/functions/TextFunctions.h"
+#include "platform/functions/WindowFunctions.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace kqu::simulation {
+
+namespace {
+std::filesystem::path MakeTemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "kqu-machine-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr)
+        throw std::runtime_error("no temporary folder could be made");
+    return pattern;
+}
+
+constexpr std::int32_t powerBlob = 7;
+constexpr std::int32_t powerName = 8;
+} // namespace
+
+platform::Registration SimulatedCentre::Listen(Listener listener) {
+    listener_ = std::move(listener);
+    ++listeners;
+    return platform::Registration([this] { listener_ = nullptr; });
+}
+
+bool SimulatedCentre::Collect(platform::EventQueue& queue) {
+    for (PostedNotification& posted : posted_)
+        queue.Post([this, notification = std::move(posted)] {
+            if (listener_)
+                listener_(notification);
+        });
+    posted_.clear();
+    return false;
+}
+
+void SimulatedCentre::Post(PostedNotification posted) {
+    if (listener_)
+        posted_.push_back(std::move(posted));
+}
+
+void SimulatedCentre::Post(const std::string& name, const std::string& object, Texts texts) {
+    WireDictionary userInfo;
+    for (const auto& [key, value] : texts)
+        userInfo.emplace_back(key, std::string(value));
+    Post(PostedNotification{name, object, std::move(userInfo)});
+}
+
+platform::Registration SimulatedPower::Listen(Listener listener) {
+    listener_ = std::move(listener);
+    return platform::Registration([this] { listener_ = nullptr; });
+}
+
+bool SimulatedPower::Ask(std::uint32_t message) const {
+    return listener_ && listener_(static_cast<std::int32_t>(message));
+}
+
+SimulatedMachine::SimulatedMachine() : root(MakeTemporaryFolder()) {
+    FolderItem::SetRoot(root);
+    // The preferences folder of the machine's user.
+    std::filesystem::create_directories(root / "home/.config");
+    setenv("XDG_CONFIG_HOME", "/home/.config", 1);
+    FillFunctions();
+    runtime_ = std::make_unique<Runtime>(platform::Platform{
+        time, windows, centre, power, functions, screenUpdates, {&windows, &centre}});
+    app = std::make_unique<App>();
+}
+
+SimulatedMachine::~SimulatedMachine() {
+    app.reset();
+    runtime_.reset();
+    FolderItem::SetRoot("/");
+    std::error_code ignored;
+    std::filesystem::remove_all(root, ignored);
+}
+
+int SimulatedMachine::Run() {
+    return app->Run();
+}
+
+void SimulatedMachine::RunUntil(std::chrono::nanoseconds sinceStart,
+                                const std::function<void()>& look) {
+    At(sinceStart, [this, look] {
+        look();
+        runtime_->Loop().Quit();
+    });
+    app->Run();
+}
+
+void SimulatedMachine::PostScanner(const std::string& name, const std::string& pid) {
+    processes.living.insert(std::stoi(pid));
+    centre.Post(name, "KQMS", {{"PID", pid.c_str()}, {"Progress", "250"}, {"VolName", "Data"}});
+}
+
+Ref<Dictionary> SimulatedMachine::Row(const std::string& name) {
+    return Panel().MyWindowEventList->MyDict->Value(name).ObjectAs<Dictionary>();
+}
+
+void SimulatedMachine::WriteFile(const std::string& path, const std::string& text) {
+    const std::filesystem::path native = root / path.substr(1);
+    std::filesystem::create_directories(native.parent_path());
+    std::ofstream(native, std::ios::binary) << text;
+}
+
+std::string SimulatedMachine::ReadFile(const std::string& path) const {
+    std::ifstream file(root / path.substr(1), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void SimulatedMachine::FillFunctions() {
+    platform::RegisterScreenUpdates(functions, screenUpdates);
+    platform::RegisterWindowFunctions(functions);
+    platform::RegisterTextFunctions(functions);
+    processes.Register(functions);
+    FillIdentityFunctions();
+    FillPowerFunctions();
+}
+
+void SimulatedMachine::FillIdentityFunctions() {
+    functions.Set<functions::Gestalt>([this](std::string_view selector, std::int32_t& value) {
+        if (selector != "sysv" || !systemVersion)
+            return false;
+        value = *systemVersion;
+        return true;
+    });
+    functions.Set<functions::lstat>([this](const std::string&, std::byte* record, std::size_t) {
+        std::memcpy(record + 12, &consoleOwner, sizeof consoleOwner);
+        return 0;
+    });
+    functions.Set<functions::seteuid>([this](std::uint32_t user) {
+        identityCalls.push_back("seteuid " + std::to_string(user));
+        return 0;
+    });
+    functions.Set<functions::setuid>([this](std::uint32_t user) {
+        identityCalls.push_back("setuid " + std::to_string(user));
+        return 0;
+    });
+    functions.Set<functions::getuid>([] { return 4242U; });
+}
+
+void SimulatedMachine::FillPowerFunctions() {
+    functions.Set<functions::IOPSCopyPowerSourcesInfo>([] { return powerBlob; });
+    functions.Set<functions::IOPSGetProvidingPowerSourceType>(
+        [this](std::int32_t) { return powerSource ? powerName : 0; });
+    functions.Set<functions::CFStringGetCString>(
+        [this](std::int32_t, char* buffer, std::int32_t size, std::uint32_t) {
+            const std::string& text = *powerSource;
+            if (text.size() >= static_cast<std::size_t>(size))
+                return false;
+            std::memcpy(buffer, text.c_str(), text.size() + 1);
+            return true;
+        });
+    functions.Set<functions::CFRelease>([](std::int32_t) {});
+}
+
+} // namespace kqu::simulation

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "framework/Runtime.h"
+#include "panel/Window1.h"
+#include "shell/App.h"
+#include "tests/support/SimulatedProcesses.h"
+#include "tests/support/SimulatedWaiting.h"
+#include "tests/support/SimulatedWindows.h"
+
+#include <chrono>
+#include <filesystem>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kqu::simulation {
+
+using namespace std::chrono_literals;
+using platform::OtherWireValue;
+using platform::PostedNotification;
+using platform::WireDictionary;
+using platform::WireValue;
+
+/// Text values of user information, as the tools send them.
+using Texts = std::initializer_list<std::pair<const char*, const char*>>;
+
+/// The distributed notification centre in memory.
+class SimulatedCentre final : public platform::NotificationCentre, public platform::EventSource {
+  public:
+    [[nodiscard]] platform::Registration Listen(Listener listener) override;
+    [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
+    bool Collect(platform::EventQueue& queue) override;
+
+    void Post(PostedNotification posted);
+    void Post(const std::string& name, const std::string& object, Texts texts);
+
+    int listeners = 0;
+
+  private:
+    Listener listener_;
+    std::vector<PostedNotification> posted_;
+};
+
+/// The system's power messages, sent by the test.
+class SimulatedPower final : public platform::PowerMessages {
+  public:
+    [[nodiscard]] platform::Registration Listen(Listener listener) override;
+    void AnswerMayHaveChanged() override {}
+
+    /// Whether the program objects to that message now.
+    [[nodiscard]] bool Ask(std::uint32_t message) const;
+    [[nodiscard]] bool IsListenedTo() const { return static_cast<bool>(listener_); }
+
+  private:
+    Listener listener_;
+};
+
+/// A whole machine in memory on which lives of the program run in virtual time: its clock, windows,
+/// notification centre, processes, power and files, and the functions that are reached by name.
+class SimulatedMachine {
+  public:
+    SimulatedMachine();
+    ~SimulatedMachine();
+
+    /// Runs a life of the program until it ends, or until nothing is left to happen, which fails
+    /// the test. The exit status.
+    int Run();
+
+    /// Runs the program up to that time after the start, then calls `look` and stops the program
+    /// where it stands.
+    void RunUntil(std::chrono::nanoseconds sinceStart, const std::function<void()>& look);
+
+    /// Lets something happen at that time after the start.
+    void At(std::chrono::nanoseconds sinceStart, std::function<void()> event) {
+        time.At(sinceStart, std::move(event));
+    }
+
+    /// Posts a scanner's notification with a process that lives.
+    void PostScanner(const std::string& name, const std::string& pid);
+
+    [[nodiscard]] Window1& Panel() { return Window1::Instance(); }
+    [[nodiscard]] Ref<Dictionary> Row(const std::string& name);
+    [[nodiscard]] const std::string& Title() { return Panel().Title(); }
+    /// Writes a file of the machine, making its folders. The path is absolute.
+    void WriteFile(const std::string& path, const std::string& text);
+    [[nodiscard]] std::string ReadFile(const std::string& path) const;
+
+    SimulatedWaiting time;
+    SimulatedWindows windows;
+    SimulatedCentre centre;
+    SimulatedPower power;
+    SimulatedProcesses processes;
+    platform::FunctionTable functions;
+    platform::ScreenUpdates screenUpdates;
+    std::filesystem::path root;
+    /// What the version question answers; nothing lets it fail.
+    std::optional<std::int32_t> systemVersion = 0x1068;
+    std::uint32_t consoleOwner = 1000;
+    std::vector<std::string> identityCalls;
+    /// The source that provides power; nothing lets the question fail.
+    std::optional<std::string> powerSource = "AC Power";
+
+  private:
+    void FillFunctions();
+    void FillIdentityFunctions();
+    void FillPowerFunctions();
+
+    std::unique_ptr<Runtime> runtime_;
+
+  public:
+    /// The application, from its making to the machine's end.
+    std::unique_ptr<App> app;
+};
+
+} // namespace kqu::simulation
