@@ -44,10 +44,13 @@ Application& Application::Current() {
     return *current;
 }
 
+void Application::Start() {
+    Runtime::Current().Loop().Post([this] { Event_Open(); });
+}
+
 int Application::Run() {
-    EventLoop& loop = Runtime::Current().Loop();
-    loop.Post([this] { Event_Open(); });
-    loop.Run();
+    Start();
+    Runtime::Current().Loop().Run();
     return exitStatus_;
 }
 

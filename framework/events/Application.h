@@ -17,8 +17,11 @@ class Application {
     /// The application that exists now; asking before it was made is an error of the program.
     [[nodiscard]] static Application& Current();
 
-    /// Raises the opening event from the loop, then runs the loop until Quit. The exit status.
+    /// Has the opening event raised from the loop.
+    void Start();
+    /// Starts, then runs the loop until Quit. The exit status.
     int Run();
+    [[nodiscard]] int ExitStatus() const { return exitStatus_; }
 
     /// Ends the program with the given exit status as soon as the running handlers have unwound.
     void Quit(int exitStatus);

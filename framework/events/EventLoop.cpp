@@ -35,8 +35,10 @@ void EventLoop::Post(Handler delivery) {
 
 void EventLoop::Run() {
     while (!quitting_)
-        Round(Patience::MayWait);
+        RunOnce();
 }
+
+void EventLoop::RunOnce() { Round(Patience::MayWait); }
 
 void EventLoop::DoEvents() {
     if (!quitting_ && depth_ < maximumDepth)

@@ -47,6 +47,9 @@ class EventLoop final : public platform::EventQueue {
     /// Runs until Quit.
     void Run();
 
+    /// One round that sleeps until there is something to do.
+    void RunOnce();
+
     /// One round without waiting: what the sources have by now and each timer that is due, each at
     /// most once. Never until idle, so that a chatty sender can't hold the caller.
     void DoEvents();

@@ -80,17 +80,28 @@ SimulatedMachine::~SimulatedMachine() {
     std::filesystem::remove_all(root, ignored);
 }
 
-int SimulatedMachine::Run() {
-    return app->Run();
+void SimulatedMachine::Start() {
+    app->Start();
+    started_ = true;
+    runtime_->Loop().RunOnce();
 }
 
-void SimulatedMachine::RunUntil(std::chrono::nanoseconds sinceStart,
-                                const std::function<void()>& look) {
-    At(sinceStart, [this, look] {
-        look();
-        runtime_->Loop().Quit();
-    });
-    app->Run();
+void SimulatedMachine::Advance(std::chrono::nanoseconds duration) {
+    const auto reached = std::make_shared<bool>(false);
+    time.At(time.SinceStart() + duration, [reached] { *reached = true; });
+    while (!*reached && !HasEnded())
+        runtime_->Loop().RunOnce();
+    // What happened at that very moment is taken in as well.
+    if (!HasEnded())
+        runtime_->Loop().DoEvents();
+}
+
+double SimulatedMachine::RunToEnd() {
+    if (!started_)
+        app->Start();
+    started_ = true;
+    runtime_->Loop().Run();
+    return std::chrono::duration<double>(time.SinceStart()).count();
 }
 
 void SimulatedMachine::PostScanner(const std::string& name, const std::string& pid) {

@@ -64,13 +64,14 @@ class SimulatedMachine {
     SimulatedMachine();
     ~SimulatedMachine();
 
-    /// Runs a life of the program until it ends, or until nothing is left to happen, which fails
-    /// the test. The exit status.
-    int Run();
-
-    /// Runs the program up to that time after the start, then calls `look` and stops the program
-    /// where it stands.
-    void RunUntil(std::chrono::nanoseconds sinceStart, const std::function<void()>& look);
+    /// Starts the program and runs its opening.
+    void Start();
+    /// Lets that much time pass, or less if the program ends before. With no time it lets the
+    /// program take in what has come.
+    void Advance(std::chrono::nanoseconds duration = {});
+    /// Starts the program, if it was not, and runs it to its end. How long it lived, in seconds.
+    double RunToEnd();
+    [[nodiscard]] bool HasEnded() { return runtime_->Loop().IsQuitting(); }
 
     /// Lets something happen at that time after the start.
     void At(std::chrono::nanoseconds sinceStart, std::function<void()> event) {
@@ -108,6 +109,7 @@ class SimulatedMachine {
     void FillPowerFunctions();
 
     std::unique_ptr<Runtime> runtime_;
+    bool started_ = false;
 
   public:
     /// The application, from its making to the machine's end.
