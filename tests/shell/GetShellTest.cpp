@@ -1,0 +1,129 @@
+#include "platform/functions/Functions.h"
+#include "tests/support/SimulatedMachine.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace kqu {
+namespace {
+
+using namespace simulation;
+
+/// Counts the looks of the event loop, and with them the pumps.
+class PumpCounter final : public platform::EventSource {
+  public:
+    [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
+    bool Collect(platform::EventQueue&) override {
+        ++pumps;
+        return false;
+    }
+    int pumps = 0;
+};
+
+class GetShellTest : public testing::Test {
+  protected:
+    [[nodiscard]] std::string Output(const std::string& printed, bool linefeedsToReturns = false) {
+        machine.processes.commands["x"] = [&] { return printed; };
+        return Module1.GetShell("x", linefeedsToReturns);
+    }
+    [[nodiscard]] bool IsRunning(std::int32_t pid, const std::string& list) {
+        machine.processes.commands["/bin/ps -ax -o 'pid'"] = [&] { return list; };
+        return machine.Panel().IsPIDProcessRunning(pid);
+    }
+
+    SimulatedMachine machine;
+};
+
+TEST_F(GetShellTest, OutputComesBackWholeWhateverItsLength) {
+    for (const std::size_t length : {0U, 1U, 100U, 2048U, 3000U, 4096U, 10000U}) {
+        const std::string printed(length, 'x');
+        EXPECT_EQ(Output(printed), printed) << length;
+    }
+    // One byte short of a chunk leaves a single NUL of its fill, which is no end.
+    EXPECT_EQ(Output(std::string(2047, 'x')), std::string(2047, 'x') + '\0');
+    EXPECT_EQ(machine.processes.openStreams, 0);
+}
+
+TEST_F(GetShellTest, TwoNulsEndTheTextOfTheirChunkAlone) {
+    using namespace std::string_literals;
+    EXPECT_EQ(Output("a\0b"s), "a\0b"s);
+    EXPECT_EQ(Output("a\0\0b"s), "a");
+    const std::string rest(2044, 'x');
+    EXPECT_EQ(Output("a\0\0b"s + rest + "next"), "anext");
+    // A pair across the border of two chunks is none.
+    EXPECT_EQ(Output(std::string(2047, 'x') + "\0\0y"s), std::string(2047, 'x') + "\0\0y"s);
+}
+
+TEST_F(GetShellTest, LinefeedsBecomeReturnsOnlyIfAsked) {
+    const std::string printed = "one\ntwo\r\nthree\n";
+    EXPECT_EQ(Output(printed), printed);
+    EXPECT_EQ(Output(printed, true), "one\rtwo\r\rthree\r");
+    EXPECT_EQ(Output(std::string(2047, 'x') + "\xC3\xA4\n", true),
+              std::string(2047, 'x') + "\xC3\xA4\r");
+}
+
+TEST_F(GetShellTest, PumpsOnceBeforeTheFirstReadAndOnceAfterEveryChunk) {
+    PumpCounter counter;
+    const auto watching = Runtime::Current().Loop().Watch(counter);
+    for (const auto& [length, pumps] :
+         {std::pair{0U, 2}, {100U, 2}, {2047U, 2}, {2048U, 3}, {5000U, 4}}) {
+        counter.pumps = 0;
+        static_cast<void>(Output(std::string(length, 'x')));
+        EXPECT_EQ(counter.pumps, pumps) << length;
+    }
+    machine.functions.Set<functions::ferror>([](std::int32_t) { return 1; });
+    counter.pumps = 0;
+    EXPECT_EQ(Output(std::string(5000, 'x')).size(), 2048U);
+    EXPECT_EQ(counter.pumps, 1);
+    EXPECT_EQ(machine.processes.openStreams, 0);
+}
+
+TEST_F(GetShellTest, ACommandThatCannotBeStartedReadsAsEmpty) {
+    for (const std::int32_t handle : {0, -1}) {
+        machine.functions.Set<functions::popen>(
+            [handle](const std::string&, const char*) { return handle; });
+        EXPECT_EQ(Module1.GetShell("x", true), "");
+    }
+}
+
+TEST_F(GetShellTest, FunctionsAreLookedUpOnEveryPass) {
+    int reads = 0;
+    machine.processes.whileReading = [&] {
+        if (++reads == 2)
+            machine.functions.Remove<functions::feof>();
+    };
+    try {
+        static_cast<void>(Output(std::string(5000, 'x')));
+        FAIL() << "the missing function went unnoticed";
+    } catch (const FunctionNotFoundException& error) {
+        EXPECT_EQ(error.Function(), "feof");
+        EXPECT_EQ(error.Library(), "System.framework");
+    }
+    EXPECT_EQ(reads, 2);
+}
+
+TEST_F(GetShellTest, LivenessMatchesWholeNumbersAtTheEndOfALine) {
+    struct Case {
+        const char* list;
+        std::int32_t pid;
+        bool running;
+    };
+    for (const Case& c : {Case{"  PID\n    1\n   12\n  123\n", 12, true},
+                          {"  PID\n    1\n  123\n  312\n", 12, false},
+                          {"  PID\n12345\n", 12345, true},
+                          {"  PID\n    1\n12345\n", 2345, false},
+                          {"  PID\n   12\n   13", 13, false},
+                          {"  PID\n\t12\n", 12, false},
+                          {"  PID\n   12 \n", 12, false},
+                          {"    1\n", 1, true},
+                          {"1\n", 1, false},
+                          {"  PID\n    1\n", 0, false},
+                          {"  PID\n    1\n", -1, false},
+                          {"  PID\n2147483647\n", 2147483647, true},
+                          {"", 1, false}})
+        EXPECT_EQ(IsRunning(c.pid, c.list), c.running) << c.list << c.pid;
+}
+
+} // namespace
+} // namespace kqu

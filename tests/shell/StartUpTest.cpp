@@ -1,0 +1,241 @@
+#include "platform/functions/Functions.h"
+#include "tests/support/SimulatedMachine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace kqu {
+namespace {
+
+using namespace simulation;
+
+constexpr const char* preferences =
+    "/Library/Application Support/Brackwater Utilities Support/BrackwaterPrefs.plist";
+const std::string catCommand = "/bin/cat /Library/Application\\ Support/Brackwater\\ Utilities\\ "
+                               "Support/BrackwaterPrefs.plist";
+
+TEST(StartUp, VersionGateSetsEachFlagByItself) {
+    struct Case {
+        std::optional<std::int32_t> version;
+        std::vector<bool> flags;
+        int attributeCalls;
+    };
+    const std::int32_t topBit = static_cast<std::int32_t>(0x80001060U);
+    for (const Case& c : {Case{0x1038, {false, false, false, false}, 3},
+                          {0x1030, {false, false, false, false}, 3},
+                          {0x1039, {true, false, false, false}, 3},
+                          {0x1040, {true, true, false, false}, 2},
+                          {0x1050, {true, true, true, false}, 2},
+                          {0x1068, {true, true, true, true}, 2},
+                          {topBit, {false, false, false, false}, 3},
+                          {std::nullopt, {false, false, false, false}, 3}}) {
+        SimulatedMachine machine;
+        machine.systemVersion = c.version;
+        machine.Start();
+        EXPECT_EQ((std::vector<bool>{Module1.TenThreeOrLater, Module1.TenFourOrLater,
+                                     Module1.TenFiveOrLater, Module1.TenSixOrLater}),
+                  c.flags);
+        const auto& calls = machine.windows.calls;
+        EXPECT_EQ(
+            std::count_if(calls.begin(), calls.end(),
+                          [](const std::string& call) { return call.starts_with("attributes"); }),
+            c.attributeCalls);
+        EXPECT_FALSE(machine.HasEnded());
+    }
+}
+
+TEST(StartUp, BecomesTheOwnerOfTheConsole) {
+    using Calls = std::vector<std::string>;
+    struct Case {
+        std::uint32_t owner;
+        Calls calls;
+        std::int32_t user;
+    };
+    for (const Case& c : {Case{1000, {"seteuid 1000", "setuid 1000"}, 1000},
+                          {0, {"seteuid 0", "setuid 0"}, 0},
+                          {2147483647, {"seteuid 2147483647", "setuid 2147483647"}, 2147483647},
+                          {2147483648U, {}, 4242},
+                          {0xFFFFFFFFU, {}, 4242}}) {
+        SimulatedMachine machine;
+        machine.consoleOwner = c.owner;
+        machine.functions.Set<functions::seteuid>([&](std::uint32_t user) {
+            machine.identityCalls.push_back("seteuid " + std::to_string(user));
+            // Refused; nobody minds.
+            return -1;
+        });
+        machine.Start();
+        EXPECT_EQ(machine.identityCalls, c.calls);
+        EXPECT_EQ(machine.app->MyUID, c.user);
+        EXPECT_FALSE(machine.HasEnded());
+    }
+}
+
+TEST(StartUp, StepsComeInTheirOrder) {
+    SimulatedMachine machine;
+    machine.WriteFile(preferences, "<plist/>");
+    std::vector<std::string> steps;
+    const auto note = [&](const std::string& step) { steps.push_back(step); };
+    machine.functions.Set<functions::Gestalt>([&](std::string_view, std::int32_t&) {
+        note("version");
+        return false;
+    });
+    machine.functions.Set<functions::setuid>([&](std::uint32_t) {
+        note("identity");
+        return 0;
+    });
+    machine.processes.commands[catCommand] = [&] {
+        note("cat");
+        return std::string();
+    };
+    machine.processes.commands["pmset -g"] = [&] {
+        note("pmset");
+        EXPECT_FALSE(machine.power.IsListenedTo());
+        EXPECT_EQ(machine.windows.windowsMade, 0);
+        return std::string("Now drawing from 'battery power'\n");
+    };
+    machine.functions.Set<functions::ChangeWindowAttributes>(
+        [&](platform::NativeWindow*, std::uint32_t, std::uint32_t) {
+            note(machine.power.IsListenedTo() ? "opening" : "opening without power messages");
+            EXPECT_FALSE(machine.app->WasWin1);
+            return 0;
+        });
+    machine.Start();
+    EXPECT_EQ(steps, (std::vector<std::string>{"version", "identity", "cat", "pmset", "opening",
+                                               "opening", "opening"}));
+    EXPECT_TRUE(Module1.isNoteBook);
+    EXPECT_TRUE(machine.app->WasWin1);
+    const auto& calls = machine.windows.calls;
+    ASSERT_GE(calls.size(), 2U);
+    // Transparent before it is shown.
+    EXPECT_LT(std::find(calls.begin(), calls.end(), "alpha 0"),
+              std::find(calls.begin(), calls.end(), "show"));
+    EXPECT_EQ(machine.processes.started, (std::vector<std::string>{catCommand, "pmset -g"}));
+}
+
+TEST(StartUp, AFunctionThatIsMissingEndsTheProgramWithStatusZero) {
+    const auto endsWithout = [](const auto& remove, int windows) {
+        SimulatedMachine machine;
+        remove(machine.functions);
+        machine.Start();
+        EXPECT_TRUE(machine.HasEnded());
+        EXPECT_EQ(machine.app->ExitStatus(), 0);
+        EXPECT_EQ(machine.windows.windowsMade, windows);
+        EXPECT_FALSE(machine.windows.window != nullptr && machine.windows.window->IsVisible() &&
+                     machine.windows.window->presents > 0);
+    };
+    using Table = platform::FunctionTable;
+    // Found before the panel is first mentioned: no window is ever made.
+    endsWithout([](Table& table) { table.Remove<functions::SetWindowAlpha>(); }, 0);
+    endsWithout([](Table& table) { table.Remove<functions::Gestalt>(); }, 0);
+    endsWithout([](Table& table) { table.Remove<functions::popen>(); }, 0);
+    endsWithout([](Table& table) { table.Remove<functions::ChangeWindowAttributes>(); }, 1);
+    endsWithout([](Table& table) { table.Remove<functions::SizeWindow>(); }, 1);
+}
+
+TEST(StartUp, BrokenPowerPreferencesEndTheProgramAndMissingOnesDoNot) {
+    const std::string head = "<?xml version=\"1.0\"?><plist version=\"1.0\">";
+    struct Case {
+        std::string file;
+        bool ends;
+        bool prevent, onAC, onBatt;
+    };
+    for (const Case& c : {
+             Case{"", false, true, false, true},
+             {head + "<dict/></plist>", false, true, false, true},
+             {head + "<dict><key>SleepOnAC</key><true/></dict></plist>", false, true, true, true},
+             {head + "<dict><key>sleeponac</key><true/></dict></plist>", false, true, false, true},
+             {head + "<dict><key>PreventScheduleOnBatt</key><false/><key>SleepOnBatt</key><false/>"
+                     "</dict></plist>",
+              false, false, false, false},
+             {head + "<dict><key>x</key><dict><key>SleepOnAC</key><true/></dict></dict></plist>",
+              false, true, false, true},
+             {head + "<dict><key>SleepOnBatt</key><integer>1</integer></dict></plist>", true, true,
+              false, true},
+             {head + "<array/></plist>", true, true, false, true},
+             {head + "<dict><key>SleepOnAC</key><true/>", false, true, false, true},
+         }) {
+        SimulatedMachine machine;
+        machine.WriteFile(preferences, c.file);
+        machine.Start();
+        EXPECT_EQ(machine.HasEnded(), c.ends) << c.file;
+        EXPECT_EQ(machine.windows.windowsMade, c.ends ? 0 : 1) << c.file;
+        EXPECT_EQ(machine.app->ExitStatus(), 0);
+        EXPECT_EQ(Module1.PreventScheduleOnBatt, c.prevent) << c.file;
+        EXPECT_EQ(Module1.SleepOnAC, c.onAC) << c.file;
+        EXPECT_EQ(Module1.SleepOnBatt, c.onBatt) << c.file;
+    }
+}
+
+TEST(StartUp, PreferencesThatCannotBeOpenedMeanTheDefaults) {
+    SimulatedMachine machine;
+    std::filesystem::create_directories(machine.root / (preferences + 1));
+    machine.Start();
+    EXPECT_FALSE(machine.HasEnded());
+    EXPECT_TRUE(Module1.PreventScheduleOnBatt);
+}
+
+class ParentApp : public testing::Test {
+  protected:
+    [[nodiscard]] static bool IsMarlstone(const std::string& file) {
+        SimulatedMachine machine;
+        machine.WriteFile(preferences, file);
+        machine.processes.commands[catCommand] = [&] { return file; };
+        machine.app->GetParentApp();
+        return Module1.ParentIsMarlstone;
+    }
+    [[nodiscard]] static std::string File(const std::string& location,
+                                          const std::string& lineEnd = "\n") {
+        return "<dict>" + lineEnd + "\t<key>ParentLocation</key>" + lineEnd + "\t<string>" +
+               location + "</string>" + lineEnd + "</dict>" + lineEnd;
+    }
+};
+
+TEST_F(ParentApp, NameDecidesTheFlavour) {
+    struct Case {
+        const char* location;
+        bool marlstone;
+    };
+    for (const Case& c : {Case{"/Applications/Marlstone Pro.app", true},
+                          {"/Applications/Brackwater Utilities.app", false},
+                          {"/Applications/BRACKWATER.APP", false},
+                          {"/Applications/", false},
+                          {"/Applications/Foo.app/", false},
+                          {"/Applications/Foo.app.bak", true},
+                          {"/Applications/Foo.APP.bak", true},
+                          {".app", false},
+                          {".a.apppp", true},
+                          {"Brack.appwater", false},
+                          {"/A/\xC4\xB0.appBrackwater", false},
+                          {"/Brackwater/Foo.app", true},
+                          {"", false}})
+        EXPECT_EQ(IsMarlstone(File(c.location)), c.marlstone) << c.location;
+}
+
+TEST_F(ParentApp, TextIsSplitAndNotParsed) {
+    const std::string key = "<key>ParentLocation</key>";
+    EXPECT_TRUE(IsMarlstone(File("/A/Foo.app", "\r")));
+    EXPECT_TRUE(IsMarlstone(File("/A/Foo.app", "\r\n")));
+    EXPECT_FALSE(IsMarlstone(key + " \n<string>/A/Foo.app</string>\n"));
+    EXPECT_FALSE(IsMarlstone(key + "<string>/A/Foo.app</string>\n"));
+    // The next text counts, whosever it is.
+    EXPECT_TRUE(IsMarlstone(key + "\n<integer>5</integer>\n<key>Other</key>\n"
+                                  "<string>/A/Foo.app</string>\n"));
+    EXPECT_FALSE(
+        IsMarlstone(key + "\n<integer>5</integer>\n" + key + "\n<string>/A/Foo.app</string>"));
+    EXPECT_FALSE(IsMarlstone("<key>Other</key>\n<string>/A/Foo.app</string>\n"));
+    EXPECT_FALSE(IsMarlstone(""));
+}
+
+TEST_F(ParentApp, AMissingFileIsNotEvenRead) {
+    SimulatedMachine machine;
+    machine.processes.commands[catCommand] = [] { return File("/A/Foo.app"); };
+    machine.app->GetParentApp();
+    EXPECT_FALSE(Module1.ParentIsMarlstone);
+    EXPECT_TRUE(machine.processes.started.empty());
+}
+
+} // namespace
+} // namespace kqu
