@@ -1,0 +1,201 @@
+#include "tests/support/SimulatedMachine.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace kqu {
+namespace {
+
+using namespace simulation;
+
+class GripAndScrollingTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        machine.Start();
+        AddRows(1);
+    }
+    void AddRows(int count) {
+        for (int i = 0; i < count; ++i)
+            machine.centre.Post("KQS_disk." + std::to_string(++names_), "KQMS", {});
+        machine.Advance(1ms);
+    }
+    /// Goes back to one row's height, whatever the number of rows.
+    void ShowOneRow() { panel().ChangeWindowSize(340, 73, true, true); }
+    [[nodiscard]] Window1& panel() { return machine.Panel(); }
+    /// A place on the grip, on the desktop.
+    [[nodiscard]] platform::Point OnGrip(int x, int y) {
+        return {panel().Left() + panel().Canvas1->Left() + x,
+                panel().Top() + panel().Canvas1->Top() + y};
+    }
+    void Press(platform::Point point) {
+        machine.windows.Press(point);
+        machine.Advance();
+    }
+    void Move(platform::Point point) {
+        machine.windows.MoveTo(point);
+        machine.Advance();
+    }
+    void Release() {
+        machine.windows.Release();
+        machine.Advance();
+    }
+    void Wheel(int deltaX, int deltaY, platform::Point inPanel = {100, 30}) {
+        machine.windows.Wheel({panel().Left() + inPanel.x, panel().Top() + inPanel.y}, deltaX,
+                              deltaY);
+        machine.Advance();
+    }
+
+    SimulatedMachine machine;
+
+  private:
+    int names_ = 0;
+};
+
+TEST_F(GripAndScrollingTest, APressWithoutWayKeepsTheWidthAtEveryColumn) {
+    for (int x = 0; x < 17; ++x) {
+        const platform::Point start = OnGrip(x, 8);
+        Press(start);
+        EXPECT_TRUE(panel().indrag);
+        Move({start.x, start.y + 1});
+        EXPECT_EQ(panel().Width(), 340) << x;
+        Move({start.x + 3, start.y + 1});
+        EXPECT_EQ(panel().Width(), 343) << x;
+        Move(start);
+        Release();
+        EXPECT_FALSE(panel().indrag);
+        EXPECT_EQ(panel().Width(), 340);
+    }
+    EXPECT_EQ(machine.windows.window->drags, 0);
+}
+
+TEST_F(GripAndScrollingTest, HeightGoesByOneRowPerEventFromThePressedLine) {
+    AddRows(9);
+    struct Case {
+        int line, up, down;
+    };
+    // Where the grip was taken decides how far the pointer has to go.
+    for (const Case& c : {Case{0, 52, -22}, {13, 39, -35}}) {
+        panel().ChangeWindowSize(340, 146, true, true);
+        platform::Point start = OnGrip(8, c.line);
+        Press(start);
+        Move({start.x, start.y + c.up - 1});
+        EXPECT_EQ(panel().Height(), 146);
+        Move({start.x, start.y + c.up});
+        EXPECT_EQ(panel().Height(), 219);
+        Release();
+        panel().ChangeWindowSize(340, 146, true, true);
+        start = OnGrip(8, c.line);
+        Press(start);
+        Move({start.x, start.y + c.down + 1});
+        EXPECT_EQ(panel().Height(), 146);
+        Move({start.x, start.y + c.down});
+        EXPECT_EQ(panel().Height(), 73);
+        Release();
+    }
+}
+
+TEST_F(GripAndScrollingTest, APointerThatRunsAheadNeedsFurtherEvents) {
+    AddRows(9);
+    ShowOneRow();
+    const platform::Point start = OnGrip(8, 8);
+    Press(start);
+    Move({start.x, start.y + 600});
+    EXPECT_EQ(panel().Height(), 146);
+    machine.Advance(2s);
+    EXPECT_EQ(panel().Height(), 146);
+    Move({start.x, start.y + 601});
+    EXPECT_EQ(panel().Height(), 219);
+    Release();
+}
+
+TEST_F(GripAndScrollingTest, ANewRowGrowsThePanelAtOnceAndTheNextDragJudgesAnew) {
+    const platform::Point start = OnGrip(8, 8);
+    Press(start);
+    AddRows(1);
+    EXPECT_EQ(panel().Height(), 146);
+    Move({start.x + 1, start.y});
+    EXPECT_EQ(panel().Width(), 341);
+    EXPECT_EQ(panel().Height(), 73);
+    Release();
+}
+
+TEST_F(GripAndScrollingTest, OneTurnOfTheWheelIsOneRowWhateverItsSize) {
+    AddRows(24);
+    ShowOneRow();
+    struct Turn {
+        int deltaX, deltaY, value;
+    };
+    for (const Turn& turn :
+         {Turn{0, 1, 1}, {0, 7, 2}, {0, 0, 2}, {5, 0, 2}, {0, -3, 1}, {0, -1, 0}, {0, -1, 0}}) {
+        Wheel(turn.deltaX, turn.deltaY);
+        EXPECT_EQ(panel().ScrollBar1->Value(), turn.value);
+    }
+    EXPECT_FALSE(panel().MyWindowEventList_MouseWheel(0, 0, 0, 1));
+    for (int i = 0; i < 40; ++i)
+        Wheel(0, 1, {335, 20});
+    EXPECT_EQ(panel().ScrollBar1->Value(), 24);
+}
+
+TEST_F(GripAndScrollingTest, NothingToScrollKeepsTheValue) {
+    Wheel(0, 1);
+    EXPECT_EQ(panel().ScrollBar1->Value(), 0);
+}
+
+TEST_F(GripAndScrollingTest, TheScrollBarGoesByPagesAndFollowsItsThumb) {
+    AddRows(24);
+    ShowOneRow();
+    const int left = panel().Left() + panel().ScrollBar1->Left();
+    const auto pressTrack = [&](int y) {
+        Press({left + 5, panel().Top() + y});
+        Release();
+        return panel().ScrollBar1->Value();
+    };
+    EXPECT_EQ(pressTrack(55), 20);
+    EXPECT_EQ(pressTrack(55), 24);
+    EXPECT_EQ(pressTrack(2), 4);
+    // The thumb held and dragged: from one end to the other, live.
+    panel().ScrollBar1->SetValue(0);
+    const platform::Rect thumb = panel().ScrollBar1->Thumb();
+    const platform::Point held{left + 5, panel().Top() + thumb.y + 4};
+    Press(held);
+    Move({held.x, held.y + 1});
+    const int little = panel().ScrollBar1->Value();
+    EXPECT_LE(little, 1);
+    Move({held.x, held.y + 200});
+    EXPECT_EQ(panel().ScrollBar1->Value(), 24);
+    Move({held.x + 90, held.y});
+    EXPECT_EQ(panel().ScrollBar1->Value(), 0);
+    Release();
+    EXPECT_EQ(machine.windows.window->drags, 0);
+}
+
+TEST_F(GripAndScrollingTest, APressThatNoControlTakesDragsThePanel) {
+    machine.windows.calls.clear();
+    Press({panel().Left() + 100, panel().Top() + 30});
+    EXPECT_EQ(machine.windows.calls.front(), "drag " + std::to_string(panel().Left() + 100) + " " +
+                                                 std::to_string(panel().Top() + 30));
+    Release();
+    // On the line that the list leaves free as well.
+    Press({panel().Left() + 339, panel().Top() + 20});
+    Release();
+    EXPECT_EQ(machine.windows.window->drags, 2);
+    EXPECT_FALSE(panel().indrag);
+}
+
+TEST_F(GripAndScrollingTest, TheGripFollowsTheStripeThatItSitsOn) {
+    AddRows(1);
+    machine.Advance(600ms);
+    EXPECT_EQ(panel().thedragcolor, RGB(241, 245, 250));
+    const SimulatedWindow& screen = *machine.windows.window;
+    EXPECT_EQ(screen.PixelOnScreen(322, 131), 0xF1F5FAU);
+    // The canvas's last column and line stay stripe.
+    EXPECT_EQ(screen.PixelOnScreen(338, 140), 0xF1F5FAU);
+    panel().ChangeWindowSize(340, 73, true, true);
+    machine.Advance(600ms);
+    EXPECT_EQ(panel().thedragcolor, RGB(255, 255, 255));
+    EXPECT_EQ(screen.PixelOnScreen(322, 60), 0xFFFFFFU);
+}
+
+} // namespace
+} // namespace kqu
