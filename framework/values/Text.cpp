@@ -1,0 +1,162 @@
+#include "framework/values/Text.h"
+
+#include "framework/values/CaseFolding.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace kqu {
+
+namespace {
+struct Occurrence {
+    std::size_t position;
+    std::size_t length;
+};
+
+/// How many bytes of `text` the start of it takes that equals `find`; nothing if it doesn't.
+/// Folding goes character by character, so that lengths are always those of the original.
+std::optional<std::size_t> MatchAtStart(std::string_view text, std::string_view find) {
+    const std::size_t whole = text.size();
+    while (!find.empty()) {
+        if (text.empty())
+            return std::nullopt;
+        std::size_t textLength = 0;
+        std::size_t findLength = 0;
+        if (FoldedCharacter(text, textLength) != FoldedCharacter(find, findLength))
+            return std::nullopt;
+        text.remove_prefix(textLength);
+        find.remove_prefix(findLength);
+    }
+    return whole - text.size();
+}
+
+std::optional<Occurrence> FindFrom(std::string_view text, std::string_view find,
+                                   std::size_t start) {
+    if (find.empty())
+        return std::nullopt;
+    std::size_t position = start;
+    while (position < text.size()) {
+        const std::string_view rest = text.substr(position);
+        if (const auto length = MatchAtStart(rest, find))
+            return Occurrence{position, *length};
+        std::size_t step = 1;
+        static_cast<void>(FoldedCharacter(rest, step));
+        position += step;
+    }
+    return std::nullopt;
+}
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+std::string_view::size_type SkipDigits(std::string_view text, std::size_t position) {
+    while (position < text.size() && IsDigit(text[position]))
+        ++position;
+    return position;
+}
+
+/// The end of an exponent at `position`, or `position` itself if none stands there.
+std::size_t SkipExponent(std::string_view text, std::size_t position) {
+    std::size_t digits = position + 1;
+    if (position >= text.size() || (text[position] != 'e' && text[position] != 'E'))
+        return position;
+    if (digits < text.size() && (text[digits] == '+' || text[digits] == '-'))
+        ++digits;
+    const std::size_t end = SkipDigits(text, digits);
+    return end == digits ? position : end;
+}
+} // namespace
+
+double Val(std::string_view text) {
+    constexpr std::string_view blanks = " \t\n\v\f\r";
+    const std::size_t start = text.find_first_not_of(blanks);
+    if (start == std::string_view::npos)
+        return 0.0;
+    text.remove_prefix(start);
+    const bool negative = text.front() == '-';
+    if (negative || text.front() == '+')
+        text.remove_prefix(1);
+    const std::size_t whole = SkipDigits(text, 0);
+    std::size_t end = whole;
+    bool hasDigits = whole > 0;
+    if (whole < text.size() && text[whole] == '.') {
+        end = SkipDigits(text, whole + 1);
+        hasDigits = hasDigits || end > whole + 1;
+    }
+    if (!hasDigits)
+        return 0.0;
+    end = SkipExponent(text, end);
+    double value = 0.0;
+    const auto result = std::from_chars(text.data(), text.data() + end, value);
+    if (result.ec == std::errc::result_out_of_range) {
+        // Out of range either way: without digits before the point or with a negative exponent it
+        // is too small to tell from zero.
+        const std::string_view number = text.substr(0, end);
+        const bool tiny = number.find("e-") != std::string_view::npos ||
+                          number.find("E-") != std::string_view::npos ||
+                          number.find_first_of("123456789") > whole;
+        value = tiny ? 0.0 : std::numeric_limits<double>::infinity();
+    }
+    return negative ? -value : value;
+}
+
+std::string Str(std::int32_t number) {
+    return std::to_string(number);
+}
+
+int InStr(std::string_view text, std::string_view find) {
+    if (find.empty())
+        return text.empty() ? 0 : 1;
+    const auto found = FindFrom(text, find, 0);
+    return found ? static_cast<int>(found->position) + 1 : 0;
+}
+
+bool Contains(std::string_view text, std::string_view find) {
+    return InStr(text, find) != 0;
+}
+
+bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
+    if (a == b)
+        return true;
+    const auto match = MatchAtStart(a, b);
+    return match && *match == a.size();
+}
+
+std::string ReplaceAll(std::string_view text, std::string_view find, std::string_view replacement) {
+    std::string result;
+    std::size_t position = 0;
+    while (const auto found = FindFrom(text, find, position)) {
+        result += text.substr(position, found->position - position);
+        result += replacement;
+        position = found->position + found->length;
+    }
+    return result += text.substr(position);
+}
+
+std::string NthField(std::string_view text, std::string_view separator, int number) {
+    std::size_t start = 0;
+    for (int field = 1;; ++field) {
+        const auto end = FindFrom(text, separator, start);
+        if (field == number)
+            return std::string(
+                text.substr(start, end ? end->position - start : std::string_view::npos));
+        if (!end || number < 1)
+            return {};
+        start = end->position + end->length;
+    }
+}
+
+int CountFields(std::string_view text, std::string_view separator) {
+    if (text.empty())
+        return 0;
+    int count = 1;
+    for (auto found = FindFrom(text, separator, 0); found;
+         found = FindFrom(text, separator, found->position + found->length))
+        ++count;
+    return count;
+}
+
+} // namespace kqu

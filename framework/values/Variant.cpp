@@ -1,0 +1,90 @@
+#include "framework/values/Variant.h"
+
+#include "framework/values/Numbers.h"
+#include "framework/values/Text.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace kqu {
+
+namespace {
+template <class... Handlers>
+struct Overloaded : Handlers... {
+    using Handlers::operator()...;
+};
+template <class... Handlers>
+Overloaded(Handlers...) -> Overloaded<Handlers...>;
+
+/// The shortest decimal that reads as the same double; plain digits for a whole one.
+std::string DoubleAsText(double number) {
+    if (number == 0.0)
+        return "0";
+    constexpr double largestPlain = 1e15;
+    const bool plain = std::isfinite(number) && std::fabs(number) < largestPlain;
+    std::array<char, 64> buffer{};
+    const auto result =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
+                      plain ? std::chars_format::fixed : std::chars_format::general);
+    if (result.ec != std::errc())
+        return Format(number, "0");
+    return {buffer.data(), result.ptr};
+}
+} // namespace
+
+bool Variant::IsNil() const {
+    const auto* object = std::get_if<Ref<kqu::Object>>(&value_);
+    return Kind() == Type::Nil || (object != nullptr && !*object);
+}
+
+std::string Variant::StringValue() const {
+    return std::visit(Overloaded{
+                          [](const std::string& text) { return text; },
+                          [](double number) { return DoubleAsText(number); },
+                          [](std::int32_t number) { return Str(number); },
+                          [](std::uint32_t number) { return std::to_string(number); },
+                          [](bool truth) { return std::string(truth ? "True" : "False"); },
+                          [](std::monostate) { return std::string(); },
+                          [](const Ref<kqu::Object>&) { return std::string(); },
+                      },
+                      value_);
+}
+
+double Variant::DoubleValue() const {
+    return std::visit(Overloaded{
+                          [](const std::string& text) { return Val(text); },
+                          [](double number) { return number; },
+                          [](std::int32_t number) { return static_cast<double>(number); },
+                          [](std::uint32_t number) { return static_cast<double>(number); },
+                          [](bool truth) { return truth ? 1.0 : 0.0; },
+                          [](std::monostate) { return 0.0; },
+                          [](const Ref<kqu::Object>&) { return 0.0; },
+                      },
+                      value_);
+}
+
+std::int32_t Variant::Int32Value() const {
+    if (const auto* number = std::get_if<std::int32_t>(&value_))
+        return *number;
+    return ToInt32(DoubleValue());
+}
+
+std::uint32_t Variant::UInt32Value() const {
+    if (const auto* number = std::get_if<std::uint32_t>(&value_))
+        return *number;
+    return ToUInt32(DoubleValue());
+}
+
+bool Variant::BooleanValue() const {
+    if (const auto* text = std::get_if<std::string>(&value_))
+        return EqualsIgnoringCase(*text, "true");
+    return DoubleValue() != 0.0;
+}
+
+Ref<kqu::Object> Variant::ObjectValue() const {
+    const auto* object = std::get_if<Ref<kqu::Object>>(&value_);
+    return object != nullptr ? *object : nullptr;
+}
+
+} // namespace kqu
