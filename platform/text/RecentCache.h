@@ -1,0 +1,86 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <list>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+namespace kqu::platform {
+
+/// Keeps what was made of texts for as long as it is in use: what nobody asked for during
+/// `lifetime` goes at the next entry, and however busy it is, the cache never holds more than
+/// `limit` bytes. So it is as large as what is on show, and texts that change leave nothing behind.
+template <class Value>
+class RecentCache {
+  public:
+    using Moment = std::chrono::steady_clock::time_point;
+
+    RecentCache(std::chrono::milliseconds lifetime, std::size_t limit)
+        : lifetime_(lifetime), limit_(limit) {}
+
+    /// The value of a key, or nil. It stays where it is until the next entry.
+    [[nodiscard]] Value* Find(std::string_view key, Moment now) {
+        const auto found = places_.find(key);
+        if (found == places_.end())
+            return nullptr;
+        entries_.splice(entries_.begin(), entries_, found->second);
+        found->second->lastUse = now;
+        return &found->second->value;
+    }
+
+    /// Enters a value for a key that is not there. `bytes` is what the value takes besides itself.
+    Value& Enter(std::string key, Value value, std::size_t bytes, Moment now) {
+        entries_.push_front({std::move(key), std::move(value), bytes, now});
+        Entry& entry = entries_.front();
+        places_.emplace(entry.key, entries_.begin());
+        bytes_ += CostOf(entry);
+        while (entries_.size() > 1 &&
+               (bytes_ > limit_ || now - entries_.back().lastUse > lifetime_))
+            DropOldest();
+        return entry.value;
+    }
+
+    /// The value of a key that is there has grown by so many bytes.
+    void Grow(std::string_view key, std::size_t bytes) {
+        const auto found = places_.find(key);
+        if (found == places_.end())
+            return;
+        found->second->bytes += bytes;
+        bytes_ += bytes;
+    }
+
+    [[nodiscard]] std::size_t Count() const { return entries_.size(); }
+    [[nodiscard]] std::size_t Bytes() const { return bytes_; }
+
+  private:
+    struct Entry {
+        std::string key;
+        Value value;
+        std::size_t bytes;
+        Moment lastUse;
+    };
+    using Entries = std::list<Entry>;
+
+    static std::size_t CostOf(const Entry& entry) {
+        return sizeof(Entry) + entry.key.size() + entry.bytes;
+    }
+
+    void DropOldest() {
+        bytes_ -= CostOf(entries_.back());
+        places_.erase(entries_.back().key);
+        entries_.pop_back();
+    }
+
+    std::chrono::milliseconds lifetime_;
+    std::size_t limit_;
+    std::size_t bytes_ = 0;
+    /// The latest used first.
+    Entries entries_;
+    std::unordered_map<std::string_view, typename Entries::iterator> places_;
+};
+
+} // namespace kqu::platform

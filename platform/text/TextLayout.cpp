@@ -1,0 +1,182 @@
+#include "platform/text/TextLayout.h"
+
+#include "platform/text/ShapedLine.h"
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <utility>
+
+namespace kqu::platform {
+
+namespace {
+using FontOptions = CPointer<cairo_font_options_t, cairo_font_options_destroy>;
+using Description = CPointer<PangoFontDescription, pango_font_description_free>;
+using Surface = CPointer<cairo_surface_t, cairo_surface_destroy>;
+using Cairo = CPointer<cairo_t, cairo_destroy>;
+
+constexpr int smallestSize = 1;
+constexpr int largestSize = 500;
+constexpr std::size_t fontsKept = 8;
+/// A list is painted twice a second; what three paints did not ask for is not on show any more.
+constexpr std::chrono::milliseconds lineLifetime{2000};
+constexpr std::size_t lineBytes = 1U << 20U;
+/// Wider than any screen; glyphs further to the right are not made into pixels.
+constexpr int widestImage = 16384;
+constexpr std::uint32_t white = 0xFFFFFF;
+
+/// The same pixels on every desktop: no setting of the user or of the display takes part.
+PangoContextPointer MakeContext(PangoFontMap* fontMap, int size) {
+    PangoContextPointer context(pango_font_map_create_context(fontMap));
+    const FontOptions options(cairo_font_options_create());
+    cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
+    cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_FULL);
+    cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_ON);
+    pango_cairo_context_set_font_options(context.get(), options.get());
+    const Description face(pango_font_description_from_string("sans-serif"));
+    pango_font_description_set_absolute_size(face.get(), static_cast<double>(size) * PANGO_SCALE);
+    pango_context_set_font_description(context.get(), face.get());
+    return context;
+}
+
+/// Draws in a colour 0xRRGGBB and hands every pixel, premultiplied, to `take` in reading order.
+template <class Take>
+void Rasterise(const ShapedLine& line, const TextImage& image, std::uint32_t colour, Take take) {
+    const Surface surface(
+        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, image.width, image.height));
+    const auto part = [colour](unsigned shift) {
+        return static_cast<double>(colour >> shift & 0xFFU) / 255.0;
+    };
+    const Cairo cairo(cairo_create(surface.get()));
+    cairo_set_source_rgb(cairo.get(), part(16), part(8), part(0));
+    line.Draw(*cairo, -image.left, -image.top);
+    cairo_surface_flush(surface.get());
+    const unsigned char* pixels = cairo_image_surface_get_data(surface.get());
+    if (pixels == nullptr)
+        return;
+    const int stride = cairo_image_surface_get_stride(surface.get());
+    for (int y = 0; y < image.height; ++y) {
+        const auto* row = reinterpret_cast<const std::uint32_t*>(
+            pixels + static_cast<std::ptrdiff_t>(y) * stride);
+        std::for_each(row, row + image.width, take);
+    }
+}
+
+/// Where the line's glyphs leave ink, within reach of the baseline.
+TextImage Frame(const ShapedLine& line, int size) {
+    const PangoRectangle ink = line.Ink();
+    TextImage image;
+    image.left = std::clamp(ink.x, -widestImage, widestImage);
+    image.top = std::max(ink.y, -TextLayout::reach * size);
+    image.width = std::clamp(ink.x + ink.width - image.left, 0, widestImage);
+    image.height = std::clamp(ink.y + ink.height, image.top, TextLayout::reach * size) - image.top;
+    return image;
+}
+
+TextImage MakeImage(const ShapedLine& line, int size, std::uint32_t colour) {
+    TextImage image = Frame(line, size);
+    if (image.width <= 0 || image.height <= 0)
+        return {};
+    // In white, glyphs without colours of their own have the same value in all four channels.
+    bool hasColours = false;
+    image.coverage.reserve(static_cast<std::size_t>(image.width) *
+                           static_cast<std::size_t>(image.height));
+    Rasterise(line, image, white, [&](std::uint32_t pixel) {
+        const std::uint32_t alpha = pixel >> 24U;
+        hasColours = hasColours || pixel != alpha * 0x01010101U;
+        image.coverage.push_back(static_cast<std::uint8_t>(alpha));
+    });
+    if (hasColours) {
+        image.coverage = {};
+        Rasterise(line, image, colour,
+                  [&](std::uint32_t pixel) { image.colours.push_back(pixel); });
+    }
+    return image;
+}
+
+std::size_t BytesOf(const TextImage& image) {
+    return sizeof image + image.coverage.size() + image.colours.size() * sizeof(std::uint32_t);
+}
+} // namespace
+
+/// Our own, so that all that belongs to it goes with it.
+struct TextLayout::FontMap {
+    CPointer<PangoFontMap, DropGObject> object{pango_cairo_font_map_new()};
+};
+
+class TextLayout::Font {
+  public:
+    Font(const FontMap& fontMap, int pixels)
+        : size(pixels), context(MakeContext(fontMap.object.get(), pixels)) {}
+
+    int size;
+    PangoContextPointer context;
+    RecentCache<Line> lines{lineLifetime, lineBytes};
+};
+
+TextLayout& TextLayout::Shared() {
+    static TextLayout shared;
+    return shared;
+}
+
+TextLayout::TextLayout() : fontMap_(std::make_unique<FontMap>()) {}
+TextLayout::~TextLayout() = default;
+
+TextLayout::Font& TextLayout::FontOf(int size) {
+    const int pixels = std::clamp(size, smallestSize, largestSize);
+    if (const auto known = fonts_.find(pixels); known != fonts_.end())
+        return *known->second;
+    if (fonts_.size() >= fontsKept)
+        fonts_.clear();
+    return *fonts_.emplace(pixels, std::make_unique<Font>(*fontMap_, pixels)).first->second;
+}
+
+TextLayout::Line& TextLayout::LineOf(Font& font, std::string_view text) {
+    const auto now = std::chrono::steady_clock::now();
+    if (Line* known = font.lines.Find(text, now))
+        return *known;
+    const ShapedLine shaped(*font.context, PlainText(text).utf8);
+    return font.lines.Enter(std::string(text), {shaped.Width(), 0, nullptr}, 0, now);
+}
+
+double TextLayout::Width(std::string_view text, int size) {
+    return LineOf(FontOf(size), text).width;
+}
+
+double TextLayout::WidthOnce(const std::string& plainText, int size) {
+    return ShapedLine(*FontOf(size).context, plainText).Width();
+}
+
+std::shared_ptr<const TextImage> TextLayout::Image(std::string_view text, int size,
+                                                   std::uint32_t colour) {
+    Font& font = FontOf(size);
+    Line& line = LineOf(font, text);
+    if (!line.image || (!line.image->colours.empty() && line.colour != colour)) {
+        const ShapedLine shaped(*font.context, PlainText(text).utf8);
+        line.image = std::make_shared<TextImage>(MakeImage(shaped, font.size, colour));
+        line.colour = colour;
+        font.lines.Grow(text, BytesOf(*line.image));
+    }
+    return line.image;
+}
+
+std::vector<std::size_t> TextLayout::Clusters(const PlainText& text) {
+    const auto length = static_cast<int>(text.utf8.size());
+    std::vector<PangoLogAttr> attributes(text.Length() + 1);
+    pango_get_log_attrs(text.utf8.data(), length, -1, pango_language_get_default(),
+                        attributes.data(), static_cast<int>(attributes.size()));
+    std::vector<std::size_t> bounds;
+    for (std::size_t i = 0; i < attributes.size(); ++i)
+        if (attributes[i].is_cursor_position || i == 0 || i == text.Length())
+            bounds.push_back(i);
+    return bounds;
+}
+
+std::string_view TextLayout::Enough(std::string_view text, int pixels) {
+    // Two bytes a pixel: a letter takes about half of that, a letter with a pile of marks, or an
+    // emoji made of several, not more.
+    constexpr std::size_t slack = 256;
+    return StartOf(text, 2 * static_cast<std::size_t>(std::max(pixels, 0)) + slack);
+}
+
+} // namespace kqu::platform

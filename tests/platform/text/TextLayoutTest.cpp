@@ -1,0 +1,105 @@
+#include "platform/text/TextLayout.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace kqu::platform {
+namespace {
+
+constexpr int size = 11;
+
+TextLayout& Layout() {
+    return TextLayout::Shared();
+}
+
+std::shared_ptr<const TextImage> ImageOf(std::string_view text, std::uint32_t colour = 0) {
+    return Layout().Image(text, size, colour);
+}
+
+TEST(TextLayout, AnyBytesAreOneLineOfBlanksAndReplacementCharacters) {
+    struct Case {
+        std::string source;
+        std::string line;
+    };
+    const Case cases[] = {
+        {"plain", "plain"},
+        {"<b>&amp;</b>", "<b>&amp;</b>"},
+        {"two\nlines\r\n", "two lines  "},
+        {std::string("a\0b", 3), "a b"},
+        {"tab\tand\x1B\x7F", "tab and  "},
+        {"\u2028\u2029\u0085", "   "},
+        {"\xC3", "\uFFFD"},
+        {"\xE6\x97", "\uFFFD\uFFFD"},
+        {"\xE6\x97\xA5\xFF", "日\uFFFD"},
+        {"\xC0\xAF\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"", ""},
+    };
+    for (const auto& [source, line] : cases) {
+        const PlainText plain(source);
+        EXPECT_EQ(plain.utf8, line);
+        EXPECT_EQ(plain.places.back().inSource, source.size());
+        EXPECT_EQ(plain.places.back().inLine, line.size());
+        EXPECT_EQ(Layout().Width(source, size), Layout().Width(line, size));
+    }
+}
+
+TEST(TextLayout, CutsBetweenCharacters) {
+    const std::string text = "a日b";
+    const std::size_t starts[] = {0, 1, 1, 1, 4, 5, 5};
+    const std::size_t ends[] = {0, 1, 1, 1, 4, 5, 5};
+    for (std::size_t bytes = 0; bytes < 7; ++bytes) {
+        EXPECT_EQ(StartOf(text, bytes), text.substr(0, starts[bytes])) << bytes;
+        EXPECT_EQ(EndOf(text, bytes), text.substr(text.size() - ends[bytes])) << bytes;
+    }
+    const std::string junk(20, '\x80');
+    EXPECT_EQ(StartOf(junk, 10).size(), 10U);
+    EXPECT_EQ(EndOf(junk, 10).size(), 10U);
+}
+
+TEST(TextLayout, WidthsAreWholePixelsAndAddUp) {
+    EXPECT_EQ(Layout().Width("", size), 0.0);
+    for (const char* text : {"Destination: ", "45.60 %", "日本語", "שלום", "x"}) {
+        const double width = Layout().Width(text, size);
+        EXPECT_GT(width, 0.0) << text;
+        EXPECT_EQ(width, std::round(width)) << text;
+    }
+    EXPECT_EQ(Layout().Width("0123456789", size), 10 * Layout().Width("5", size));
+    EXPECT_LT(Layout().Width("0123456789", size), Layout().Width("0123456789", 13));
+}
+
+TEST(TextLayout, InkStandsOnTheBaselineAtTheLeft) {
+    const auto capital = ImageOf("HEH");
+    EXPECT_EQ(capital->top + capital->height, 0);
+    EXPECT_NEAR(capital->height, size * 0.73, 1);
+    EXPECT_GE(capital->left, 0);
+    EXPECT_LE(capital->left, 2);
+    EXPECT_EQ(*std::max_element(capital->coverage.begin(), capital->coverage.end()), 255);
+    // Right-to-left text starts at the left as well, and ends where its width says.
+    const auto hebrew = ImageOf("שלום עולם");
+    EXPECT_GE(hebrew->left, -1);
+    EXPECT_NEAR(hebrew->left + hebrew->width, Layout().Width("שלום עולם", size), 2);
+    EXPECT_EQ(ImageOf("   ")->coverage.size(), 0U);
+}
+
+TEST(TextLayout, PilesOfMarksStayWithinReach) {
+    std::string pile = "o";
+    for (int i = 0; i < 200; ++i)
+        pile += "\u0302\u0323";
+    const auto image = ImageOf(pile);
+    EXPECT_GE(image->top, -TextLayout::reach * size);
+    EXPECT_LE(image->top + image->height, TextLayout::reach * size);
+}
+
+TEST(TextLayout, OddSizesAndLongTextsAreHarmless) {
+    for (const int odd : {-2147483647, -1, 0, 1, 3, 2147483647})
+        EXPECT_GE(Layout().Width("x", odd), 0.0) << odd;
+    const std::string text(1000000, 'x');
+    const std::string_view enough = TextLayout::Enough(text, 340);
+    EXPECT_GT(Layout().WidthOnce(std::string(enough), size), 340);
+    EXPECT_LT(enough.size(), 2000U);
+    EXPECT_EQ(TextLayout::Enough(text, -7).substr(0, 1), "x");
+}
+
+} // namespace
+} // namespace kqu::platform

@@ -1,0 +1,152 @@
+#include "platform/text/Truncation.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace kqu::platform {
+namespace {
+
+constexpr int size = 13;
+const std::string ellipsis = "…";
+
+/// Pieces that each stand for themselves: letters of several scripts, letters with marks, emoji
+/// made of several characters, a control character and a byte that is no UTF-8.
+const std::vector<std::string> clusters = {"a",
+                                           "i",
+                                           "W",
+                                           ".",
+                                           " ",
+                                           "/",
+                                           "é",
+                                           "e\u0301",
+                                           "n\u0303\u0323",
+                                           "ß",
+                                           "日",
+                                           "本",
+                                           "ш",
+                                           "ъ",
+                                           "ع",
+                                           "م",
+                                           "א",
+                                           "ש",
+                                           "\U0001F600",
+                                           "\U0001F469\u200D\U0001F469\u200D\U0001F467",
+                                           "\U0001F44D\U0001F3FD",
+                                           "\n",
+                                           "\xFF"};
+
+std::string RandomText(std::mt19937& random, std::size_t length, std::vector<std::size_t>& bounds) {
+    std::string text;
+    bounds = {0};
+    for (std::size_t i = 0; i < length; ++i) {
+        text += clusters[random() % clusters.size()];
+        bounds.push_back(text.size());
+    }
+    return text;
+}
+
+double WidthOf(const std::string& text) {
+    return TextLayout::Shared().Width(text, size);
+}
+
+std::string Shorten(const std::string& text, int limit, Giving giving = Giving::Middle) {
+    return Truncated(TextLayout::Shared(), text, size, limit, giving);
+}
+
+/// What stands before and behind the ellipsis.
+std::pair<std::string, std::string> Halves(const std::string& shortened) {
+    const std::size_t at = shortened.find(ellipsis);
+    EXPECT_NE(at, std::string::npos) << shortened;
+    return {shortened.substr(0, at), shortened.substr(at + ellipsis.size())};
+}
+
+TEST(Truncation, RemovesTheMinimumAtTheBoundsOfWholeCharacters) {
+    std::mt19937 random(20240611);
+    for (int round = 0; round < 400; ++round) {
+        std::vector<std::size_t> bounds;
+        const std::string text = RandomText(random, 1 + random() % 90, bounds);
+        const int limit = 20 + static_cast<int>(random() % 400);
+        const std::string shortened = Shorten(text, limit);
+        SCOPED_TRACE(text + " -> " + shortened + " within " + std::to_string(limit));
+        if (WidthOf(text) <= limit) {
+            EXPECT_EQ(shortened, text);
+            continue;
+        }
+        EXPECT_LE(WidthOf(shortened), limit);
+        const auto [first, last] = Halves(shortened);
+        ASSERT_TRUE(text.starts_with(first) && text.ends_with(last));
+        const auto firstBound = std::find(bounds.begin(), bounds.end(), first.size());
+        const auto lastBound = std::find(bounds.begin(), bounds.end(), text.size() - last.size());
+        ASSERT_TRUE(firstBound != bounds.end() && lastBound != bounds.end());
+        ASSERT_LT(firstBound, lastBound);
+        if (lastBound - firstBound == 1)
+            continue; // Putting back the only one that is gone gives the whole text.
+        EXPECT_GT(WidthOf(text.substr(0, firstBound[1]) + ellipsis + last), limit);
+        EXPECT_GT(WidthOf(first + ellipsis + text.substr(lastBound[-1])), limit);
+    }
+}
+
+TEST(Truncation, KeepsTheSameFromBothEndsOrOnlyTheStart) {
+    const std::string text = std::string(60, 'm') + std::string(60, 'm');
+    const auto [first, last] = Halves(Shorten(text, 200));
+    EXPECT_GE(first.size(), last.size());
+    EXPECT_LE(first.size() - last.size(), 1U);
+
+    const std::string atEnd =
+        Shorten("The quick brown fox jumps over the lazy dog", 150, Giving::End);
+    const auto [start, nothing] = Halves(atEnd);
+    EXPECT_EQ(nothing, "");
+    EXPECT_GT(start.size(), 10U);
+    EXPECT_LE(WidthOf(atEnd), 150);
+}
+
+TEST(Truncation, AnyLimitGivesAResultThatFits) {
+    for (const int limit : {-2147483647, -5, 0, 1, 5, 12, 13, 14, 30})
+        for (const Giving giving : {Giving::Middle, Giving::End}) {
+            const std::string shortened = Shorten("a rather long name.txt", limit, giving);
+            if (limit < WidthOf(ellipsis))
+                EXPECT_EQ(shortened, "") << limit;
+            else
+                EXPECT_LE(WidthOf(shortened), limit) << limit;
+        }
+    EXPECT_EQ(Shorten("short", 2147483647), "short");
+    EXPECT_EQ(Shorten("", -5), "");
+}
+
+TEST(Truncation, LongTextsTakeNoLongerThanTheirEnds) {
+    const auto repeated = [](const std::string& piece, std::size_t bytes) {
+        std::string text;
+        while (text.size() < bytes)
+            text += piece;
+        return text;
+    };
+    struct Case {
+        std::string text;
+        bool fits;
+    };
+    const std::vector<Case> cases = {
+        {repeated("x", 100000), false},        {repeated("日本語", 1000000), false},
+        {repeated("\xFF\xC0", 100000), false}, {repeated("e\u0301\u0302", 100000), false},
+        {repeated("\u200B", 20000), true},
+    };
+    for (const auto& [text, fits] : cases) {
+        const auto start = std::chrono::steady_clock::now();
+        const std::string shortened = Shorten(text, 310);
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+        // A search that looks at the whole text at each step would take many seconds.
+        EXPECT_LT(taken.count(), 2.0) << text.substr(0, 10);
+        EXPECT_LE(WidthOf(shortened), 310);
+        EXPECT_EQ(shortened == text, fits);
+        if (!fits) {
+            const auto [first, last] = Halves(shortened);
+            EXPECT_TRUE(text.starts_with(first) && text.ends_with(last));
+            EXPECT_GT(first.size() * last.size(), 0U);
+        }
+    }
+}
+
+} // namespace
+} // namespace kqu::platform
