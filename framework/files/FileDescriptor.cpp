@@ -1,0 +1,73 @@
+#include "framework/files/FileDescriptor.h"
+
+#include "framework/values/Exceptions.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace kqu {
+
+namespace {
+constexpr mode_t newFileMode = 0644;
+constexpr std::size_t readPiece = 64 * 1024;
+} // namespace
+
+FileDescriptor::FileDescriptor(const std::filesystem::path& path, Access access) {
+    const int flags =
+        access == Access::Read ? O_RDONLY | O_CLOEXEC : O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
+    // A pipe without a writer must not hold the program.
+    descriptor_ = ::open(path.c_str(), flags | O_NONBLOCK, newFileMode);
+    struct stat status = {};
+    if (descriptor_ >= 0 && (::fstat(descriptor_, &status) != 0 || S_ISDIR(status.st_mode)))
+        Close();
+}
+
+FileDescriptor::~FileDescriptor() {
+    Close();
+}
+
+std::size_t FileDescriptor::Length() const {
+    struct stat status = {};
+    if (::fstat(descriptor_, &status) != 0 || status.st_size < 0)
+        return 0;
+    return static_cast<std::size_t>(status.st_size);
+}
+
+std::string FileDescriptor::Read(std::size_t count) {
+    // In pieces: a length that a file only claims costs no memory.
+    std::string bytes;
+    while (bytes.size() < count) {
+        const std::size_t done = bytes.size();
+        bytes.resize(done + std::min(readPiece, count - done));
+        const ssize_t got = ::read(descriptor_, bytes.data() + done, bytes.size() - done);
+        bytes.resize(done + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+    }
+    return bytes;
+}
+
+void FileDescriptor::Write(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written < 0)
+            throw RuntimeException("a file could not be written");
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+void FileDescriptor::Close() {
+    if (const int descriptor = std::exchange(descriptor_, -1); descriptor >= 0)
+        ::close(descriptor);
+}
+
+} // namespace kqu

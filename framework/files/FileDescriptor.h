@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace kqu {
+
+/// An open file, closed with its last breath and never inherited by a child process.
+class FileDescriptor {
+  public:
+    enum class Access { Read, CreateNew };
+
+    /// Opens a regular file or a device; IsOpen tells whether that worked. Folders are not opened.
+    FileDescriptor(const std::filesystem::path& path, Access access);
+    ~FileDescriptor();
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+    [[nodiscard]] bool IsOpen() const { return descriptor_ >= 0; }
+    /// Bytes in the file, as far as it has a size.
+    [[nodiscard]] std::size_t Length() const;
+    /// Up to `count` bytes, fewer only at the end or after an error.
+    [[nodiscard]] std::string Read(std::size_t count);
+    /// Writes all of it. Raises a RuntimeException when the disk doesn't take it.
+    void Write(std::string_view bytes);
+    void Close();
+
+  private:
+    int descriptor_ = -1;
+};
+
+} // namespace kqu

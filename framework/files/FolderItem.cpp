@@ -1,0 +1,90 @@
+#include "framework/files/FolderItem.h"
+
+#include "framework/files/BinaryStream.h"
+#include "framework/files/TextInputStream.h"
+#include "framework/files/TextOutputStream.h"
+
+#include <memory>
+#include <system_error>
+
+namespace kqu {
+
+namespace {
+std::filesystem::path& Root() {
+    static std::filesystem::path root = "/";
+    return root;
+}
+
+std::string WithoutEscapes(std::string_view path) {
+    std::string plain;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        if (path[i] == '\\' && i + 1 < path.size())
+            ++i;
+        plain += path[i];
+    }
+    return plain;
+}
+
+template <class Stream>
+Ref<Stream> OpenOrNil(const std::filesystem::path& path) {
+    auto stream = std::make_shared<Stream>(path);
+    return stream->IsOpen() ? stream : nullptr;
+}
+} // namespace
+
+void FolderItem::SetRoot(std::filesystem::path root) {
+    Root() = std::move(root);
+}
+
+std::string FolderItem::Name() const {
+    return path_ == path_.root_path() ? path_.string() : path_.filename().string();
+}
+
+std::filesystem::path FolderItem::NativePath() const {
+    return Root() / path_.relative_path();
+}
+
+bool FolderItem::Exists() const {
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(NativePath(), error));
+}
+
+bool FolderItem::IsFolder() const {
+    std::error_code error;
+    return std::filesystem::is_directory(NativePath(), error);
+}
+
+Ref<FolderItem> FolderItem::Child(std::string_view name) const {
+    return name.empty() ? nullptr : std::make_shared<FolderItem>(path_ / name);
+}
+
+Ref<FolderItem> FolderItem::Parent() const {
+    return path_ == path_.root_path() ? nullptr : std::make_shared<FolderItem>(path_.parent_path());
+}
+
+void FolderItem::Delete() const {
+    std::error_code ignored;
+    std::filesystem::remove(NativePath(), ignored);
+}
+
+Ref<TextInputStream> FolderItem::OpenAsTextFile() const {
+    return OpenOrNil<TextInputStream>(NativePath());
+}
+
+Ref<BinaryStream> FolderItem::OpenAsBinaryFile() const {
+    return OpenOrNil<BinaryStream>(NativePath());
+}
+
+Ref<TextOutputStream> FolderItem::CreateTextFile() const {
+    return OpenOrNil<TextOutputStream>(NativePath());
+}
+
+Ref<FolderItem> GetFolderItem(std::string_view path, PathForm form) {
+    const std::filesystem::path plain =
+        form == PathForm::Shell ? WithoutEscapes(path) : std::string(path);
+    if (!plain.is_absolute())
+        return nullptr;
+    return std::make_shared<FolderItem>(plain.lexically_normal());
+}
+
+} // namespace kqu
