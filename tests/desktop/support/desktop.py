@@ -131,6 +131,14 @@ class Desktop:
                                               log="messenger.log")
         return self.messenger
 
+    def console_of(self, user):
+        """For root: a prefix for start_messenger, to whom the console then belongs to that user."""
+        console = self.folder / "console"
+        console.touch()
+        os.chown(console, user, -1)
+        return ["unshare", "--mount", "sh", "-c",
+                f'mount --bind {console} /dev/console && exec "$0"']
+
     def _ended_early(self):
         if self.messenger.poll() is not None:
             raise AssertionError(f"the messenger ended with status {self.messenger.returncode}: "
