@@ -47,7 +47,7 @@ void App::GetParentApp() {
 std::string App::GetPlistValueForKey(const std::string& key) {
     const std::string none = "nil";
     const Ref<FolderItem> folder = BundleFolder();
-    const Ref<CFURL> url = folder ? CFURL::FromFolderItem(*folder) : nullptr;
+    const Ref<CFURL> url = folder ? CFURL::FromFolderItem(folder) : nullptr;
     const Ref<CFBundle> bundle = url ? CFBundle::FromURL(url) : nullptr;
     const Ref<CFDictionary> info = bundle ? bundle->InfoDictionary() : nullptr;
     if (!info || !info->ContainsKey(key))
