@@ -1,7 +1,7 @@
 #include "framework/FunctionLookup.h"
 #include "framework/files/FolderItem.h"
+#include "framework/values/Encodings.h"
 #include "framework/values/Required.h"
-#include "framework/values/Text.h"
 #include "shell/App.h"
 
 #include <memory>
@@ -29,7 +29,7 @@ Ref<MemoryBlock> FailedStatus() {
 
 /// The path behind a file reference, or nothing if the platform has none.
 std::optional<std::string> PathOf(const MemoryBlock& reference) {
-    const auto buffer = std::make_shared<MemoryBlock>(static_cast<int>(pathBufferSize));
+    const auto buffer = std::make_shared<MemoryBlock>(pathBufferSize);
     if (Lookup<functions::FSRefMakePath>()(reference.Data(), buffer->CharData(), pathBufferSize) !=
         0)
         return std::nullopt;

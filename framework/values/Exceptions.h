@@ -6,11 +6,10 @@
 
 namespace kqu {
 
-/// What the framework fails by. Whatever is not handled reaches the application object.
+/// What the framework raises. Nothing but the application's own events catches it.
 class RuntimeException : public std::exception {
   public:
     explicit RuntimeException(std::string message) : message_(std::move(message)) {}
-
     [[nodiscard]] const char* what() const noexcept override { return message_.c_str(); }
 
   private:
@@ -22,30 +21,28 @@ class NilObjectException : public RuntimeException {
     using RuntimeException::RuntimeException;
 };
 
-/// A dictionary has no such key.
+/// A dictionary was asked for a key that it doesn't have.
 class KeyNotFoundException : public RuntimeException {
     using RuntimeException::RuntimeException;
 };
 
-/// An index or an offset lies outside.
+/// An index lies beyond what is there.
 class OutOfBoundsException : public RuntimeException {
     using RuntimeException::RuntimeException;
 };
 
-/// An object is not of the class that it was taken for.
+/// An object is of another kind than the one that was wanted.
 class IllegalCastException : public RuntimeException {
     using RuntimeException::RuntimeException;
 };
 
-/// A function that is reached by name is not there.
+/// No function of that name stands in that library.
 class FunctionNotFoundException : public RuntimeException {
   public:
     FunctionNotFoundException(std::string function, std::string library)
-        : RuntimeException("the function \"" + function + "\" was not found in \"" + library +
-                           "\""),
+        : RuntimeException("function " + function + " was not found in " + library),
           function_(std::move(function)),
           library_(std::move(library)) {}
-
     [[nodiscard]] const std::string& Function() const { return function_; }
     [[nodiscard]] const std::string& Library() const { return library_; }
 

@@ -6,7 +6,7 @@
 
 namespace kqu {
 
-/// The root of everything that is held by reference. Objects are shared, never copied.
+/// The base of everything that is held by reference.
 class Object {
   public:
     Object() = default;
@@ -19,13 +19,13 @@ class Object {
 template <class T>
 using Ref = std::shared_ptr<T>;
 
-/// The object as one of class T; nil stays nil.
-/// Raises IllegalCastException for an object of another class.
+/// The object as one of class T. Nil stays nil; an object of another class raises
+/// IllegalCastException.
 template <class T>
 [[nodiscard]] Ref<T> Cast(const Ref<Object>& object) {
-    Ref<T> cast = std::dynamic_pointer_cast<T>(object);
+    auto cast = std::dynamic_pointer_cast<T>(object);
     if (object && !cast)
-        throw IllegalCastException("an object is of another class than it was taken for");
+        throw IllegalCastException("an object is of another class than the one wanted");
     return cast;
 }
 

@@ -134,32 +134,33 @@ void SimulatedMachine::FillFunctions() {
 }
 
 void SimulatedMachine::FillIdentityFunctions() {
-    functions.Set<functions::Gestalt>([this](std::string_view selector, std::int32_t& value) {
+    functions.Set<kqu::functions::Gestalt>([this](std::string_view selector, std::int32_t& value) {
         if (selector != "sysv" || !systemVersion)
             return false;
         value = *systemVersion;
         return true;
     });
-    functions.Set<functions::lstat>([this](const std::string&, std::byte* record, std::size_t) {
-        std::memcpy(record + 12, &consoleOwner, sizeof consoleOwner);
-        return 0;
-    });
-    functions.Set<functions::seteuid>([this](std::uint32_t user) {
+    functions.Set<kqu::functions::lstat>(
+        [this](const std::string&, std::byte* record, std::size_t) {
+            std::memcpy(record + 12, &consoleOwner, sizeof consoleOwner);
+            return 0;
+        });
+    functions.Set<kqu::functions::seteuid>([this](std::uint32_t user) {
         identityCalls.push_back("seteuid " + std::to_string(user));
         return 0;
     });
-    functions.Set<functions::setuid>([this](std::uint32_t user) {
+    functions.Set<kqu::functions::setuid>([this](std::uint32_t user) {
         identityCalls.push_back("setuid " + std::to_string(user));
         return 0;
     });
-    functions.Set<functions::getuid>([] { return 4242U; });
+    functions.Set<kqu::functions::getuid>([] { return 4242U; });
 }
 
 void SimulatedMachine::FillPowerFunctions() {
-    functions.Set<functions::IOPSCopyPowerSourcesInfo>([] { return powerBlob; });
-    functions.Set<functions::IOPSGetProvidingPowerSourceType>(
+    functions.Set<kqu::functions::IOPSCopyPowerSourcesInfo>([] { return powerBlob; });
+    functions.Set<kqu::functions::IOPSGetProvidingPowerSourceType>(
         [this](std::int32_t) { return powerSource ? powerName : 0; });
-    functions.Set<functions::CFStringGetCString>(
+    functions.Set<kqu::functions::CFStringGetCString>(
         [this](std::int32_t, char* buffer, std::int32_t size, std::uint32_t) {
             const std::string& text = *powerSource;
             if (text.size() >= static_cast<std::size_t>(size))
@@ -167,7 +168,7 @@ void SimulatedMachine::FillPowerFunctions() {
             std::memcpy(buffer, text.c_str(), text.size() + 1);
             return true;
         });
-    functions.Set<functions::CFRelease>([](std::int32_t) {});
+    functions.Set<kqu::functions::CFRelease>([](std::int32_t) {});
 }
 
 } // namespace kqu::simulation
