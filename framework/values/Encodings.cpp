@@ -10,7 +10,8 @@ std::u16string ToUtf16(std::string_view text) {
     std::u16string result;
     while (!text.empty()) {
         gunichar code = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
-        std::size_t length = g_utf8_skip[static_cast<unsigned char>(text.front())];
+        auto length =
+            static_cast<std::size_t>(g_utf8_skip[static_cast<unsigned char>(text.front())]);
         if (code == static_cast<gunichar>(-1) || code == static_cast<gunichar>(-2)) {
             code = replacement;
             length = 1;

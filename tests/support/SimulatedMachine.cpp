@@ -1,6 +1,7 @@
 #include "tests/support/SimulatedMachine.h"
 
 #include "framework/files/FolderItem.h"
+#include "platform/functions/Functions.h"
 #include "platform/functions/TextFunctions.h"
 #include "platform/functions/WindowFunctions.h"
 
