@@ -3,6 +3,7 @@
 #include "framework/Runtime.h"
 #include "panel/Window1.h"
 #include "shell/App.h"
+#include "shell/Module1.h"
 #include "tests/support/SimulatedProcesses.h"
 #include "tests/support/SimulatedWaiting.h"
 #include "tests/support/SimulatedWindows.h"

@@ -1,0 +1,89 @@
+#include "framework/values/Dictionary.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kqu {
+namespace {
+
+TEST(Dictionary, KeysOfAnyCaseAreOneEntryUnderItsFirstSpelling) {
+    Dictionary table;
+    table.SetValue("PID", 1);
+    table.SetValue("pid", 2);
+    table.SetValue("KQS_DISK Ä\xFF", "a");
+    table.SetValue("kqs_disk ä\xFF", "b");
+    EXPECT_EQ(table.Count(), 2);
+    EXPECT_EQ(table.Value("Pid").Int32Value(), 2);
+    EXPECT_EQ(table.Value("KQS_disk Ä\xFF").StringValue(), "b");
+    EXPECT_EQ(table.Key(0), "PID");
+    EXPECT_FALSE(table.HasKey("pid "));
+    EXPECT_FALSE(table.HasKey(""));
+}
+
+TEST(Dictionary, KeepsTheOrderOfInsertionAcrossRemovals) {
+    Dictionary table;
+    for (int i = 0; i < 100; ++i)
+        table.SetValue("key " + std::to_string(i), i);
+    for (int i = 0; i < 100; i += 3)
+        table.Remove("KEY " + std::to_string(i));
+    table.SetValue("key 3", 1003);
+    int previous = -1;
+    for (int index = 0; index < table.Count(); ++index) {
+        const std::int32_t value = table.Value(table.Key(index)).Int32Value();
+        EXPECT_GT(value, previous);
+        previous = value;
+    }
+    EXPECT_EQ(table.Count(), 67);
+    EXPECT_EQ(previous, 1003);
+}
+
+TEST(Dictionary, AbsentKeysAndIndicesRaise) {
+    Dictionary table;
+    table.SetValue("a", 1);
+    EXPECT_THROW(static_cast<void>(table.Value("b")), KeyNotFoundException);
+    EXPECT_THROW(table.Remove("b"), KeyNotFoundException);
+    EXPECT_THROW(static_cast<void>(table.Key(1)), OutOfBoundsException);
+    EXPECT_THROW(static_cast<void>(table.Key(-1)), OutOfBoundsException);
+    EXPECT_EQ(table.Count(), 1);
+}
+
+TEST(Variant, KeepsItsTypeAndConvertsOnReading) {
+    struct Case {
+        Variant value;
+        Variant::Type type;
+        std::string text;
+        std::int32_t number;
+        double real;
+    };
+    using Type = Variant::Type;
+    for (const Case& c : {Case{4.9, Type::Double, "4.9", 4, 4.9},
+                          {-4.9, Type::Double, "-4.9", -4, -4.9},
+                          {0.0, Type::Double, "0", 0, 0},
+                          {1500000.0, Type::Double, "1500000", 1500000, 1500000},
+                          {0.1, Type::Double, "0.1", 0, 0.1},
+                          {4294967297.0, Type::Double, "4294967297", 2147483647, 4294967297.0},
+                          {-1e300, Type::Double, "-1e+300", -2147483647 - 1, -1e300},
+                          {"12abc", Type::String, "12abc", 12, 12},
+                          {7, Type::Int32, "7", 7, 7},
+                          {3000000000U, Type::UInt32, "3000000000", 2147483647, 3e9},
+                          {true, Type::Boolean, "True", 1, 1},
+                          {Variant(), Type::Nil, "", 0, 0}}) {
+        EXPECT_EQ(c.value.Kind(), c.type);
+        EXPECT_EQ(c.value.StringValue(), c.text);
+        EXPECT_EQ(c.value.Int32Value(), c.number);
+        EXPECT_EQ(c.value.DoubleValue(), c.real);
+    }
+    EXPECT_EQ(Variant(3000000000U).UInt32Value(), 3000000000U);
+    EXPECT_EQ(Variant(-1.0).UInt32Value(), 0U);
+    const Variant row(std::make_shared<Dictionary>());
+    EXPECT_NE(row.ObjectAs<Dictionary>(), nullptr);
+    EXPECT_EQ(Variant(5).ObjectAs<Dictionary>(), nullptr);
+    class Other : public Object {};
+    EXPECT_THROW(static_cast<void>(row.ObjectAs<Other>()), IllegalCastException);
+}
+
+} // namespace
+} // namespace kqu

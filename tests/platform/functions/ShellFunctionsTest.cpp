@@ -1,0 +1,170 @@
+#include "platform/functions/ShellFunctions.h"
+
+#include "platform/functions/Functions.h"
+#include "platform/loop/SignalSource.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <iterator>
+#include <optional>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+
+namespace kqu::platform {
+namespace {
+
+/// The functions as the program calls them.
+class ShellFunctionsTest : public testing::Test {
+  protected:
+    ShellFunctionsTest() {
+        handles_.emplace();
+        RegisterShellFunctions(table_, *handles_);
+    }
+
+    template <class F, class... Arguments>
+    auto Call(Arguments... arguments) {
+        return (*table_.Find<F>())(arguments...);
+    }
+
+    std::int32_t Start(const std::string& command) { return Call<functions::popen>(command, "r"); }
+
+    /// All that a stream still gives, in reads of one item of 16 bytes.
+    std::string Rest(std::int32_t stream) {
+        std::string all;
+        while (Call<functions::feof>(stream) == 0 && Call<functions::ferror>(stream) == 0) {
+            std::array<char, 16> block{};
+            Call<functions::fread>(static_cast<void*>(block.data()), block.size(), 1UL, stream);
+            all += std::string(block.data(), strnlen(block.data(), block.size()));
+        }
+        return all;
+    }
+
+    std::string Output(const std::string& command) {
+        const std::int32_t stream = Start(command);
+        std::string all = Rest(stream);
+        status_ = Call<functions::pclose>(stream);
+        return all;
+    }
+
+    void DropHandles() { handles_.reset(); }
+
+    FunctionTable table_;
+    int status_ = -1;
+
+  private:
+    std::optional<Handles> handles_;
+};
+
+std::ptrdiff_t OpenDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+bool HasChildren() {
+    return waitpid(-1, nullptr, WNOHANG) >= 0 || errno != ECHILD;
+}
+
+TEST_F(ShellFunctionsTest, ACommandGoesToTheShellAsItStandsAndItsOutputComesBackWhole) {
+    EXPECT_EQ(Output("printf '%s,' \"a b\" 'pid'; exit 3"), "a b,pid,");
+    EXPECT_EQ(WEXITSTATUS(status_), 3);
+    EXPECT_EQ(Output("true"), "");
+    EXPECT_EQ(Output("echo seen; no-such-command-anywhere 2>/dev/null"), "seen\n");
+    EXPECT_EQ(Output("head -c 5000 /dev/zero | tr '\\0' x"), std::string(5000, 'x'));
+    EXPECT_FALSE(HasChildren());
+}
+
+TEST_F(ShellFunctionsTest, AShortReadIsNoItemAndLeavesItsBytesInTheBlock) {
+    const std::int32_t stream = Start("printf abc");
+    std::array<char, 8> block{};
+    EXPECT_EQ(Call<functions::fread>(static_cast<void*>(block.data()), 8UL, 1UL, stream), 0U);
+    EXPECT_STREQ(block.data(), "abc");
+    EXPECT_NE(Call<functions::feof>(stream), 0);
+    EXPECT_EQ(Call<functions::ferror>(stream), 0);
+    EXPECT_EQ(Call<functions::pclose>(stream), 0);
+}
+
+TEST_F(ShellFunctionsTest, AHandleWithoutAStreamReadsAsAtItsEndAndInError) {
+    const std::int32_t closed = Start("echo never read");
+    EXPECT_GT(closed, 0);
+    Call<functions::pclose>(closed);
+    for (const std::int32_t handle : {0, -1, closed, 12345}) {
+        std::array<char, 4> block{};
+        EXPECT_NE(Call<functions::feof>(handle), 0) << handle;
+        EXPECT_NE(Call<functions::ferror>(handle), 0) << handle;
+        EXPECT_EQ(Call<functions::fread>(static_cast<void*>(block.data()), 4UL, 1UL, handle), 0U);
+        EXPECT_EQ(Call<functions::pclose>(handle), -1) << handle;
+    }
+}
+
+TEST_F(ShellFunctionsTest, ACommandThatCannotBeStartedHasTheHandleZero) {
+    const auto start = table_.Find<functions::popen>();
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const rlimit none{3, usual.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::int32_t stream = (*start)("echo", "r");
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_EQ(stream, 0);
+}
+
+TEST_F(ShellFunctionsTest, ACommandInheritsNothingOfAnother) {
+    const auto before = OpenDescriptors();
+    const std::string usual = Output("ls /proc/self/fd");
+    const std::int32_t outer = Start("sleep 0.1; echo outer");
+    EXPECT_EQ(OpenDescriptors(), before + 1);
+    EXPECT_EQ(Output("ls /proc/self/fd"), usual);
+    EXPECT_EQ(Rest(outer), "outer\n");
+    Call<functions::pclose>(outer);
+    EXPECT_EQ(OpenDescriptors(), before);
+}
+
+TEST_F(ShellFunctionsTest, ACommandStartsWithTheUsualSignals) {
+    const std::string asked = "grep -E '^Sig(Blk|Ign|Cgt)' /proc/self/status";
+    const std::string usual = Output(asked);
+    const SignalSource source([] {});
+    EXPECT_EQ(Output(asked), usual);
+    // A reader that goes away ends the writer.
+    const std::int32_t stream = Start("trap '' TERM; exec cat /dev/zero");
+    EXPECT_EQ(WTERMSIG(Call<functions::pclose>(stream)), SIGPIPE);
+}
+
+TEST_F(ShellFunctionsTest, SignalsDuringAReadCutNothingShort) {
+    const SignalSource source([] {});
+    // Kept away from the default handler, which would end the test.
+    struct sigaction former {};
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGALRM, &action, &former);
+    const itimerval often{{0, 5000}, {0, 5000}};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    EXPECT_EQ(Output("for i in 1 2 3 4 5; do echo $i; sleep 0.03; done"), "1\n2\n3\n4\n5\n");
+    const itimerval never{};
+    setitimer(ITIMER_REAL, &never, nullptr);
+    sigaction(SIGALRM, &former, nullptr);
+    EXPECT_EQ(status_, 0);
+}
+
+TEST_F(ShellFunctionsTest, AStarterThatIgnoresDeadChildrenDoesNoHarm) {
+    const auto former = std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(Output("echo seen"), "seen\n");
+    EXPECT_EQ(status_, -1);
+    std::signal(SIGCHLD, former);
+}
+
+TEST_F(ShellFunctionsTest, StreamsThatNobodyClosedGoWithTheHandles) {
+    const auto before = OpenDescriptors();
+    EXPECT_GT(Start("cat /dev/zero"), 0);
+    EXPECT_GT(Start("true"), 0);
+    EXPECT_EQ(OpenDescriptors(), before + 2);
+    DropHandles();
+    EXPECT_EQ(OpenDescriptors(), before);
+    EXPECT_FALSE(HasChildren());
+}
+
+} // namespace
+} // namespace kqu::platform
