@@ -1,0 +1,110 @@
+#include "platform/functions/Identity.h"
+
+#include <grp.h>
+#include <linux/capability.h>
+#include <pwd.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <string>
+#include <vector>
+
+namespace kqu::platform {
+
+namespace {
+constexpr uid_t root = 0;
+/// System calls take it for "leave that one alone".
+constexpr auto noUser = static_cast<uid_t>(-1);
+/// The group of the account "nobody" and of everything that the kernel can't map.
+constexpr gid_t groupOfNobody = 65534;
+
+struct UserIds {
+    uid_t real = noUser;
+    uid_t effective = noUser;
+    uid_t saved = noUser;
+    [[nodiscard]] bool Contain(uid_t user) const {
+        return real == user || effective == user || saved == user;
+    }
+};
+
+struct Groups {
+    gid_t real = groupOfNobody;
+    gid_t effective = groupOfNobody;
+    gid_t saved = groupOfNobody;
+    std::vector<gid_t> supplementary;
+};
+
+UserIds CurrentIds() {
+    UserIds ids;
+    getresuid(&ids.real, &ids.effective, &ids.saved);
+    return ids;
+}
+
+Groups CurrentGroups() {
+    Groups groups;
+    getresgid(&groups.real, &groups.effective, &groups.saved);
+    groups.supplementary.resize(NGROUPS_MAX);
+    const int count = getgroups(NGROUPS_MAX, groups.supplementary.data());
+    groups.supplementary.resize(static_cast<std::size_t>(std::max(count, 0)));
+    return groups;
+}
+
+Groups GroupsOf(uid_t user) {
+    Groups groups;
+    const passwd* account = getpwuid(user);
+    if (account == nullptr)
+        return groups;
+    groups.real = groups.effective = groups.saved = account->pw_gid;
+    const std::string name = account->pw_name;
+    int count = NGROUPS_MAX;
+    groups.supplementary.resize(NGROUPS_MAX);
+    if (getgrouplist(name.c_str(), groups.real, groups.supplementary.data(), &count) < 0)
+        count = NGROUPS_MAX;
+    groups.supplementary.resize(static_cast<std::size_t>(count));
+    return groups;
+}
+
+bool TakeOn(const Groups& groups) {
+    return setgroups(groups.supplementary.size(), groups.supplementary.data()) == 0 &&
+           setresgid(groups.real, groups.effective, groups.saved) == 0;
+}
+
+/// Also those that a process may have been told to keep over a change of its user.
+void DropCapabilities() {
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> none{};
+    syscall(SYS_capset, &header, none.data());
+}
+
+bool SettleOn(uid_t user, const UserIds& permitted) {
+    if (user == noUser || !permitted.Contain(user) || setresuid(user, user, user) != 0)
+        return false;
+    if (user != root)
+        DropCapabilities();
+    return true;
+}
+} // namespace
+
+bool BecomeEffectively(uid_t user) {
+    return user != noUser && seteuid(user) == 0;
+}
+
+bool BecomeForGood(uid_t user) {
+    const UserIds before = CurrentIds();
+    if (!before.Contain(root) || user == root)
+        return SettleOn(user, before);
+    // Groups are root's to give, and root may be the effective user no longer.
+    if (seteuid(root) != 0)
+        return false;
+    const Groups groups = CurrentGroups();
+    if (TakeOn(GroupsOf(user)) && SettleOn(user, {user, root, root}))
+        return true;
+    static_cast<void>(TakeOn(groups));
+    static_cast<void>(seteuid(before.effective));
+    return false;
+}
+
+} // namespace kqu::platform

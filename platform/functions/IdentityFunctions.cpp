@@ -1,0 +1,44 @@
+#include "platform/functions/IdentityFunctions.h"
+
+#include "platform/functions/Functions.h"
+#include "platform/functions/Identity.h"
+
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kqu::platform {
+
+namespace {
+constexpr int success = 0;
+constexpr int failure = -1;
+constexpr std::size_t ownerOffset = 12;
+constexpr std::string_view versionSelector = "sysv";
+/// In the form 0xMMmb: the newest that any user of it tells apart.
+constexpr std::int32_t systemVersion = 0x1068;
+
+int WriteStatus(const std::string& path, std::byte* record, std::size_t size) {
+    struct stat status {};
+    if (size < ownerOffset + sizeof status.st_uid || ::lstat(path.c_str(), &status) != 0)
+        return failure;
+    std::memcpy(record + ownerOffset, &status.st_uid, sizeof status.st_uid);
+    return success;
+}
+} // namespace
+
+void RegisterIdentityFunctions(FunctionTable& table) {
+    table.Set<functions::lstat>(WriteStatus);
+    table.Set<functions::seteuid>(
+        [](std::uint32_t user) { return BecomeEffectively(user) ? success : failure; });
+    table.Set<functions::setuid>(
+        [](std::uint32_t user) { return BecomeForGood(user) ? success : failure; });
+    table.Set<functions::getuid>([] { return ::getuid(); });
+    table.Set<functions::Gestalt>([](std::string_view selector, std::int32_t& value) {
+        if (selector != versionSelector)
+            return false;
+        value = systemVersion;
+        return true;
+    });
+}
+
+} // namespace kqu::platform
