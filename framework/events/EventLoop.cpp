@@ -38,7 +38,9 @@ void EventLoop::Run() {
         RunOnce();
 }
 
-void EventLoop::RunOnce() { Round(Patience::MayWait); }
+void EventLoop::RunOnce() {
+    Round(Patience::MayWait);
+}
 
 void EventLoop::DoEvents() {
     if (!quitting_ && depth_ < maximumDepth)
@@ -67,7 +69,7 @@ bool EventLoop::Collect() {
     bool more = false;
     const auto sources = sources_;
     for (platform::EventSource* source : sources)
-        more = source->Collect(*this) || more;
+        Guarded([&] { more = source->Collect(*this) || more; });
     return more;
 }
 
