@@ -1,2 +1,3 @@
 include(GNUInstallDirs)
 install(TARGETS kqu-messenger kqu-post RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES post/kqu-post.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)

@@ -1,0 +1,35 @@
+#include "post/Tools.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kqu::post {
+
+namespace {
+constexpr std::array<std::string_view, 7> scannerKeys{"PID",     "Extra", "BSD",     "Progress",
+                                                      "VolName", "Item",  "ScanType"};
+constexpr std::array<std::string_view, 9> backupKeys{
+    "PID", "Extra", "BSD", "Progress", "VolName", "status", "Type", "FolderBackup", "dVolName"};
+constexpr std::array<std::string_view, 7> defragmenterKeys{
+    "PID", "Extra", "BSD", "status", "FileName", "FileProgress", "NumFilesExamined"};
+
+constexpr std::array<Tool, 3> tools{{{"scanner", "KQMS", scannerKeys},
+                                     {"backup", "KQBackup", backupKeys},
+                                     {"defragmenter", "KQDefrag", defragmenterKeys}}};
+} // namespace
+
+std::span<const Tool> Tools() {
+    return tools;
+}
+
+const Tool* FindTool(std::string_view name) {
+    const auto* found = std::find_if(tools.begin(), tools.end(),
+                                     [&](const Tool& tool) { return tool.name == name; });
+    return found != tools.end() ? found : nullptr;
+}
+
+bool HasKey(const Tool& tool, std::string_view key) {
+    return std::find(tool.keys.begin(), tool.keys.end(), key) != tool.keys.end();
+}
+
+} // namespace kqu::post

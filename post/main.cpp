@@ -1,0 +1,46 @@
+#include "post/CommandLine.h"
+#include "post/Poster.h"
+
+#include <cstdio>
+#include <exception>
+#include <vector>
+
+// kqu-post: posts one status notification.
+
+namespace {
+constexpr int notTaken = 1;
+constexpr int wrongUsage = 2;
+
+int Complain(const std::exception& error, int status) {
+    std::fprintf(stderr, "kqu-post: %s\n", error.what());
+    return status;
+}
+
+int Run(std::span<const char* const> arguments) {
+    using kqu::post::Request;
+    const Request request = kqu::post::ParseCommandLine(arguments);
+    switch (request.action) {
+    case Request::Action::Help:
+        std::fputs(kqu::post::HelpText().c_str(), stdout);
+        break;
+    case Request::Action::Version:
+        std::puts("kqu-post " KQU_VERSION);
+        break;
+    case Request::Action::Post:
+        kqu::post::Post(request);
+        break;
+    }
+    return 0;
+}
+} // namespace
+
+int main(int count, char** values) {
+    const std::vector<const char*> arguments(values + (count > 0 ? 1 : 0), values + count);
+    try {
+        return Run(arguments);
+    } catch (const kqu::post::UsageError& error) {
+        return Complain(error, wrongUsage);
+    } catch (const std::exception& error) {
+        return Complain(error, notTaken);
+    }
+}
