@@ -9,6 +9,11 @@
 
 namespace kqu {
 
+namespace drawing {
+struct Area;
+struct Command;
+} // namespace drawing
+
 class Picture;
 
 /// As a width or a height of DrawPicture: the picture's own. No other number means that; a width or
@@ -59,6 +64,9 @@ class Graphics {
 
   private:
     Graphics(const Ref<Picture>& picture, const platform::Rect& area);
+
+    [[nodiscard]] drawing::Area Clip() const;
+    void Draw(drawing::Command command);
 
     Ref<Picture> keptAlive_;
     Picture& picture_;

@@ -10,11 +10,11 @@
 
 namespace kqu {
 
-class Picture;
-
 namespace drawing {
-class Plane;
+struct Area;
+struct Command;
 struct Image;
+class Plane;
 } // namespace drawing
 
 enum class MaskCreation { IfThere, MakeIfMissing };
@@ -52,8 +52,7 @@ class Picture : public Object {
     /// What the picture shows now, untouched by later drawing.
     [[nodiscard]] drawing::Image Snapshot() const;
     [[nodiscard]] const drawing::Plane& Colours() const { return *plane_; }
-    /// The plane to draw on: its own copy if a snapshot holds the present one.
-    [[nodiscard]] drawing::Plane& WritableColours();
+    void Draw(drawing::Command command, const drawing::Area& clip);
 
   private:
     std::shared_ptr<drawing::Plane> plane_;

@@ -1,0 +1,39 @@
+#include "framework/files/ResourceFork.h"
+
+#include "framework/files/EmbeddedPictures.h"
+#include "framework/ui/Picture.h"
+
+namespace kqu {
+
+namespace {
+std::span<const std::byte> Embedded(int id) {
+    static const auto pictures = EmbeddedPictures();
+    const auto found = pictures.find(id);
+    return found == pictures.end() ? std::span<const std::byte>() : found->second;
+}
+} // namespace
+
+Ref<Picture> ResourceFork::GetPicture(int id) const {
+    const auto changed = changed_.find(id);
+    return Picture::FromPng(
+        changed == changed_.end() ? Embedded(id) : std::span<const std::byte>(changed->second));
+}
+
+void ResourceFork::Set(int id, std::span<const std::byte> file) {
+    changed_[id].assign(file.begin(), file.end());
+}
+
+void ResourceFork::Remove(int id) {
+    changed_[id].clear();
+}
+
+void ResourceFork::Restore() {
+    changed_.clear();
+}
+
+Ref<ResourceFork> appResourceForkGetter() {
+    static const auto fork = std::make_shared<ResourceFork>();
+    return fork;
+}
+
+} // namespace kqu

@@ -1,0 +1,85 @@
+#include "framework/ui/Graphics.h"
+
+#include "framework/ui/Picture.h"
+#include "framework/ui/drawing/Plane.h"
+#include "platform/text/TextLayout.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace kqu {
+
+using drawing::Area;
+using platform::TextLayout;
+
+namespace {
+int OrNatural(int size, int natural) {
+    return size == naturalSize ? natural : size;
+}
+} // namespace
+
+std::unique_ptr<Graphics> Graphics::ForArea(const Ref<Picture>& picture,
+                                            const platform::Rect& area) {
+    return std::unique_ptr<Graphics>(new Graphics(picture, area));
+}
+
+Graphics::Graphics(Picture& picture)
+    : picture_(picture), area_{0, 0, picture.Width(), picture.Height()} {}
+
+Graphics::Graphics(const Ref<Picture>& picture, const platform::Rect& area)
+    : keptAlive_(picture), picture_(*picture), area_(area) {}
+
+Area Graphics::Clip() const {
+    return Area::Of(area_.x, area_.y, area_.width, area_.height)
+        .Within(picture_.Colours().Bounds());
+}
+
+void Graphics::Draw(drawing::Command command) {
+    picture_.Draw(std::move(command), Clip());
+}
+
+void Graphics::FillRect(int x, int y, int width, int height) {
+    const Area area = Area::Of(x, y, width, height).Moved(area_.x, area_.y);
+    Draw({drawing::FillCommand{area, foreColor_.value}});
+}
+
+void Graphics::DrawPicture(const Picture& image, int x, int y, int destinationWidth,
+                           int destinationHeight, int sourceX, int sourceY, int sourceWidth,
+                           int sourceHeight) {
+    const Area destination = Area::Of(x, y, OrNatural(destinationWidth, image.Width()),
+                                      OrNatural(destinationHeight, image.Height()));
+    const Area source = Area::Of(sourceX, sourceY, OrNatural(sourceWidth, image.Width()),
+                                 OrNatural(sourceHeight, image.Height()));
+    Draw(drawing::DrawImage(image.Snapshot(), destination.Moved(area_.x, area_.y), source));
+}
+
+void Graphics::DrawString(std::string_view text, int x, int baseline, int /*wrapWidth*/,
+                          bool /*condense*/) {
+    const drawing::Pixels start = drawing::Pixels{x} + area_.x;
+    const drawing::Pixels room =
+        std::clamp<drawing::Pixels>(Clip().right - start, 0, std::numeric_limits<int>::max());
+    if (room == 0)
+        return;
+    const std::string_view visible = TextLayout::Enough(text, static_cast<int>(room));
+    Draw({drawing::TextCommand{std::string(visible), start, drawing::Pixels{baseline} + area_.y,
+                               textSize_, foreColor_.value}});
+}
+
+double Graphics::StringWidth(std::string_view text) const {
+    return TextLayout::Shared().Width(text, textSize_);
+}
+
+Colour Graphics::Pixel(int x, int y) const {
+    const Area place = Area::Of(x, y, 1, 1).Moved(area_.x, area_.y);
+    if (!Clip().Covers(place))
+        return {drawing::white};
+    return {picture_.Colours().At(place.left, place.top)};
+}
+
+void Graphics::SetPixel(int x, int y, Colour colour) {
+    const Area place = Area::Of(x, y, 1, 1).Moved(area_.x, area_.y);
+    Draw({drawing::FillCommand{place, colour.value}});
+}
+
+} // namespace kqu

@@ -1,0 +1,72 @@
+#include "framework/ui/Picture.h"
+
+#include "framework/ui/drawing/Plane.h"
+#include "framework/ui/drawing/PngFile.h"
+#include "framework/values/Exceptions.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kqu {
+
+using drawing::Area;
+using drawing::Plane;
+using drawing::Raster;
+
+Ref<Picture> Picture::MakeBuffer(int width, int height) {
+    return std::make_shared<Picture>(
+        std::make_shared<Plane>(Raster(Area::Of(0, 0, std::max(width, 0), std::max(height, 0)))));
+}
+
+Ref<Picture> Picture::FromPng(std::span<const std::byte> file) {
+    auto pixels = drawing::ReadPng(file);
+    return pixels ? std::make_shared<Picture>(std::make_shared<Plane>(std::move(*pixels)))
+                  : nullptr;
+}
+
+Picture::Picture(std::shared_ptr<Plane> plane) : plane_(std::move(plane)), graphics_(*this) {}
+
+Picture::~Picture() = default;
+
+int Picture::Width() const {
+    return plane_->Width();
+}
+
+int Picture::Height() const {
+    return plane_->Height();
+}
+
+Ref<Picture> Picture::Mask(MaskCreation creation) {
+    if (!mask_ && creation == MaskCreation::MakeIfMissing)
+        mask_ = std::make_shared<Picture>(std::make_shared<Plane>(Width(), Height()));
+    return mask_;
+}
+
+platform::Frame Picture::Pixels() {
+    if (Width() == 0 || Height() == 0)
+        return {};
+    return {plane_->AllPixels().At(0, 0), Width(), Height(), Width()};
+}
+
+drawing::Image Picture::Snapshot() const {
+    return {plane_, mask_ ? mask_->plane_ : nullptr};
+}
+
+void Picture::Draw(drawing::Command command, const Area& clip) {
+    // A plane that somebody else holds is a snapshot and stays as it is.
+    if (plane_.use_count() > 1) {
+        if (plane_->IsHiddenBy(command, clip))
+            plane_ = std::make_shared<Plane>(Width(), Height());
+        else
+            plane_ = std::make_shared<Plane>(*plane_);
+    }
+    plane_->Draw(std::move(command), clip);
+}
+
+Ref<Picture> NewPicture(int width, int height, int /*depth*/) {
+    if (width < 1 || height < 1)
+        throw RuntimeException("a picture must be at least one pixel wide and high");
+    return std::make_shared<Picture>(std::make_shared<Plane>(width, height));
+}
+
+} // namespace kqu

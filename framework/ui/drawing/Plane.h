@@ -1,0 +1,74 @@
+#pragma once
+
+#include "framework/ui/drawing/Command.h"
+#include "framework/ui/drawing/Raster.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace kqu::drawing {
+
+/// One plane of a picture, its colours or its mask, white to begin with.
+///
+/// What is drawn on it is recorded, and made into pixels only where somebody looks: a list of a
+/// thousand rows costs what it shows. A plane that is small, or has been drawn on more often than
+/// its pixels are worth, gets pixels for good and is drawn on directly from then on.
+///
+/// A plane that is shared is never drawn on: it is the snapshot of its picture.
+class Plane {
+  public:
+    Plane(int width, int height);
+    /// A plane that has its pixels from the start; they begin at (0, 0).
+    explicit Plane(Raster pixels);
+    Plane(const Plane& other);
+    Plane& operator=(const Plane&) = delete;
+
+    [[nodiscard]] int Width() const { return width_; }
+    [[nodiscard]] int Height() const { return height_; }
+    [[nodiscard]] Area Bounds() const { return Area::Of(0, 0, width_, height_); }
+
+    /// Draws within `clip`.
+    void Draw(Command command, const Area& clip);
+    /// Whether nothing would be left of the plane as it is.
+    [[nodiscard]] bool IsHiddenBy(const Command& command, const Area& clip) const;
+
+    /// The pixel at a place within the bounds.
+    [[nodiscard]] Pixel At(Pixels x, Pixels y) const;
+    /// Copies what the target wants; the target's clip lies within the bounds.
+    void PaintOn(const Target& target) const;
+    /// Pixels that hold at least `area`, which is in reason and within the bounds.
+    [[nodiscard]] std::shared_ptr<const Raster> PixelsOf(const Area& area) const;
+    /// All pixels, for good.
+    Raster& AllPixels();
+
+    /// Whether the pixels of an area can be held in memory.
+    [[nodiscard]] static bool IsInReason(const Area& area);
+
+  private:
+    struct Entry {
+        Command command;
+        /// Clipped to where it may draw.
+        Area reach;
+    };
+
+    void Record(Command command, const Area& reach);
+    void Hide(const Area& filled);
+    void Rasterise() const;
+    [[nodiscard]] Pixels Size() const { return Pixels{width_} * height_; }
+
+    int width_;
+    int height_;
+    // Rasterising changes how the plane is kept, not what it shows.
+    mutable std::shared_ptr<Raster> pixels_;
+    mutable std::vector<Entry> entries_;
+    /// What no entry has painted is white; this much of it is not covered by fills.
+    mutable Area blank_;
+    /// The latest fill among the entries.
+    std::optional<std::size_t> latestFill_;
+    /// How many planes stand behind one another in the entries.
+    mutable int depth_ = 0;
+};
+
+} // namespace kqu::drawing
