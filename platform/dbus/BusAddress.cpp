@@ -16,7 +16,9 @@ std::string_view Variable(const char* name) {
     return value == nullptr ? std::string_view() : value;
 }
 
-std::string OwnRuntimeFolder() { return std::string(runtimeFolders) + std::to_string(getuid()); }
+std::string OwnRuntimeFolder() {
+    return std::string(runtimeFolders) + std::to_string(getuid());
+}
 
 bool LiesInAnothersRuntimeFolder(std::string_view path) {
     if (!path.starts_with(runtimeFolders))

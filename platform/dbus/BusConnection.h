@@ -3,69 +3,70 @@
 #include "platform/CDeleter.h"
 #include "platform/interfaces/EventSource.h"
 
-#include <systemd/sd-bus.h>
-
-#include <exception>
+#include <chrono>
 #include <optional>
+#include <string>
+#include <systemd/sd-bus.h>
 
 namespace kqu::platform {
 
-using BusPointer = CPointer<sd_bus, sd_bus_flush_close_unref>;
-using BusSlot = CPointer<sd_bus_slot, sd_bus_slot_unref>;
-using BusMessage = CPointer<sd_bus_message, sd_bus_message_unref>;
-
-/// Which of the two message buses of a D-Bus system.
-enum class Bus { Session, System };
-
-/// The one who uses a connection.
-class BusClient {
-  public:
-    virtual ~BusClient() = default;
-    /// A connection is there: the place to add matches, asynchronously.
-    virtual void Connected(sd_bus* bus) = 0;
-    /// The connection has gone, and with it all slots.
-    virtual void Disconnected() = 0;
-    /// What the callbacks have taken in is to be posted.
-    virtual void Deliver(EventQueue& queue) = 0;
-};
-
-/// A connection to a message bus that is made without blocking and made again, quietly, every few
-/// seconds while the bus is not there. Callbacks of the library run inside Collect alone and must
-/// not call handlers; they take in what came and leave it to Deliver.
+/// A connection to one message bus, for as long as it is wanted: made without waiting, served from
+/// the event loop, and made anew, quietly, a while after the bus went away or was not there.
+///
+/// No callback is ever left with the library: every message that it doesn't answer by itself comes
+/// out of sd_bus_process and goes to the client from here, outside of the library. So nothing
+/// unwinds through it, and it is never entered twice.
 class BusConnection final : public EventSource {
   public:
-    /// How long to wait before a bus that is not there is tried again.
-    static constexpr std::chrono::seconds retryPeriod{3};
+    class Client {
+      public:
+        virtual ~Client() = default;
+        /// The connection was begun. What is sent now goes out in this order as soon as the bus has
+        /// let us in; the bus may still turn us away.
+        virtual void Began(sd_bus& bus) = 0;
+        /// A message came in.
+        virtual void Received(sd_bus_message& message, EventQueue& queue) = 0;
+        /// The connection is gone, and all that was asked on it.
+        virtual void Lost() = 0;
+    };
 
-    BusConnection(Bus which, BusClient& client);
+    using FindAddress = std::string (*)();
+
+    /// `findAddress` is asked at each try. `client` must outlive the connection.
+    BusConnection(FindAddress findAddress, std::chrono::milliseconds retryAfter, Client& client);
     ~BusConnection() override;
     BusConnection(const BusConnection&) = delete;
     BusConnection& operator=(const BusConnection&) = delete;
 
-    /// Begins to connect, as the user that the process is now.
-    void Open();
-    /// The connection, nil while there is none.
-    [[nodiscard]] sd_bus* Get() const { return bus_.get(); }
+    /// Begins the first connection; until then nothing happens.
+    void Begin();
+
+    /// Lets the current connection go when the client's call returns; another try follows.
+    void GiveUp() { givenUp_ = true; }
 
     [[nodiscard]] pollfd Watch() const override;
     [[nodiscard]] std::optional<Moment> Due() const override;
     bool Collect(EventQueue& queue) override;
 
-    /// To be called in a catch block of a callback: carries the exception over the library's
-    /// frames; Collect raises it again.
-    void KeepException() { raised_ = std::current_exception(); }
+    /// What one Collect takes in at most. Messages can be large, so there is a time as well, after
+    /// which no further one is begun.
+    static constexpr int messagesPerCollect = 512;
+    static constexpr std::chrono::milliseconds timePerCollect{10};
 
   private:
+    using Bus = CPointer<sd_bus, sd_bus_close_unref>;
+
     void Connect();
     void Lose();
-    [[nodiscard]] bool Process();
+    [[nodiscard]] Bus Open() const;
 
-    Bus which_;
-    BusClient& client_;
-    BusPointer bus_;
+    FindAddress findAddress_;
+    std::chrono::milliseconds retryAfter_;
+    Client& client_;
+    Bus bus_;
     bool wanted_ = false;
-    Moment retryAt_{};
-    std::exception_ptr raised_;
+    bool givenUp_ = false;
+    Moment retryAt_;
 };
 
 } // namespace kqu::platform

@@ -1,57 +1,39 @@
 #pragma once
 
-#include "platform/dbus/BusConnection.h"
-#include "platform/dbus/SenderTrust.h"
+#include "platform/interfaces/EventSource.h"
 #include "platform/interfaces/NotificationCentre.h"
 
-#include <cstdint>
-#include <map>
+#include <chrono>
+#include <memory>
 #include <vector>
 
 namespace kqu::platform {
 
+class Listeners;
+class PostedSignals;
+
 /// The distributed notification centre on D-Bus: every signal `Posted` of the interface
-/// `com.brackwater.DistributedNotifications`, from any path, on the session bus and on the system
-/// bus. On the system bus, where any user may broadcast, only root and the own user are heard.
+/// com.brackwater.DistributedNotifications, whatever its path and its arguments.
+///
+/// It hears everybody on the user's session bus. On the system bus, to which all users may post, it
+/// hears root and the process's own user only. Either bus may be absent or go away; it is tried
+/// again while the other goes on.
 class DBusNotificationCentre final : public NotificationCentre {
   public:
-    DBusNotificationCentre();
+    /// Connects to nothing yet. `retryAfter` is the pause before an absent bus is tried again.
+    explicit DBusNotificationCentre(std::chrono::milliseconds retryAfter = std::chrono::seconds(3));
     ~DBusNotificationCentre() override;
 
+    /// The process must run as its final user by the first call, which connects without waiting.
     [[nodiscard]] Registration Listen(Listener listener) override;
 
-    /// The connections, to be watched by the event loop.
-    [[nodiscard]] std::vector<EventSource*> Sources() { return {&session_, &system_}; }
+    /// One for each bus, for the loop to watch. They are valid as long as this object is.
+    [[nodiscard]] std::vector<EventSource*> Sources();
 
   private:
-    /// The use of one bus.
-    class Station final : public BusClient {
-      public:
-        Station(DBusNotificationCentre& centre, Bus which);
-        void Connected(sd_bus* bus) override;
-        void Disconnected() override;
-        void Deliver(EventQueue& queue) override;
-        BusConnection connection;
-
-      private:
-        static int OnPosted(sd_bus_message* signal, void* userdata, sd_bus_error* error);
-        void Take(sd_bus_message* signal);
-
-        DBusNotificationCentre& centre_;
-        Bus which_;
-        SenderTrust trust_;
-        BusSlot match_;
-        std::vector<PostedNotification> arrived_;
-    };
-
-    void Tell(const PostedNotification& posted);
-
-    std::map<std::uint64_t, Listener> listeners_;
-    std::uint64_t nextListener_ = 0;
-    Station sessionStation_{*this, Bus::Session};
-    Station systemStation_{*this, Bus::System};
-    BusConnection& session_ = sessionStation_.connection;
-    BusConnection& system_ = systemStation_.connection;
+    std::shared_ptr<Listeners> listeners_;
+    std::unique_ptr<PostedSignals> session_;
+    std::unique_ptr<PostedSignals> system_;
 };
 
 } // namespace kqu::platform

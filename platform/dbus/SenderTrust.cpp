@@ -1,93 +1,102 @@
 #include "platform/dbus/SenderTrust.h"
 
-#include <unistd.h>
+#include "platform/dbus/WireDecoder.h"
 
-#include <cstdint>
+#include <algorithm>
 #include <utility>
 
 namespace kqu::platform {
 
-namespace {
-constexpr const char* busName = "org.freedesktop.DBus";
-constexpr const char* busPath = "/org/freedesktop/DBus";
+SenderTrust::SenderTrust(Bus& bus, std::function<uid_t()> ownUser)
+    : bus_(bus), ownUser_(std::move(ownUser)) {}
 
-// What may pile up while the bus is being asked; what comes on top is dropped.
-constexpr std::size_t mostWaitingOfOne = 4096;
-constexpr std::size_t mostWaitingInAll = 16384;
-} // namespace
+SenderTrust::Opinion SenderTrust::Of(std::string_view sender) const {
+    const auto entry = senders_.find(sender);
+    return entry == senders_.end() ? Opinion::Open : entry->second.opinion;
+}
 
-SenderTrust::SenderTrust(BusConnection& connection, Heard heard)
-    : connection_(connection), heard_(std::move(heard)) {}
+void SenderTrust::Hold(std::string_view sender, PostedNotification posted) {
+    auto entry = senders_.find(sender);
+    if (entry == senders_.end())
+        entry = Admit(sender);
+    if (entry == senders_.end())
+        return;
+    Sender& poster = entry->second;
+    const std::size_t size = SizeInMemory(posted);
+    if (poster.held.size() >= mostHeldPerSender || poster.bytes + size > mostBytesPerSender)
+        return;
+    poster.held.push_back(std::move(posted));
+    poster.bytes += size;
+    heldBytes_ += size;
+    if (heldBytes_ > mostBytesOfAll)
+        DropOfTheGreatest();
+}
 
-SenderTrust::~SenderTrust() = default;
+SenderTrust::Posts SenderTrust::Answered(std::string_view sender, std::optional<uid_t> user) {
+    const auto entry = senders_.find(sender);
+    if (entry == senders_.end() || entry->second.opinion != Opinion::Open)
+        return {};
+    if (!user) {
+        Remove(entry);
+        return {};
+    }
+    const bool isHeard = *user == 0 || *user == ownUser_();
+    entry->second.opinion = isHeard ? Opinion::Heard : Opinion::Refused;
+    Posts held = TakeHeld(entry->second);
+    return isHeard ? std::move(held) : Posts();
+}
+
+void SenderTrust::Left(std::string_view sender) {
+    if (const auto entry = senders_.find(sender); entry != senders_.end())
+        Remove(entry);
+}
 
 void SenderTrust::Clear() {
     senders_.clear();
-    waitingInAll_ = 0;
+    heldBytes_ = 0;
 }
 
-void SenderTrust::Take(const std::string& name, PostedNotification posted) {
-    auto& sender = senders_[name];
-    if (!sender) {
-        sender = std::make_unique<Sender>();
-        sender->owner = this;
-        sender->name = name;
-        Ask(*sender);
-    }
-    if (sender->verdict == Verdict::Trusted) {
-        heard_(std::move(posted));
-    } else if (sender->verdict == Verdict::Asked && sender->waiting.size() < mostWaitingOfOne &&
-               waitingInAll_ < mostWaitingInAll) {
-        sender->waiting.push_back(std::move(posted));
-        ++waitingInAll_;
-    }
+SenderTrust::Table::iterator SenderTrust::Admit(std::string_view sender) {
+    if (!MakeRoom())
+        return senders_.end();
+    const auto entry = senders_.emplace(sender, Sender()).first;
+    entry->second.serial = nextSerial_++;
+    bus_.AskForUser(entry->first);
+    return entry;
 }
 
-void SenderTrust::Ask(Sender& sender) {
-    // The departure is asked for first, so that it can't slip by.
-    const std::string match = "type='signal',sender='" + std::string(busName) +
-                              "',member='NameOwnerChanged',arg0='" + sender.name + "',arg2=''";
-    sd_bus_slot* slot = nullptr;
-    if (sd_bus_add_match_async(connection_.Get(), &slot, match.c_str(), OnDeparture, nullptr,
-                               &sender) >= 0)
-        sender.departure.reset(slot);
-    slot = nullptr;
-    if (sd_bus_call_method_async(connection_.Get(), &slot, busName, busPath, busName,
-                                 "GetConnectionUnixUser", OnAnswer, &sender, "s",
-                                 sender.name.c_str()) >= 0)
-        sender.question.reset(slot);
-    else
-        sender.verdict = Verdict::Refused;
+/// Room for one more sender: the one that was decided on the longest ago can be asked for again.
+bool SenderTrust::MakeRoom() {
+    if (senders_.size() < mostSenders)
+        return true;
+    auto oldest = senders_.end();
+    for (auto entry = senders_.begin(); entry != senders_.end(); ++entry)
+        if (entry->second.opinion != Opinion::Open &&
+            (oldest == senders_.end() || entry->second.serial < oldest->second.serial))
+            oldest = entry;
+    if (oldest == senders_.end())
+        return false;
+    Remove(oldest);
+    return true;
 }
 
-void SenderTrust::Decide(Sender& sender, bool trusted) {
-    sender.verdict = trusted ? Verdict::Trusted : Verdict::Refused;
-    waitingInAll_ -= sender.waiting.size();
-    for (PostedNotification& posted : std::exchange(sender.waiting, {}))
-        if (trusted)
-            heard_(std::move(posted));
+void SenderTrust::Remove(Table::iterator entry) {
+    static_cast<void>(TakeHeld(entry->second));
+    bus_.Forget(entry->first);
+    senders_.erase(entry);
 }
 
-int SenderTrust::OnAnswer(sd_bus_message* reply, void* userdata, sd_bus_error*) {
-    auto& sender = *static_cast<Sender*>(userdata);
-    try {
-        std::uint32_t user = 0;
-        const bool known = sd_bus_message_is_method_error(reply, nullptr) == 0 &&
-                           sd_bus_message_read_basic(reply, SD_BUS_TYPE_UINT32, &user) > 0;
-        sender.owner->Decide(sender, known && (user == 0 || user == getuid()));
-    } catch (...) {
-        sender.owner->connection_.KeepException();
-    }
-    return 0;
+SenderTrust::Posts SenderTrust::TakeHeld(Sender& sender) {
+    heldBytes_ -= std::exchange(sender.bytes, 0);
+    return std::exchange(sender.held, {});
 }
 
-int SenderTrust::OnDeparture(sd_bus_message*, void* userdata, sd_bus_error*) {
-    auto& sender = *static_cast<Sender*>(userdata);
-    SenderTrust& owner = *sender.owner;
-    owner.waitingInAll_ -= sender.waiting.size();
-    const std::string name = sender.name;
-    owner.senders_.erase(name);
-    return 0;
+void SenderTrust::DropOfTheGreatest() {
+    const auto greatest =
+        std::max_element(senders_.begin(), senders_.end(), [](const auto& a, const auto& b) {
+            return a.second.bytes < b.second.bytes;
+        });
+    static_cast<void>(TakeHeld(greatest->second));
 }
 
 } // namespace kqu::platform

@@ -1,54 +1,89 @@
 #pragma once
 
-#include "platform/dbus/BusConnection.h"
 #include "platform/interfaces/NotificationCentre.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
-#include <memory>
+#include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
+#include <sys/types.h>
+#include <unistd.h>
 
 namespace kqu::platform {
 
-/// Decides whose notifications on the system bus are heard: root's and those of the process's own
-/// user, as the bus itself confirms. The bus is asked once per sender, without waiting; meanwhile
-/// the sender's notifications are kept in their order. A sender that has left is forgotten.
+/// Decides who is heard on a bus to which every user may post: root and the user that the process
+/// runs as at the time of the decision. It asks the bus once for each sender, holds back what the
+/// sender posts until the answer is there, and remembers the answer until the sender leaves.
+///
+/// However many strangers post however much, what it keeps is bounded: the number of senders, what
+/// one of them may have held back, and what all may. Beyond that the latest post of a sender is
+/// lost, or all that is held back of the sender who fills the room.
 class SenderTrust {
   public:
-    using Heard = std::function<void(PostedNotification)>;
-
-    /// What is heard goes to `heard`, from within callbacks of the connection.
-    SenderTrust(BusConnection& connection, Heard heard);
-    ~SenderTrust();
-    SenderTrust(const SenderTrust&) = delete;
-    SenderTrust& operator=(const SenderTrust&) = delete;
-
-    void Take(const std::string& sender, PostedNotification posted);
-    /// Forgets everybody: the bus has gone.
-    void Clear();
-
-  private:
-    enum class Verdict { Asked, Trusted, Refused };
-    struct Sender {
-        SenderTrust* owner = nullptr;
-        std::string name;
-        Verdict verdict = Verdict::Asked;
-        std::vector<PostedNotification> waiting;
-        BusSlot question;
-        BusSlot departure;
+    /// What the trust needs of the bus.
+    class Bus {
+      public:
+        virtual ~Bus() = default;
+        /// Asks the bus to tell when this sender leaves, and for its user; Answered is called
+        /// later.
+        virtual void AskForUser(const std::string& sender) = 0;
+        /// The sender's leaving is no longer of interest.
+        virtual void Forget(const std::string& sender) = 0;
     };
 
-    void Ask(Sender& sender);
-    void Decide(Sender& sender, bool trusted);
-    static int OnAnswer(sd_bus_message* reply, void* userdata, sd_bus_error* error);
-    static int OnDeparture(sd_bus_message* signal, void* userdata, sd_bus_error* error);
+    enum class Opinion { Open, Heard, Refused };
+    using Posts = std::deque<PostedNotification>;
 
-    BusConnection& connection_;
-    Heard heard_;
-    std::map<std::string, std::unique_ptr<Sender>> senders_;
-    std::size_t waitingInAll_ = 0;
+    static constexpr std::size_t mostSenders = 256;
+    static constexpr std::size_t mostHeldPerSender = 1024;
+    /// In bytes; one message of the greatest size that a system bus carries fits.
+    static constexpr std::size_t mostBytesPerSender = 40U << 20;
+    static constexpr std::size_t mostBytesOfAll = 64U << 20;
+
+    explicit SenderTrust(Bus& bus, std::function<uid_t()> ownUser = getuid);
+
+    [[nodiscard]] Opinion Of(std::string_view sender) const;
+
+    /// Holds a post of a sender about whom the opinion is still open; the first one asks the bus.
+    void Hold(std::string_view sender, PostedNotification posted);
+
+    /// The bus has told a sender's user, or that it knows no such sender. Gives what was held back
+    /// and may be heard now, in the order in which it was posted.
+    [[nodiscard]] Posts Answered(std::string_view sender, std::optional<uid_t> user);
+
+    /// A sender has left the bus.
+    void Left(std::string_view sender);
+
+    /// The connection is gone, and with it all names on it.
+    void Clear();
+
+    [[nodiscard]] std::size_t Senders() const { return senders_.size(); }
+    [[nodiscard]] std::size_t HeldBytes() const { return heldBytes_; }
+
+  private:
+    struct Sender {
+        Opinion opinion = Opinion::Open;
+        std::uint64_t serial = 0;
+        Posts held;
+        std::size_t bytes = 0;
+    };
+    using Table = std::map<std::string, Sender, std::less<>>;
+
+    [[nodiscard]] Table::iterator Admit(std::string_view sender);
+    [[nodiscard]] bool MakeRoom();
+    void Remove(Table::iterator entry);
+    Posts TakeHeld(Sender& sender);
+    void DropOfTheGreatest();
+
+    Bus& bus_;
+    std::function<uid_t()> ownUser_;
+    Table senders_;
+    std::size_t heldBytes_ = 0;
+    std::uint64_t nextSerial_ = 0;
 };
 
 } // namespace kqu::platform

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/dbus/BusConnection.h"
+#include "platform/dbus/Listeners.h"
+#include "platform/dbus/SenderTrust.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kqu::platform {
+
+/// Whose posts are heard on a bus.
+enum class HeardSenders { All, RootAndOwn };
+
+/// The Posted signals of one bus: asks the bus for them, and turns each that may be heard into one
+/// delivery to the listeners.
+class PostedSignals final : public BusConnection::Client, public SenderTrust::Bus {
+  public:
+    PostedSignals(HeardSenders heard, BusConnection::FindAddress findAddress,
+                  std::chrono::milliseconds retryAfter, std::shared_ptr<Listeners> listeners);
+
+    void Begin() { connection_.Begin(); }
+    [[nodiscard]] EventSource& Source() { return connection_; }
+
+  private:
+    void Began(sd_bus& bus) override;
+    void Received(sd_bus_message& message, EventQueue& queue) override;
+    void Lost() override;
+    void AskForUser(const std::string& sender) override;
+    void Forget(const std::string& sender) override;
+
+    void TakePosted(sd_bus_message& message, EventQueue& queue);
+    void TakeAnswer(sd_bus_message& message, EventQueue& queue);
+    void TakeOwnerChange(sd_bus_message& message);
+    void Deliver(PostedNotification posted, EventQueue& queue) const;
+    std::uint64_t Ask(const char* member, const std::string& argument);
+
+    std::shared_ptr<Listeners> listeners_;
+    BusConnection connection_;
+    std::optional<SenderTrust> trust_;
+    /// The current connection, if there is one.
+    sd_bus* bus_ = nullptr;
+    std::uint64_t subscription_ = 0;
+    /// The senders whose users were asked for, by the serial numbers of the questions.
+    std::map<std::uint64_t, std::string> questions_;
+};
+
+} // namespace kqu::platform
