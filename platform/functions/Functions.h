@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/interfaces/NativeWindow.h"
+#include "platform/volumes/MountedVolume.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// The descriptions of all functions that are reached by name: one type each, with the name and the
 /// library under which it is asked for and the form in which it is called.
@@ -137,6 +139,11 @@ struct FSMakeFSRefUnicode {
 struct FSRefMakePath {
     static constexpr std::string_view name = "FSRefMakePath", library = carbonLibrary;
     using Signature = std::int32_t(const std::byte* reference, char* path, std::uint32_t size);
+};
+/// The framework's own list of volumes: those that are mounted now.
+struct MountedVolumes {
+    static constexpr std::string_view name = "MountedVolumes", library = systemLibrary;
+    using Signature = std::vector<platform::MountedVolume>();
 };
 
 // Power sources.

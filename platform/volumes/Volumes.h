@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/volumes/MountTable.h"
+#include "platform/volumes/MountedVolume.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <sys/statvfs.h>
+#include <vector>
+
+namespace kqu::platform {
+
+/// A mounted block device.
+struct Volume {
+    std::int32_t reference = 0;
+    /// The kernel's name of the device: "sda1", "dm-0". Empty only for a boot volume that is on no
+    /// block device.
+    std::string disk;
+    /// The first place where it was mounted.
+    std::string mountPoint;
+    bool operator==(const Volume&) const = default;
+};
+
+/// The machine's mounted volumes: real block devices alone, each once. Neither the list nor the
+/// names ask a file system, so that one that no longer answers holds nobody up.
+class Volumes {
+  public:
+    /// All paths are taken as they are below `root`, mount points included.
+    explicit Volumes(std::filesystem::path root = "/") : root_(std::move(root)) {}
+
+    /// The volumes that are mounted now, in the order of the kernel's table.
+    [[nodiscard]] std::vector<Volume> Mounted();
+    /// The volume of that number, if it is mounted now; the boot volume is always.
+    [[nodiscard]] std::optional<Volume> Find(std::int32_t reference);
+
+    /// The label of the volume's file system, else the last component of the mount point, else "/".
+    [[nodiscard]] std::string NameOf(const Volume& volume) const;
+
+    /// Number of files on the volume; nothing if its file system can't be asked. Asks that one.
+    [[nodiscard]] std::optional<std::uint32_t> FileCount(const Volume& volume) const;
+
+    [[nodiscard]] std::filesystem::path NativePath(const std::string& path) const {
+        return root_ / std::filesystem::path(path).relative_path();
+    }
+
+  private:
+    [[nodiscard]] std::string DiskOf(const Mount& mount) const;
+    [[nodiscard]] std::int32_t NumberOf(const std::string& disk, const std::string& mountPoint);
+    void ForgetAllBut(const std::vector<Volume>& mounted);
+
+    std::filesystem::path root_;
+    /// The numbers of what is mounted, by disk.
+    std::map<std::string, std::int32_t> numbers_;
+    std::int32_t lastNumber_ = bootVolume;
+};
+
+/// The inodes in use, which is what counts as files here. More than 32 bits can tell is as many as
+/// they can.
+[[nodiscard]] std::uint32_t FilesInUse(const struct statvfs& status);
+
+} // namespace kqu::platform
