@@ -36,7 +36,16 @@ void FolderItem::SetRoot(std::filesystem::path root) {
     Root() = std::move(root);
 }
 
+FolderItem::FolderItem(const platform::MountedVolume& volume)
+    : path_(volume.mountPoint), volume_(volume.reference), volumeName_(volume.name) {}
+
+bool FolderItem::IsVolumeRoot() const {
+    return !volumeName_.empty() || path_ == path_.root_path();
+}
+
 std::string FolderItem::Name() const {
+    if (!volumeName_.empty())
+        return volumeName_;
     return path_ == path_.root_path() ? path_.string() : path_.filename().string();
 }
 
@@ -59,7 +68,7 @@ Ref<FolderItem> FolderItem::Child(std::string_view name) const {
 }
 
 Ref<FolderItem> FolderItem::Parent() const {
-    return path_ == path_.root_path() ? nullptr : std::make_shared<FolderItem>(path_.parent_path());
+    return IsVolumeRoot() ? nullptr : std::make_shared<FolderItem>(path_.parent_path());
 }
 
 void FolderItem::Delete() const {

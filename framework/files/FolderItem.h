@@ -1,6 +1,7 @@
 #pragma once
 
 #include "framework/values/Object.h"
+#include "platform/volumes/MountedVolume.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -21,6 +22,8 @@ enum class PathForm { Absolute, Shell };
 class FolderItem : public Object {
   public:
     explicit FolderItem(std::filesystem::path path) : path_(std::move(path)) {}
+    /// A mounted volume.
+    explicit FolderItem(const platform::MountedVolume& volume);
 
     /// Moves the root of all absolute paths.
     static void SetRoot(std::filesystem::path root);
@@ -35,10 +38,16 @@ class FolderItem : public Object {
     [[nodiscard]] bool IsFolder() const;
     /// An item of that name in this folder; nil for an empty name.
     [[nodiscard]] Ref<FolderItem> Child(std::string_view name) const;
-    /// Nil for the root.
+    /// Nil for the root and for a volume.
     [[nodiscard]] Ref<FolderItem> Parent() const;
     /// Its failure is not reported.
     void Delete() const;
+
+    /// The number of the volume that the item is reached through. What is got by a path, also below
+    /// the place where another volume is mounted, is reached through the boot volume.
+    [[nodiscard]] std::int32_t MacVRefNum() const { return volume_; }
+    /// 1 for the root of a volume, 0 for all other items: they are known by their paths alone.
+    [[nodiscard]] std::int32_t MacDirID() const { return IsVolumeRoot() ? 1 : 0; }
 
     // Streams; nil if the file can't be opened. A folder never can.
     [[nodiscard]] Ref<TextInputStream> OpenAsTextFile() const;
@@ -51,7 +60,12 @@ class FolderItem : public Object {
     void SetMacType(const std::string&) const {}
 
   private:
+    [[nodiscard]] bool IsVolumeRoot() const;
+
     std::filesystem::path path_;
+    std::int32_t volume_ = platform::bootVolume;
+    /// Of a volume; empty for all other items.
+    std::string volumeName_;
 };
 
 /// The item at an absolute path; nil for an empty path or one that is not absolute.
