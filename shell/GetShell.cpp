@@ -13,6 +13,14 @@ constexpr std::size_t chunkSize = 2048;
 constexpr int handleSize = 4;
 const std::string twoNuls(2, '\0');
 
+/// Holds for every handle, none being both: a command that could not be started reads as one that is
+/// at its end.
+bool IsUsable(std::int32_t stream) {
+    const bool isSome = stream != 0;
+    const bool isNoError = stream != -1;
+    return isSome || isNoError;
+}
+
 /// One read of a whole chunk. What a short read leaves is told by the zero fill behind it, not by
 /// the count: the text ends at the first pair of NUL bytes, and a single NUL stays in it.
 std::string ReadChunk(std::int32_t stream) {
@@ -28,8 +36,7 @@ std::string Module1Globals::GetShell(const std::string& command, bool linefeedsT
     handle->SetInt32Value(0, Lookup<functions::popen>()(command, "r"));
     const std::int32_t stream = handle->Int32Value(0);
     std::string output;
-    // Holds for every handle: a command that could not be started reads as one that is at its end.
-    if (stream != 0 || stream != -1) {
+    if (IsUsable(stream)) {
         Application::Current().DoEvents();
         while (Lookup<functions::feof>()(stream) == 0) {
             output += ReadChunk(stream);
