@@ -1,0 +1,521 @@
+#include "framework/values/Exceptions.h"
+#include "panel/Pictures.h"
+#include "panel/RowLayout.h"
+#include "platform/functions/Functions.h"
+#include "tests/support/Artwork.h"
+#include "tests/support/SimulatedMachine.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace kqu {
+namespace {
+
+using namespace simulation;
+
+constexpr Colour white = RGB(255, 255, 255);
+constexpr Colour tint = RGB(241, 245, 250);
+constexpr Colour ink = RGB(5, 5, 5);
+constexpr int rowHeight = 73;
+
+/// A text handed over to be shortened, and the limit that it was given.
+using Shortening = std::pair<std::string, int>;
+using Values = std::vector<std::pair<const char*, Variant>>;
+
+/// A line of text as it is expected to be drawn.
+struct Line {
+    std::string text;
+    int left;
+    int baseline;
+};
+
+class RowPaintingTest : public testing::Test {
+  protected:
+    void SetUp() override { machine.Start(); }
+
+    Window1& Panel() { return machine.Panel(); }
+    MyEventList& List() { return *Panel().MyWindowEventList; }
+
+    Ref<Dictionary> AddRow(const Values& values) {
+        const auto record = std::make_shared<Dictionary>();
+        for (const auto& [key, value] : values)
+            record->SetValue(key, value);
+        List().MyDict->SetValue("row " + std::to_string(List().MyDict->Count()), record);
+        return record;
+    }
+
+    void Clear() { List().MyDict = std::make_shared<Dictionary>(); }
+
+    /// Gives panel and list sizes of their own, as the scroll bar does.
+    void SetSizes(int panelWidth, int listWidth, int height) {
+        Panel().SetWidth(panelWidth);
+        Panel().SetHeight(height);
+        List().SetWidth(listWidth);
+        List().SetHeight(height);
+    }
+
+    Ref<Picture> Paint() {
+        const Ref<Picture> canvas = Picture::MakeBuffer(List().Width(), List().Height());
+        Panel().MyWindowEventList_Paint(canvas->Graphics());
+        return canvas;
+    }
+
+    /// Texts stay as they are; what was asked for is kept.
+    void RecordShortenings() {
+        machine.functions.Set<functions::TruncateThemeText>(
+            [this](std::string& text, std::uint16_t font, std::uint32_t state, std::int32_t width,
+                   std::uint32_t code, bool* truncated) {
+                EXPECT_EQ(font, 0);
+                EXPECT_EQ(state, 0U);
+                EXPECT_EQ(code, 0x4000U);
+                EXPECT_EQ(truncated, nullptr);
+                shortenings.emplace_back(text, width);
+                return 0;
+            });
+    }
+
+    Artwork artwork;
+    SimulatedMachine machine;
+    std::vector<Shortening> shortenings;
+};
+
+Colour At(const Ref<Picture>& picture, int x, int y) {
+    return picture->Graphics().Pixel(x, y);
+}
+
+/// Whether the lines, and nothing else, stand in their bands of the first row from `left` on.
+void ExpectLines(const Ref<Picture>& canvas, const std::vector<Line>& lines, int left) {
+    const Ref<Picture> expected = Picture::MakeBuffer(canvas->Width(), rowHeight);
+    expected->Graphics().SetTextSize(11);
+    expected->Graphics().SetForeColor(white);
+    expected->Graphics().FillRect(0, 0, canvas->Width(), rowHeight);
+    expected->Graphics().SetForeColor(ink);
+    for (const auto& [text, x, baseline] : lines)
+        expected->Graphics().DrawString(text, x, baseline);
+    for (const auto& [top, bottom] : {std::pair{5, 23}, {41, 72}})
+        for (int y = top; y < bottom; ++y)
+            for (int x = left; x < canvas->Width(); ++x)
+                ASSERT_EQ(At(canvas, x, y), At(expected, x, y)) << x << ", " << y;
+}
+
+TEST_F(RowPaintingTest, StripesAndSeparatorsFillTheList) {
+    struct Case {
+        int rows, panelWidth, listWidth, height;
+    };
+    for (const auto& [rows, panelWidth, listWidth, height] : {Case{0, 340, 340, 73},
+                                                              {1, 340, 340, 73},
+                                                              {2, 340, 340, 146},
+                                                              {2, 340, 329, 100},
+                                                              {3, 500, 489, 173},
+                                                              {10, 270, 259, 400}}) {
+        SCOPED_TRACE(testing::Message() << rows << " rows, " << listWidth << " by " << height);
+        Clear();
+        for (int i = 0; i < rows; ++i)
+            AddRow({});
+        SetSizes(panelWidth, listWidth, height);
+        const Ref<Picture> canvas = Paint();
+        for (int y = 0; y < height; ++y) {
+            const bool isOdd = y / rowHeight % 2 == 1;
+            const Colour stripe = isOdd ? tint : white;
+            const Colour line = isOdd ? RGB(189, 192, 196) : RGB(200, 200, 200);
+            for (const int x : {0, 1, 2, listWidth / 2, listWidth - 1})
+                ASSERT_EQ(At(canvas, x, y), y % rowHeight == 0 && x >= 2 ? line : stripe)
+                    << x << ", " << y;
+        }
+    }
+    List().MyDict = nullptr;
+    EXPECT_EQ(At(Paint(), 100, 10), white);
+}
+
+TEST_F(RowPaintingTest, BackupRowsShortenOnlyTheirDestination) {
+    SetSizes(340, 329, 73);
+    const int icon = BackupToolBar_f()->Width();
+    const int left = 20 + icon;
+    const auto limit = [&](const std::string& label) {
+        Graphics& graphics = NewPicture(1, 1, 32)->Graphics();
+        graphics.SetTextSize(11);
+        return 340 - (64 + left + static_cast<int>(graphics.StringWidth(label) - 7.0));
+    };
+    struct Case {
+        Values values;
+        std::string destination;
+        std::string imageLabel;
+        std::string heading;
+    };
+    const std::string on = "To Image File on: ";
+    const std::string file = "To Image File: ";
+    const std::string plain = "Destination: ";
+    for (const auto& [values, destination, imageLabel, heading] :
+         {Case{{}, "unknown", on, plain + "unknown"},
+          {{{"destination", "Disk"}}, "Disk", on, plain + "Disk"},
+          {{{"destination", ""}}, "", on, plain},
+          {{{"destination", "Disk"}, {"type", 4}}, "Disk", on, on + "Disk"},
+          {{{"destination", "Disk"}, {"type", 4.9}}, "Disk", on, on + "Disk"},
+          {{{"destination", "Disk"}, {"type", "4abc"}}, "Disk", on, on + "Disk"},
+          {{{"destination", "Disk"}, {"type", 3.99}}, "Disk", on, plain + "Disk"},
+          {{{"destination", "Disk"}, {"type", -4}}, "Disk", on, plain + "Disk"},
+          {{{"destination", "Disk"}, {"FolderBackup", false}}, "Disk", file, plain + "Disk"},
+          {{{"destination", "Disk"}, {"FolderBackup", true}, {"type", 4}},
+           "Disk",
+           file,
+           file + "Disk"}}) {
+        SCOPED_TRACE(heading);
+        Clear();
+        RecordShortenings();
+        shortenings.clear();
+        const auto row = AddRow(values);
+        row->SetValue("task", 6.0);
+        row->SetValue("Status", "Copying");
+        row->SetValue("volume", "Home");
+        const Ref<Picture> canvas = Paint();
+        std::vector<Shortening> expected = {
+            {destination, limit(imageLabel)}, {"Status: Copying", 299}, {"Backing up: Home", 299}};
+        if (destination.empty())
+            expected.erase(expected.begin());
+        EXPECT_EQ(shortenings, expected);
+        ExpectLines(
+            canvas,
+            {{"Backing up: Home", left, 18}, {heading, left, 50}, {"Status: Copying", left, 65}},
+            left);
+    }
+}
+
+TEST_F(RowPaintingTest, ScannerRowsAreWordedByTheTextOfTheirType) {
+    SetSizes(340, 340, 73);
+    const int left = 20 + DefragToolBar()->Width();
+    struct Case {
+        Variant type;
+        std::string heading, prefix;
+    };
+    for (const auto& [type, heading, prefix] : {Case{"0", "Scanning File Sectors...", "File: "},
+                                                {0.0, "Scanning File Sectors...", "File: "},
+                                                {0, "Scanning File Sectors...", "File: "},
+                                                {"00", "Scanning Volume Sectors...", "Sector: "},
+                                                {"0.0", "Scanning Volume Sectors...", "Sector: "},
+                                                {" 0", "Scanning Volume Sectors...", "Sector: "},
+                                                {"", "Scanning Volume Sectors...", "Sector: "},
+                                                {1.0, "Scanning Volume Sectors...", "Sector: "},
+                                                {Variant(), "Scanning Sectors...", "Item: "}}) {
+        SCOPED_TRACE(type.StringValue());
+        Clear();
+        RecordShortenings();
+        shortenings.clear();
+        const auto row = AddRow({{"task", 1}});
+        if (!type.IsNil())
+            row->SetValue("type", type);
+        ExpectLines(Paint(), {{heading, left, 50}}, left);
+        EXPECT_TRUE(shortenings.empty());
+        row->SetValue("Status", "7 <b>&amp;\n9");
+        row->SetValue("volume", "Data");
+        ExpectLines(
+            Paint(),
+            {{heading, left, 50}, {prefix + "7 <b>&amp; 9", left, 65}, {"Volume: Data", left, 18}},
+            left);
+        EXPECT_EQ(shortenings, (std::vector<Shortening>{{prefix + "7 <b>&amp;\n9", 310},
+                                                        {"Volume: Data", 310}}));
+    }
+}
+
+TEST_F(RowPaintingTest, DefragmenterRowsUseTheirTextsBare) {
+    SetSizes(340, 340, 73);
+    const int left = 20 + NewDefragToolBar_f()->Width();
+    for (const char* heading : {"Moving extents", ""}) {
+        Clear();
+        RecordShortenings();
+        shortenings.clear();
+        AddRow({{"task", 2u},
+                {"fileprogress", heading},
+                {"Status", "File: a.txt"},
+                {"volume", "Data"}});
+        ExpectLines(Paint(),
+                    {{heading, left, 50}, {"File: a.txt", left, 65}, {"Volume: Data", left, 18}},
+                    left);
+        std::vector<Shortening> expected = {
+            {heading, 265}, {"File: a.txt", 310}, {"Volume: Data", 310}};
+        if (std::string(heading).empty())
+            expected.erase(expected.begin());
+        EXPECT_EQ(shortenings, expected);
+    }
+    Clear();
+    shortenings.clear();
+    AddRow({{"task", "2"}});
+    ExpectLines(Paint(), {{"Defragging Files...", left, 50}}, left);
+    EXPECT_EQ(shortenings, (std::vector<Shortening>{{"Defragging Files...", 265}}));
+}
+
+TEST_F(RowPaintingTest, IconsFollowFlavourAndKindTheSlotTheReferencePicture) {
+    // Flat icons, each in the grey of its id; those that are no reference are wider.
+    for (const int id : {173, 175, 177, 179, 181, 183, 185, 187}) {
+        artwork.Set(id, id <= 177 ? 30 : 45, 20, [id](int, int) { return Grey(id); });
+        artwork.Remove(id + 1);
+    }
+    artwork.Set(177, 34, 20, [](int, int) { return Grey(177); });
+    SetSizes(340, 340, 73);
+    struct Case {
+        Values values;
+        bool isSibling;
+        int icon;
+        int left;
+    };
+    for (const auto& [values, isSibling, icon, left] :
+         {Case{{{"task", 6}}, false, 177, 54},
+          {{{"task", 6}}, true, 183, 54},
+          {{{"task", 6}, {"FolderBackup", 0}}, false, 179, 54},
+          {{{"task", 6}, {"FolderBackup", 0}}, true, 181, 54},
+          {{{"task", 1}}, false, 173, 50},
+          {{{"task", 1}}, true, 185, 50},
+          {{{"task", 2}}, false, 175, 50},
+          {{{"task", 2}}, true, 187, 50},
+          {{{"task", 3}}, false, 255, 10},
+          {{}, true, 255, 10}}) {
+        SCOPED_TRACE(testing::Message() << icon);
+        Clear();
+        DropPictures();
+        AddRow(values)->SetValue("progress", 0.0);
+        Module1.ParentIsMarlstone = isSibling;
+        const Ref<Picture> canvas = Paint();
+        EXPECT_EQ(At(canvas, 10, 10), Grey(icon));
+        EXPECT_EQ(At(canvas, 9, 15), white);
+        EXPECT_EQ(At(canvas, 39, 24), Grey(icon));
+        EXPECT_EQ(List().WhitePict->Width(), 330 - left);
+    }
+}
+
+TEST_F(RowPaintingTest, ProgressAndBadgeBelongToEveryRecord) {
+    artwork.Set(171, 47, 6, [](int x, int) { return x < 30 ? Grey(50) : Grey(150); });
+    artwork.Set(172, 47, 6, [](int x, int) { return x < 45 ? Grey(0) : Grey(255); });
+    artwork.Set(169, 12, 9, [](int x, int) { return x < 6 ? Grey(0) : Grey(255); });
+    artwork.Set(170, 20, 20, [](int, int y) { return y < 4 ? Grey(0) : Grey(255); });
+    DropPictures();
+    SetSizes(340, 340, 73);
+    struct Case {
+        Variant progress;
+        std::string percent;
+        int filled;
+    };
+    for (const auto& [progress, percent, filled] : {Case{0.0, "0.00 %", 0},
+                                                    {0.06, "0.01 %", 0},
+                                                    {1.25, "0.13 %", 0},
+                                                    {6.25, "0.63 %", 2},
+                                                    {456.0, "45.60 %", 145},
+                                                    {"456", "45.60 %", 145},
+                                                    {999.94, "99.99 %", 319},
+                                                    {1000, "100.00 %", 320},
+                                                    {1500, "150.00 %", 320}}) {
+        Clear();
+        AddRow({{"progress", progress}});
+        const Ref<Picture> canvas = Paint();
+        int counted = 0;
+        for (int x = 0; x < 340; ++x) {
+            EXPECT_EQ(At(canvas, x, 28) == white, x < 10 || x >= 330) << x;
+            counted += At(canvas, x, 28) == Grey(50);
+        }
+        EXPECT_EQ(counted, filled) << percent;
+        EXPECT_EQ(At(canvas, 100, 24), white);
+        EXPECT_EQ(At(canvas, 100, 31), white);
+        Graphics& text = NewPicture(1, 1, 32)->Graphics();
+        text.SetTextSize(11);
+        ExpectLines(canvas, {{percent, 330 - static_cast<int>(text.StringWidth(percent)), 50}}, 0);
+    }
+    struct Badge {
+        const char* extra;
+        int right, bottom;
+    };
+    // Opaque up to these edges, from (20, 73 - 19) on; the size is always the shutdown badge's.
+    for (const auto& [extra, right, bottom] : {Badge{"shutdown", 26, 63},
+                                               {"ShutDown", 26, 63},
+                                               {"sleep", 32, 58},
+                                               {"SLEEP", 32, 58},
+                                               {"sleep ", 0, 0},
+                                               {"quit", 0, 0},
+                                               {"", 0, 0}}) {
+        Clear();
+        AddRow({{"Extra", extra}});
+        const Ref<Picture> canvas = Paint();
+        for (int y = 1; y < rowHeight; ++y)
+            for (int x = 0; x < 340; ++x) {
+                const bool inside = x >= 20 && x < right && y >= 54 && y < bottom;
+                ASSERT_EQ(At(canvas, x, y), inside ? RGB(101, 124, 157) : white) << x << ", " << y;
+            }
+    }
+}
+
+TEST_F(RowPaintingTest, WidthsOfPanelAndListAreKeptApart) {
+    AddRow({{"task", 6}, {"destination", "somewhere"}, {"progress", 500.0}});
+    RecordShortenings();
+    SetSizes(340, 340, 73);
+    Paint();
+    const int wide = List().WhitePict->Width();
+    SetSizes(340, 329, 73);
+    Paint();
+    EXPECT_EQ(List().WhitePict->Width(), wide - 11);
+    ASSERT_EQ(shortenings.size(), 2U);
+    EXPECT_EQ(shortenings[0], shortenings[1]);
+}
+
+TEST_F(RowPaintingTest, NothingIsPaintedFromANilRecordAndEverythingFromTheOthers) {
+    SetSizes(340, 340, 146);
+    List().MyDict->SetValue("nil", Variant());
+    const auto second = AddRow({{"progress", 500.0}});
+    const Ref<Picture> canvas = Paint();
+    EXPECT_EQ(At(canvas, 100, 30), white);
+    EXPECT_NE(At(canvas, 100, rowHeight + 30), tint);
+    EXPECT_TRUE(second->HasKey("progresspict"));
+}
+
+TEST_F(RowPaintingTest, TheScrollBarCountsRowsAndIsPulledBack) {
+    for (const int id : {169, 170})
+        artwork.Set(id, 18, 18, [](int, int) { return Grey(0); });
+    DropPictures();
+    SetSizes(340, 329, 73);
+    Panel().ScrollBar1->SetMaximum(9);
+    for (int i = 0; i < 4; ++i)
+        AddRow({{"Extra", i == 2 ? "sleep" : ""}, {"progress", 10.0 * i}});
+    const Ref<Picture> unscrolled = Paint();
+    struct Case {
+        int value, maximum, shown;
+    };
+    for (const auto& [value, maximum, shown] :
+         {Case{0, 3, 0}, {1, 3, 1}, {2, 3, 2}, {3, 3, 3}, {5, 2, 2}, {2, 0, 0}}) {
+        Panel().ScrollBar1->SetMaximum(9);
+        Panel().ScrollBar1->SetValue(value);
+        Panel().ScrollBar1->SetMaximum(maximum);
+        const Ref<Picture> canvas = Paint();
+        EXPECT_EQ(Panel().ScrollBar1->Value(), shown) << value;
+        EXPECT_EQ(At(canvas, 0, 30), shown % 2 == 0 ? white : tint);
+        EXPECT_EQ(Panel().thedragcolor, shown % 2 == 0 ? white : tint);
+        EXPECT_EQ(At(canvas, 25, 55) == RGB(101, 124, 157), shown == 2) << value;
+        // Rows that are out of sight have their bars made all the same.
+        for (int row = 0; row < 4; ++row)
+            EXPECT_TRUE(List()
+                            .MyDict->Value("row " + std::to_string(row))
+                            .ObjectAs<Dictionary>()
+                            ->HasKey("progresspict"));
+    }
+    // The colour at the bottom left, for heights of one row and of two.
+    for (const auto& [height, value, colour] :
+         {std::tuple{73, 0, white}, {146, 0, tint}, {146, 1, white}, {73, 1, tint}}) {
+        SetSizes(340, 329, height);
+        Panel().ScrollBar1->SetMaximum(9);
+        Panel().ScrollBar1->SetValue(value);
+        Paint();
+        EXPECT_EQ(Panel().thedragcolor, colour) << height << ", " << value;
+    }
+}
+
+TEST_F(RowPaintingTest, TheGripIsPaintedOnTheStripeWithEachPaint) {
+    Panel().MyDragPict = NewPicture(10, 10, 32);
+    Panel().MyDragPict->Graphics().SetForeColor(RGB(30, 30, 30));
+    Panel().MyDragPict->Graphics().FillRect(0, 0, 10, 10);
+    AddRow({});
+    AddRow({});
+    Panel().ChangeWindowSize(340, 146, true, true);
+    machine.Advance();
+    const SimulatedWindow& window = *machine.windows.window;
+    // 17 by 14 at (322, 131): the picture ends one pixel before its last column and line.
+    EXPECT_EQ(window.PixelOnScreen(337, 143), 0x1E1E1EU);
+    EXPECT_EQ(window.PixelOnScreen(328, 134), 0x1E1E1EU);
+    for (const auto& [x, y] : {std::pair{338, 140}, {335, 144}, {327, 140}, {330, 133}})
+        EXPECT_EQ(window.PixelOnScreen(x, y), tint.value) << x << ", " << y;
+    // The list ends one pixel before the panel does, on the right and at the bottom.
+    EXPECT_EQ(window.PixelOnScreen(338, 100), tint.value);
+    EXPECT_EQ(window.PixelOnScreen(339, 100), white.value);
+    EXPECT_EQ(window.PixelOnScreen(100, 145), white.value);
+    EXPECT_EQ(window.PixelOnScreen(1, 72), RGB(189, 192, 196).value);
+    EXPECT_EQ(window.PixelOnScreen(0, 72), tint.value);
+    EXPECT_EQ(window.PixelOnScreen(5, 0), white.value);
+}
+
+TEST_F(RowPaintingTest, MissingArtworkEndsOnlyTheRowsThatNeedIt) {
+    struct Case {
+        int missing;
+        Values values;
+        bool raises;
+    };
+    for (const auto& [missing, values, raises] : {Case{177, {{"task", 6}}, true},
+                                                  {177, {{"task", 1}}, false},
+                                                  {177, {{"task", 6}, {"FolderBackup", 1}}, true},
+                                                  {179, {{"task", 6}}, false},
+                                                  {173, {{"task", 1}}, true},
+                                                  {175, {{"task", 2}}, true},
+                                                  {171, {{"progress", 1}}, true},
+                                                  {172, {{"progress", 1}}, true},
+                                                  {169, {{"Extra", "sleep"}}, true},
+                                                  {170, {{"Extra", "sleep"}}, true},
+                                                  {170, {{"Extra", "shutdown"}}, false},
+                                                  {187, {{"task", 2}}, false},
+                                                  {176, {{"task", 2}}, false}}) {
+        Artwork without;
+        without.Remove(missing);
+        Clear();
+        List().ProgressSep = List().WhitePict = nullptr;
+        AddRow(values);
+        if (raises)
+            EXPECT_THROW(Paint(), NilObjectException) << missing;
+        else
+            EXPECT_NO_THROW(Paint()) << missing;
+    }
+}
+
+TEST_F(RowPaintingTest, ShorteningIsLookedUpForEveryTextThatIsNotEmpty) {
+    machine.functions.Remove<functions::TruncateThemeText>();
+    AddRow({{"task", 6}, {"destination", ""}, {"progress", 0.0}});
+    EXPECT_NO_THROW(Paint());
+    EXPECT_EQ(Panel().TruncText("", 10, 0), "");
+    AddRow({{"task", 2}});
+    EXPECT_THROW(Paint(), FunctionNotFoundException);
+    std::vector<std::uint32_t> codes;
+    machine.functions.Set<functions::TruncateThemeText>([&](std::string& text, std::uint16_t,
+                                                            std::uint32_t, std::int32_t,
+                                                            std::uint32_t code, bool*) {
+        codes.push_back(code);
+        text = "short";
+        return -50;
+    });
+    // The status makes no difference.
+    for (const int where : {0, 1, -1})
+        EXPECT_EQ(Panel().TruncText("a text", 10, where), "short");
+    EXPECT_EQ(codes, (std::vector<std::uint32_t>{0x4000, 0, 0}));
+}
+
+TEST_F(RowPaintingTest, OddProgressLeavesTheOtherRowsIntact) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    SetSizes(340, 340, 146);
+    const auto odd = AddRow({{"task", 1}, {"volume", std::string(100000, 'x')}});
+    AddRow({{"task", 2}, {"progress", 456.0}, {"Extra", "sleep"}, {"Status", "\xFF\n\t\x01"}});
+    odd->SetValue("progress", 0.0);
+    const Ref<Picture> usual = Paint();
+    std::vector<Ref<Picture>> pictures;
+    for (const double progress : {0.0, -10.0, -20.0, -5.0, 1e300, -1e300, infinity, -infinity,
+                                  std::numeric_limits<double>::quiet_NaN(), 4e9, -1e9, 1e-320}) {
+        odd->SetValue("progress", progress);
+        pictures.push_back(Paint());
+        for (int y = rowHeight; y < 146; ++y)
+            for (int x = 0; x < 340; x += 3)
+                ASSERT_EQ(At(pictures.back(), x, y), At(usual, x, y)) << progress;
+    }
+    // No bar at all at -10, a track without ticks at -20.
+    EXPECT_EQ(At(pictures[1], 200, 30), white);
+    EXPECT_NE(At(pictures[2], 200, 30), white);
+}
+
+TEST_F(RowPaintingTest, AThousandRowsArePainted) {
+    SetSizes(340, 329, 730);
+    for (int i = 0; i < 1000; ++i)
+        AddRow({{"task", 1}, {"progress", i}, {"Extra", i == 999 ? "sleep" : ""}});
+    Panel().ScrollBar1->SetMaximum(990);
+    Panel().ScrollBar1->SetValue(990);
+    const Ref<Picture> canvas = Paint();
+    const Ref<Picture> badge = SleepMask2();
+    const int centre = 20 + ShutdownMask2()->Width() / 2;
+    for (int row = 0; row < 10; ++row)
+        EXPECT_EQ(At(canvas, 0, row * rowHeight + 40), row % 2 == 0 ? white : tint);
+    bool hasBadge = false;
+    for (int y = 9 * rowHeight; y < 10 * rowHeight; ++y)
+        hasBadge = hasBadge || At(canvas, centre, y) == RGB(101, 124, 157);
+    EXPECT_TRUE(hasBadge);
+    EXPECT_EQ(Panel().thedragcolor, tint);
+}
+
+} // namespace
+} // namespace kqu
