@@ -56,7 +56,8 @@ TEST(PanelOpening, RunsItsStepsInOrderWithTheFlagLast) {
                                [](const std::string& call) { return call.starts_with("present"); }),
                 calls.end());
     // The title of the layout, with its leading blank, is never told to anybody; the place comes
-    // before the sizing, which brings 185 lines to the 73 of one row.
+    // before the sizing, which brings 185 lines to the 73 of one row, by the window's property and
+    // by the platform's own request; both take effect as one.
     EXPECT_EQ(calls,
               (std::vector<std::string>{"make", "attributes 8388608 0", "attributes 6 0",
                                         "position 0 42", "position 470 42", "size 340 73",
