@@ -1,0 +1,223 @@
+#include "platform/dbus/WireDecoder.h"
+
+#include "platform/CDeleter.h"
+
+#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <limits>
+#include <sstream>
+#include <string>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <vector>
+
+namespace kqu::platform {
+namespace {
+
+using Message = CPointer<sd_bus_message, sd_bus_message_unref>;
+
+/// Makes real messages on a connection that leads nowhere.
+class Workshop {
+  public:
+    using Fill = std::function<void(sd_bus_message*)>;
+
+    Workshop() {
+        sd_bus* made = nullptr;
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends_), 0);
+        EXPECT_GE(sd_bus_new(&made), 0);
+        bus_.reset(made);
+        EXPECT_GE(sd_bus_set_fd(made, ends_[0], ends_[0]), 0);
+        EXPECT_GE(sd_bus_start(made), 0);
+    }
+    ~Workshop() { close(ends_[1]); }
+    Workshop(const Workshop&) = delete;
+    Workshop& operator=(const Workshop&) = delete;
+
+    [[nodiscard]] Message Make(const Fill& fill) const {
+        sd_bus_message* made = nullptr;
+        EXPECT_GE(sd_bus_message_new_signal(bus_.get(), &made, "/a", postedInterface, postedMember),
+                  0);
+        fill(made);
+        EXPECT_GE(sd_bus_message_seal(made, 1, 0), 0);
+        EXPECT_GE(sd_bus_message_rewind(made, 1), 0);
+        return Message(made);
+    }
+
+  private:
+    int ends_[2] = {-1, -1};
+    CPointer<sd_bus, sd_bus_close_unref> bus_;
+};
+
+struct Show {
+    std::string operator()(OtherWireValue) const { return "other"; }
+    std::string operator()(bool value) const { return value ? "true" : "false"; }
+    std::string operator()(double value) const {
+        std::ostringstream text;
+        text.precision(17);
+        text << value;
+        return text.str();
+    }
+    std::string operator()(const std::string& text) const { return "'" + text + "'"; }
+};
+
+std::string Shown(const PostedNotification& posted) {
+    std::string text = posted.name ? Show()(*posted.name) : "-";
+    text += posted.object ? " " + std::visit(Show(), *posted.object) : " -";
+    if (!posted.userInfo)
+        return text + " -";
+    text += " {";
+    for (const auto& [key, value] : *posted.userInfo)
+        text += key + ":" + std::visit(Show(), value) + " ";
+    return text + "}";
+}
+
+/// Appends by sd-bus's own notation, checked.
+template <class... Values>
+Workshop::Fill Of(const char* types, Values... values) {
+    return [=](sd_bus_message* message) {
+        EXPECT_GE(sd_bus_message_append(message, types, values...), 0) << types;
+    };
+}
+
+/// A text in so many variants, as the one value of the user information.
+Workshop::Fill Nested(int depth) {
+    return [depth](sd_bus_message* message) {
+        sd_bus_message_append(message, "ss", "n", "o");
+        sd_bus_message_open_container(message, 'a', "{sv}");
+        sd_bus_message_open_container(message, 'e', "sv");
+        sd_bus_message_append(message, "s", "k");
+        for (int level = 1; level < depth; ++level)
+            EXPECT_GE(sd_bus_message_open_container(message, 'v', "v"), 0) << level;
+        EXPECT_GE(sd_bus_message_append(message, "v", "s", "deep"), 0);
+        for (int level = 1; level < depth; ++level)
+            sd_bus_message_close_container(message);
+        sd_bus_message_close_container(message);
+        EXPECT_GE(sd_bus_message_append(message, "{sv}", "after", "s", "x"), 0);
+        sd_bus_message_close_container(message);
+    };
+}
+
+TEST(WireDecoder, EveryMessageHasAMeaning) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const struct {
+        Workshop::Fill message;
+        std::string meaning;
+    } cases[] = {
+        // As tools and stock clients send it.
+        {Of("ssa{sv}", "n", "o", 2, "PID", "s", "1", "Item", "s", "ä"),
+         "'n' 'o' {PID:'1' Item:'ä' }"},
+        {Of("ssa{ss}", "n", "o", 2, "PID", "1", "", ""), "'n' 'o' {PID:'1' :'' }"},
+        {Of("ssa{sv}", "", "", 0), "'' '' {}"},
+        // Missing arguments, and more than there should be.
+        {Of(""), "- - -"},
+        {Of("s", "n"), "'n' - -"},
+        {Of("ss", "n", "o"), "'n' 'o' -"},
+        {Of("ssa{ss}sa{ss}", "n", "o", 1, "k", "v", "more", 1, "x", "y"), "'n' 'o' {k:'v' }"},
+        // Arguments that do not fit their place.
+        {Of("isa{ss}", 5, "o", 0), "- 'o' {}"},
+        {Of("oga{ss}", "/n", "s", 0), "- other {}"},
+        {Of("a{ss}ss", 1, "k", "v", "o", "x"), "- 'o' -"},
+        {Of("ssas", "n", "o", 1, "x"), "'n' 'o' -"},
+        {Of("ssa{is}", "n", "o", 1, 7, "x"), "'n' 'o' -"},
+        {Of("ssi", "n", "o", 7), "'n' 'o' -"},
+        // An object is passed on as what it is.
+        {Of("sb", "n", 1), "'n' true -"},
+        {Of("sd", "n", -2.5), "'n' -2.5 -"},
+        {Of("s(is)a{ss}", "n", 1, "x", 0), "'n' other {}"},
+        {Of("svv", "n", "v", "s", "o", "a{sv}", 1, "k", "u", 9U), "'n' 'o' {k:9 }"},
+        {Of("vs", "v", "s", "n", "o"), "'n' 'o' -"},
+        // Numbers of every type.
+        {Of("ssa{sv}", "n", "o", 7, "y", "y", 255, "b", "b", 0, "n", "n", -32768, "q", "q", 65535,
+            "i", "i", std::numeric_limits<int>::min(), "u", "u", 4294967295U, "d", "d", infinity),
+         "'n' 'o' {y:255 b:false n:-32768 q:65535 i:-2147483648 u:4294967295 d:inf }"},
+        {Of("ssa{sv}", "n", "o", 2, "x", "x", std::numeric_limits<std::int64_t>::min(), "t", "t",
+            std::numeric_limits<std::uint64_t>::max()),
+         "'n' 'o' {x:-9.2233720368547758e+18 t:1.8446744073709552e+19 }"},
+        {Of("ssa{si}", "n", "o", 1, "PID", 7), "'n' 'o' {PID:7 }"},
+        // Values of other kinds do not disturb what follows.
+        {Of("ssa{sv}", "n", "o", 8, "o", "o", "/p", "g", "g", "a{sv}", "h", "h", STDERR_FILENO,
+            "ay", "ay", 2, 1, 2, "as", "as", 1, "x", "r", "(ia{sv})", 1, 1, "k", "i", 2, "e", "ad",
+            0, "end", "s", "x"),
+         "'n' 'o' {o:other g:other h:other ay:other as:other r:other e:other end:'x' }"},
+        // The same key twice: both, in their order.
+        {Of("ssa{sv}", "n", "o", 3, "k", "s", "1", "K", "s", "2", "k", "i", 3),
+         "'n' 'o' {k:'1' K:'2' k:3 }"},
+        {Nested(1), "'n' 'o' {k:'deep' after:'x' }"},
+        {Nested(4), "'n' 'o' {k:'deep' after:'x' }"},
+        {Nested(100), "'n' 'o' {k:other after:'x' }"},
+    };
+    const Workshop workshop;
+    for (const auto& [fill, meaning] : cases)
+        EXPECT_EQ(Shown(DecodePosted(*workshop.Make(fill))), meaning);
+}
+
+/// Finds the text in the message's own memory.
+char* InMemory(sd_bus_message* message, int textsBefore) {
+    const char* text = nullptr;
+    for (int i = 0; i <= textsBefore; ++i)
+        EXPECT_GT(sd_bus_message_read_basic(message, 's', &text), 0);
+    EXPECT_GE(sd_bus_message_rewind(message, 1), 0);
+    return const_cast<char*>(text);
+}
+
+TEST(WireDecoder, WhatIsBrokenAndAllBehindItIsAbsent) {
+    const struct {
+        int broken;
+        std::function<void(char*)> breakIt;
+        std::string meaning;
+    } cases[] = {
+        {0, [](char* text) { *text = '\xff'; }, "- - -"},
+        {1, [](char* text) { *text = '\xc0'; }, "'name' - -"},
+        {1, [](char* text) { text[6] = 'x'; }, "'name' - -"},
+        {1, [](char* text) { std::memset(text - 4, 0x7f, 4); }, "'name' - -"},
+        {2, [](char* text) { *text = '\xff'; }, "'name' 'object' -"},
+        {2, [](char* text) { std::memset(text - 4, 0xff, 4); }, "'name' 'object' -"},
+    };
+    const Workshop workshop;
+    for (const auto& [broken, breakIt, meaning] : cases) {
+        const Message message = workshop.Make([](sd_bus_message* made) {
+            sd_bus_message_append(made, "sss", "name", "object", "third");
+        });
+        breakIt(InMemory(message.get(), broken));
+        EXPECT_EQ(Shown(DecodePosted(*message)), meaning);
+    }
+    // Inside of the dictionary: nothing of it is left.
+    const Message message = workshop.Make(Of("ssa{ss}", "n", "o", 2, "a", "b", "c", "d"));
+    char* object = InMemory(message.get(), 1);
+    *static_cast<char*>(memchr(object, 'd', 100)) = '\xff';
+    EXPECT_EQ(Shown(DecodePosted(*message)), "'n' 'o' -");
+}
+
+TEST(WireDecoder, LargeMessagesComeWhole) {
+    const Workshop workshop;
+    const std::string large(32U << 20, 'x');
+    const auto message = workshop.Make(Of("ssa{sv}", "n", "o", 1, "Item", "s", large.c_str()));
+    const PostedNotification posted = DecodePosted(*message);
+    ASSERT_TRUE(posted.userInfo);
+    EXPECT_EQ(std::get<std::string>(posted.userInfo->at(0).second), large);
+    EXPECT_GT(SizeInMemory(posted), large.size());
+
+    const auto bytes = workshop.Make([&](sd_bus_message* made) {
+        sd_bus_message_append(made, "s", "n");
+        sd_bus_message_append_array(made, 'y', large.data(), large.size());
+        sd_bus_message_append(made, "a{ss}", 1, "k", "v");
+    });
+    EXPECT_EQ(Shown(DecodePosted(*bytes)), "'n' other {k:'v' }");
+
+    constexpr int keys = 20000;
+    const auto many = workshop.Make([](sd_bus_message* made) {
+        sd_bus_message_append(made, "ss", "n", "o");
+        sd_bus_message_open_container(made, 'a', "{sv}");
+        for (int i = 0; i < keys; ++i)
+            sd_bus_message_append(made, "{sv}", std::to_string(i).c_str(), "i", i);
+        sd_bus_message_close_container(made);
+    });
+    const PostedNotification all = DecodePosted(*many);
+    ASSERT_TRUE(all.userInfo);
+    ASSERT_EQ(all.userInfo->size(), std::size_t{keys});
+    EXPECT_EQ(all.userInfo->back().first, std::to_string(keys - 1));
+}
+
+} // namespace
+} // namespace kqu::platform
