@@ -24,16 +24,27 @@ class Tool:
         self._seconds = options.seconds
         self._next_post = 0.0
 
+        self._posting = None
+
     def post(self, **info):
+        """Posts once the post before this one has gone out, so that their order stays."""
+        if self._posting is not None and self._posting.wait() != 0:
+            raise RuntimeError(f"{self._command[0]} failed")
         pairs = [f"{key}={value}" for key, value in {**self._always, **info}.items()]
-        subprocess.run([*self._command, *pairs], check=True)
+        self._posting = subprocess.Popen([*self._command, *pairs])
 
     def post_now_and_then(self, **info):
-        """Posts unless the last time is too short ago."""
+        """Posts unless the last time is too short ago, or its post is still on its way: a job does
+        not wait for those who watch it."""
         now = time.monotonic()
-        if now >= self._next_post:
+        if now >= self._next_post and (self._posting is None or self._posting.poll() is not None):
             self._next_post = now + POST_EVERY
             self.post(**info)
+
+    def finish(self, **info):
+        """The last post, gone out when this returns."""
+        self.post(**info)
+        self._posting.wait()
 
     def keep_pace(self, share_done):
         """Waits until so much of the job may be done (0 to 1) that all of it takes its time."""

@@ -3,6 +3,7 @@
 
 import argparse
 import os
+import re
 import struct
 import subprocess
 import zlib
@@ -20,11 +21,9 @@ class Screenshot:
         self.width, self.height, self._rgb = width, height, rgb
 
     @classmethod
-    def take(cls, window=None, frame=False, env=None):
-        """The whole screen, or one window by its id; `frame` adds the window manager's frame."""
+    def take(cls, window=None, env=None):
+        """The whole screen, or one window by its id."""
         target = ["-root"] if window is None else ["-id", str(window)]
-        if frame:
-            target.append("-frame")
         dump = subprocess.run(["xwd", "-silent", *target], env=env, check=True, timeout=20,
                               capture_output=True).stdout
         return cls.from_xwd(dump)
@@ -88,12 +87,21 @@ class Screenshot:
                        chunk(b"IDAT", zlib.compress(lines, 9)) + chunk(b"IEND", b""))
 
 
+def frame_of(window):
+    """The window manager's frame around a window, or the window itself."""
+    tree = subprocess.run(["xwininfo", "-id", window, "-tree"], check=True, timeout=20,
+                          capture_output=True, text=True).stdout
+    root, parent = (re.search(f"{name} window id: (0x[0-9a-f]+)", tree)[1]
+                    for name in ("Root", "Parent"))
+    return window if parent == root else frame_of(parent)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("file", help="the PNG file to write")
     parser.add_argument("--window", help="the id of the one window to show, with its frame")
     options = parser.parse_args()
-    Screenshot.take(options.window, frame=options.window is not None).save(options.file)
+    Screenshot.take(options.window and frame_of(options.window)).save(options.file)
 
 
 if __name__ == "__main__":
