@@ -1,24 +1,31 @@
 #include "framework/corefoundation/CFPropertyList.h"
 
+#include "framework/corefoundation/BinaryListForm.h"
 #include "framework/corefoundation/CFBoolean.h"
 #include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFNumber.h"
 #include "framework/corefoundation/CFOther.h"
 #include "framework/corefoundation/CFString.h"
-#include "framework/corefoundation/PropertyListForm.h"
+#include "framework/corefoundation/XmlListForm.h"
 #include "platform/CDeleter.h"
 
 #include <plist/plist.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace kqu {
 
 namespace {
+/// The library does not expect one.
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+/// In bytes; preference files have a hundredth of it.
+constexpr std::size_t largestList = std::size_t{16} << 20U;
+
 using Node = std::unique_ptr<void, platform::CDeleter<plist_free>>;
 using CText = std::unique_ptr<char, platform::CDeleter<std::free>>;
 
@@ -54,7 +61,8 @@ double NumberOf(plist_t node) {
     } else {
         std::uint64_t whole = 0;
         plist_get_uint_val(node, &whole);
-        number = static_cast<double>(whole);
+        // The library knows no sign, but keeps a negative number's bits.
+        number = static_cast<double>(static_cast<std::int64_t>(whole));
     }
     return number;
 }
@@ -72,7 +80,6 @@ Ref<CFObject> ToObject(plist_t node) {
     case PLIST_STRING:
         return CFString::Make(TextOf(node));
     case PLIST_DICT:
-        // Nested dictionaries are looked at by nobody; a list of them is only as deep as needed.
         return ToDictionary(node);
     default:
         return CFOther::Make();
@@ -81,15 +88,19 @@ Ref<CFObject> ToObject(plist_t node) {
 } // namespace
 
 Ref<CFObject> CFPropertyListParse(const CFData& data) {
-    const std::string& bytes = data.Bytes();
-    if (bytes.size() > std::numeric_limits<std::uint32_t>::max() || !HasPropertyListForm(bytes))
+    std::string_view bytes = data.Bytes();
+    if (bytes.starts_with(byteOrderMark))
+        bytes.remove_prefix(byteOrderMark.size());
+    if (bytes.size() > largestList)
         return nullptr;
     plist_t parsed = nullptr;
     const auto length = static_cast<std::uint32_t>(bytes.size());
-    if (IsBinaryPropertyList(bytes))
-        plist_from_bin(bytes.data(), length, &parsed);
-    else
+    if (IsBinaryPropertyList(bytes)) {
+        if (IsBoundedBinaryList(bytes))
+            plist_from_bin(bytes.data(), length, &parsed);
+    } else if (IsWholeXmlList(bytes)) {
         plist_from_xml(bytes.data(), length, &parsed);
+    }
     const Node owned(parsed);
     return parsed != nullptr ? ToObject(parsed) : nullptr;
 }

@@ -7,12 +7,34 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace kqu {
 namespace {
 
 Ref<CFObject> Parse(const std::string& bytes) {
     return CFPropertyListParse(*CFData::Make(bytes));
+}
+
+/// A whole number, the high byte first.
+std::string Bytes(std::size_t number, int size) {
+    std::string bytes;
+    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+        bytes += static_cast<char>(number >> static_cast<unsigned>(shift) & 0xFFU);
+    return bytes;
+}
+
+/// A binary list of these objects, the first one on top; references in them take two bytes.
+std::string Binary(const std::vector<std::string>& objects) {
+    std::string list = "bplist00";
+    std::string offsets;
+    for (const std::string& object : objects) {
+        offsets += Bytes(list.size(), 4);
+        list += object;
+    }
+    const std::size_t table = list.size();
+    return list + offsets + std::string(6, '\0') + '\4' + '\2' + Bytes(objects.size(), 8) +
+           Bytes(0, 8) + Bytes(table, 8);
 }
 
 const std::string head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -39,11 +61,7 @@ TEST(PropertyList, GivesTheValuesOfAnXmlList) {
 }
 
 TEST(PropertyList, GivesTheValuesOfABinaryList) {
-    const std::string binary(
-        "bplist00\xD1\x01\x02"
-        "\x59SleepOnAC\x09\x08\x0B\x15"
-        "\0\0\0\0\0\0\x01\x01\0\0\0\0\0\0\0\x03\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x16",
-        8 + 3 + 10 + 1 + 3 + 32);
+    const std::string binary = Binary({std::string("\xD1\0\1\0\2", 5), "\x59SleepOnAC", "\x09"});
     const auto list = CFCast<CFDictionary>(Parse(binary));
     EXPECT_TRUE(CFCast<CFBoolean>(list->Value("SleepOnAC"))->Value());
     for (std::size_t length = 6; length < binary.size(); ++length)
@@ -59,21 +77,70 @@ TEST(PropertyList, ABrokenOneIsNilAsAWhole) {
          {std::string("not a list"), head + "<dict><key>a</key></plist></dict>",
           head + "<dict><key>a</dict></key></plist>", good + good, good + "text",
           head + "<dict><key>a</key>" + std::string(5, '\0') + "</dict>", std::string("<plist>"),
-          head + "</plist>"})
+          head + "</plist>", std::string("<plist/>")})
         EXPECT_EQ(Parse(broken), nullptr) << broken;
+    // The library would make something of most of these.
+    for (const std::string content :
+         {"<dict><key>a</key></dict>", "<dict><true/></dict>",
+          "<dict><key>a</key><key>b</key></dict>", "<dict><key>a</key><true/><false/></dict>",
+          "<dict>a<key>a</key><true/></dict>", "<dict><key>a</key><true>b</true></dict>",
+          "<dict><key>a</key><yes/></dict>", "<dict><key>a</key><integer>one</integer></dict>",
+          "<real>1.5.2</real>", "<integer/>", "<real> </real>", "<array><key>a</key></array>",
+          "<dict/><dict/>", "<plist><dict/></plist>", "<string>&unknown;</string>",
+          "<string>a & b</string>", "<string>a<true/></string>"})
+        EXPECT_EQ(Parse(head + content + "</plist>"), nullptr) << content;
 }
 
-TEST(PropertyList, NeitherDepthNorEntitiesExplode) {
-    std::string deep = head;
-    for (int i = 0; i < 100000; ++i)
-        deep += "<array>";
-    for (int i = 0; i < 100000; ++i)
-        deep += "</array>";
-    EXPECT_EQ(Parse(deep + "</plist>"), nullptr);
-    EXPECT_EQ(Parse("<?xml version=\"1.0\"?><!DOCTYPE plist [<!ENTITY a \"aaaaaaaaaa\">"
-                    "<!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\">]><plist version=\"1.0\">"
-                    "<dict><key>k</key><string>&b;&b;&b;</string></dict></plist>"),
+TEST(PropertyList, WhatIsOddButSoundIsTaken) {
+    for (const std::string& list : {"\xEF\xBB\xBF" + head + "<true/></plist>",
+                                    std::string("<!-- a --> <true></true>\r<!-- <b> -->"),
+                                    head + "<?odd?><true /></plist >\n", Binary({"\x09"})})
+        EXPECT_TRUE(CFCast<CFBoolean>(Parse(list))->Value()) << list;
+    EXPECT_EQ(CFCast<CFString>(Parse("<string>a<![CDATA[<&]]>&#228;<!-- b --></string>"))->Text(),
+              "a<&\u00E4");
+    for (const std::string& list :
+         {std::string("<integer> -5 </integer>"), std::string("<real>-5.0e0</real>"),
+          Binary({"\x13" + std::string(7, '\xFF') + "\xFB"})})
+        EXPECT_EQ(CFCast<CFNumber>(Parse(list))->DoubleValue(), -5) << list;
+}
+
+TEST(PropertyList, NoListIsTooMuchForIt) {
+    const auto many = [](int count, const std::string& text) {
+        std::string all;
+        for (int i = 0; i < count; ++i)
+            all += text;
+        return all;
+    };
+    EXPECT_EQ(Parse(many(100000, "<array>") + many(100000, "</array>")), nullptr);
+    EXPECT_EQ(Parse("<!DOCTYPE plist [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;\">]>"
+                    "<plist><string>&b;&b;&b;</string></plist>"),
               nullptr);
+    EXPECT_EQ(Parse("<string>" + many(200000, "&amp;") + "</string>"), nullptr);
+    EXPECT_EQ(Parse("<array>" + many(200000, "<true/>") + "</array>"), nullptr);
+    EXPECT_NE(Parse("<array>" + many(10000, "<string>a&amp;b</string>") + "</array>"), nullptr);
+
+    // Each array mentions the next one, once and twice.
+    const auto nested = [](std::size_t depth, bool twice) {
+        std::vector<std::string> arrays;
+        for (std::size_t next = 1; next <= depth; ++next)
+            arrays.push_back(twice ? "\xA2" + Bytes(next, 2) + Bytes(next, 2)
+                                   : "\xA1" + Bytes(next, 2));
+        arrays.emplace_back("\x09");
+        return Binary(arrays);
+    };
+    EXPECT_NE(Parse(nested(100, false)), nullptr);
+    EXPECT_EQ(Parse(nested(60000, false)), nullptr);
+    EXPECT_NE(Parse(nested(8, true)), nullptr);
+    EXPECT_EQ(Parse(nested(60, true)), nullptr);
+    EXPECT_EQ(Parse(Binary({std::string("\xA1\0\0", 3)})), nullptr);
+}
+
+TEST(PropertyList, ABinaryTextWithANulIsBroken) {
+    EXPECT_EQ(CFCast<CFString>(Parse(Binary({std::string("\x62\0a\0b", 5)})))->Text(), "ab");
+    for (const std::string& text : {std::string("\x53\x61\0b", 4), std::string("\x62\0a\0\0", 5)}) {
+        EXPECT_EQ(Parse(Binary({text})), nullptr);
+        EXPECT_EQ(Parse(Binary({std::string("\xD1\0\1\0\2", 5), text, "\x09"})), nullptr);
+    }
 }
 
 TEST(CFDictionary, KeysAreExactAndTheLastOfEqualOnesCounts) {
