@@ -1,0 +1,63 @@
+#include "framework/Runtime.h"
+#include "platform/dbus/DBusNotificationCentre.h"
+#include "platform/functions/CoreFoundationFunctions.h"
+#include "platform/functions/Handles.h"
+#include "platform/functions/IdentityFunctions.h"
+#include "platform/functions/ScreenUpdates.h"
+#include "platform/functions/ShellFunctions.h"
+#include "platform/functions/TextFunctions.h"
+#include "platform/functions/WindowFunctions.h"
+#include "platform/logind/LogindPowerMessages.h"
+#include "platform/loop/SignalSource.h"
+#include "platform/loop/SystemWaiting.h"
+#include "platform/power_supply/PowerSupplyFunctions.h"
+#include "platform/volumes/VolumeFunctions.h"
+#include "platform/x11/X11WindowSystem.h"
+#include "shell/App.h"
+
+#include <cstdio>
+#include <vector>
+
+// The program: the real platform, the framework's runtime on top of it, and the application object.
+
+namespace kqu {
+namespace {
+
+constexpr int noDisplay = 1;
+
+int RunOn(platform::X11WindowSystem& windows) {
+    platform::SystemWaiting waiting;
+    platform::DBusNotificationCentre notifications;
+    platform::LogindPowerMessages power;
+    platform::ScreenUpdates screenUpdates;
+    platform::Handles handles;
+    platform::FunctionTable functions;
+    platform::RegisterShellFunctions(functions, handles);
+    platform::RegisterIdentityFunctions(functions);
+    platform::RegisterCoreFoundationFunctions(functions, handles);
+    platform::RegisterVolumeFunctions(functions, handles);
+    platform::RegisterPowerSupplyFunctions(functions, handles);
+    platform::RegisterWindowFunctions(functions);
+    platform::RegisterTextFunctions(functions);
+    platform::RegisterScreenUpdates(functions, screenUpdates);
+    // To be asked to terminate is to have the panel closed.
+    platform::SignalSource signals([] { Application::Current().Close(); });
+
+    std::vector<platform::EventSource*> sources = notifications.Sources();
+    sources.insert(sources.end(), {&windows, &power, &signals});
+    Runtime runtime({waiting, windows, notifications, power, functions, screenUpdates, sources});
+    App app;
+    return app.Run();
+}
+
+} // namespace
+} // namespace kqu
+
+int main() {
+    const auto windows = kqu::platform::X11WindowSystem::Open();
+    if (!windows) {
+        std::fputs("kqu-messenger: no X display can be opened\n", stderr);
+        return kqu::noDisplay;
+    }
+    return kqu::RunOn(*windows);
+}
