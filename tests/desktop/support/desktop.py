@@ -106,8 +106,8 @@ class Desktop:
 
     def active_window(self):
         """The id of the window that the window manager calls active; None where there is none."""
-        number = int(self.root_property("_NET_ACTIVE_WINDOW").split("#")[-1].split(",")[0], 16)
-        return number or None
+        _, known, number = self.root_property("_NET_ACTIVE_WINDOW").partition("# ")
+        return (known and int(number.split(",")[0], 16)) or None
 
     def output(self, *command):
         """What a command prints on this desktop."""

@@ -1,0 +1,122 @@
+"""How the program ends: always with status 0, in silence, and leaving nothing behind."""
+
+import os
+import signal
+import time
+
+from support import DesktopTest, posting
+from support.panel import ROW
+from support.waiting import hold, wait_until
+
+
+class Endings(DesktopTest):
+    options = {"window_manager": None}
+
+    def setUp(self):
+        super().setUp()
+        self.desktop.start_messenger()
+        self.desktop.wait_listening()
+
+    def post(self, number=1, **info):
+        self.desktop.post(f"KQS_disk.{number}", "scanner", **info)
+
+    def assert_ends_quietly(self, timeout=20.0):
+        self.assertEqual(self.desktop.wait_exit(timeout), 0)
+        self.assertEqual(self.desktop.messenger_output(), "")
+
+    def test_requests_to_terminate_close_the_panel(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(number):
+                if self.desktop.messenger.poll() is not None:
+                    self.desktop.start_messenger()
+                    self.desktop.wait_listening()
+                self.post(PID=os.getpid())
+                self.panel.wait_visible()
+                self.desktop.messenger.send_signal(number)
+                self.assert_ends_quietly()
+
+    def test_a_value_that_is_no_text_ends_the_program_with_status_zero(self):
+        posting.post_raw(self.desktop.session_bus, "KQS_disk.1", "KQMS", {"PID": 5},
+                         signature="ssa{si}")
+        posting.post_raw(self.desktop.session_bus, "KQS_disk.1", "KQMS", {"FolderBackup": True})
+        self.panel.wait_visible()
+        posting.post_raw(self.desktop.session_bus, "KQS_disk.1", "KQMS", {"PID": 5})
+        self.assert_ends_quietly()
+
+    def test_whatever_else_is_posted_is_taken_or_dropped(self):
+        bus = self.desktop.session_bus
+        posting.post_raw(bus, signature="")
+        posting.post_raw(bus, 5, signature="i")
+        posting.post_raw(bus, "KQS_disk.x", signature="s")
+        posting.post_raw(bus, "KQS_disk.x", "KQMS", signature="ss")
+        posting.post_raw(bus, "KQS_disk.x", "KQMS", ["a"], signature="ssas")
+        posting.post_raw(bus, "no mark", "KQMS", {"a": "b"}, signature="ssa{ss}")
+        self.post(1, Item="x" * (32 << 20), PID=os.getpid())
+        self.post(2, PID=os.getpid(), **{f"key{number}": "v" for number in range(5000)})
+        posting.post_raw(bus, "KQS_disk.3", 7, {"a": "b"}, signature="sia{ss}")
+        self.panel.wait_height(3 * ROW)
+        hold("the program", lambda: self.desktop.messenger.poll() is None, 1)
+        self.assertEqual(self.desktop.messenger_output(), "")
+
+    def test_a_dead_process_takes_its_row_and_the_last_one_the_panel_and_the_program(self):
+        jobs = [self.desktop.start_job() for _ in range(2)]
+        for number, job in enumerate(jobs):
+            self.post(number, PID=job.pid, Progress=500)
+        self.panel.wait_height(2 * ROW)
+        self.desktop.end_job(jobs[0])
+        self.panel.wait_height(ROW, timeout=3.6)
+        self.panel.wait_title("Brackwater Scheduled Task")
+        self.desktop.end_job(jobs[1])
+        self.panel.wait_hidden(timeout=3.6)
+        hidden = time.monotonic()
+        self.assert_ends_quietly(timeout=12)
+        self.assertAlmostEqual(time.monotonic() - hidden, 10, delta=1.0)
+
+    def test_a_zombie_keeps_its_row_and_a_strangers_process_too(self):
+        zombie = os.spawnlp(os.P_NOWAIT, "true", "true")
+        self.addCleanup(os.waitpid, zombie, 0)
+        self.post(1, PID=zombie)
+        self.post(2, PID=1)
+        self.post(3, PID="12345678901")
+        self.panel.wait_height(3 * ROW)
+        self.panel.wait_height(2 * ROW, timeout=4)
+        hold("both rows", lambda: self.panel.geometry().height == 2 * ROW, 4)
+
+    def test_no_child_is_left_and_none_inherits_a_descriptor(self):
+        job = self.desktop.start_job()
+        for number in range(3):
+            self.post(number, PID=job.pid)
+        self.panel.wait_height(3 * ROW)
+        facts = self.desktop.messenger_facts()
+        before = facts.descriptors()
+        wait_until("a pass of the reaper", facts.children, 5)
+        wait_until("its end", lambda: not facts.children(), 5)
+        hold("no zombie", lambda: len(facts.children()) <= 1, 4)
+        wait_until("the same descriptors", lambda: facts.descriptors().keys() == before.keys(), 5)
+
+
+class Flood(DesktopTest):
+    options = {"window_manager": "openbox"}
+
+    def test_a_flood_of_updates_is_taken_in_and_the_panel_answers_meanwhile(self):
+        self.desktop.start_messenger()
+        self.desktop.wait_listening()
+        flood = [self.desktop.processes.start(
+            ["/usr/bin/python3", os.path.join(os.path.dirname(__file__), "flood.py"),
+             self.desktop.session_bus.address, f"KQS_disk.{sender}", "2500", str(os.getpid())],
+            self.desktop.env) for sender in range(20)]
+        self.panel.wait_visible()
+        start = time.monotonic()
+        while any(process.poll() is None for process in flood) and time.monotonic() - start < 60:
+            before = self.panel.geometry()
+            self.desktop.pointer.drag((before.x + 100, before.y + 30),
+                                      (before.x + 130, before.y + 40), steps=3)
+            self.desktop.pointer.release()
+            wait_until("the panel to follow the pointer",
+                       lambda: self.panel.geometry() != before, 5)
+        for process in flood:
+            self.assertEqual(process.wait(60), 0)
+        self.panel.wait_height(self.panel.geometry().height)
+        facts = self.desktop.messenger_facts()
+        self.assertLess(facts.resident_kib(), 40 * 1024)
+        self.assertEqual(self.desktop.messenger.poll(), None)

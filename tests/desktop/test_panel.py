@@ -1,0 +1,144 @@
+"""The panel on a real X server: unseen before its first row, then growing with its rows, under two
+reparenting window managers and with none."""
+
+from support import DesktopTest, posting
+from support.panel import ROW
+from support.waiting import hold, wait_until
+
+SINGULAR = "Brackwater Scheduled Task"
+PLURAL = "Brackwater Scheduled Tasks"
+
+
+class PanelWithoutManager(DesktopTest):
+    options = {"window_manager": None}
+    active_window = None
+
+    def setUp(self):
+        super().setUp()
+        self.job = self.desktop.start_job()
+
+    def post(self, number, **info):
+        self.desktop.post(f"KQS_disk.{number}", "scanner", PID=self.job.pid, Progress=250,
+                          VolName="Data", ScanType=0, Item="/srv/data/a.bin", **info)
+
+    def listen(self):
+        self.desktop.start_messenger()
+        self.desktop.wait_listening()
+
+    def focus_elsewhere(self):
+        """A window of somebody else's that is active; nothing where nobody manages windows."""
+
+    def active(self):
+        """The active window, as far as somebody keeps one."""
+        return None
+
+    def test_is_unseen_until_its_first_row_and_takes_no_focus(self):
+        self.focus_elsewhere()
+        active = self.active()
+        self.listen()
+        self.assertEqual(self.panel.title(), SINGULAR)
+        self.assertFalse(self.panel.is_mapped())
+        self.assertEqual(self.panel.geometry().height, ROW)
+        self.post(1)
+        self.panel.wait_visible()
+        self.assertEqual(self.panel.title(), SINGULAR)
+        at = self.panel.geometry()
+        self.assertEqual((at.x, at.y, at.width, at.height), ((1024 - 340) // 2, 42, 340, ROW))
+        self.post(2)
+        self.panel.wait_height(2 * ROW)
+        self.panel.wait_title(PLURAL)
+        hold("the active window", lambda: self.active() == active, 0.5)
+        self.assertEqual(self.panel.property("WM_CLASS"), '"kqu-messenger", "KQU_Messenger"')
+        self.assertIn(str(self.desktop.messenger.pid), self.panel.property("_NET_WM_PID"))
+        self.assertIn("_NET_WM_WINDOW_TYPE_UTILITY", self.panel.property("_NET_WM_WINDOW_TYPE"))
+
+    def test_grows_by_rows_until_the_screen_ends_and_then_brings_in_the_scroll_bar(self):
+        self.listen()
+        rows_that_fit = (768 - 42) // ROW
+        for number in range(1, rows_that_fit + 3):
+            self.post(number)
+            self.panel.wait_height(min(number, rows_that_fit) * ROW)
+        at = self.panel.geometry()
+        self.assertEqual((at.x, at.y, at.width), ((1024 - 340) // 2, 42, 340))
+        # Where the bar stands now there was stripe before, and its column is the bar's own.
+        bar = 340 - 11
+        self.panel.wait_pixels("the scroll bar", lambda seen: seen.pixel(bar + 4, 20) not in (
+            (255, 255, 255), (241, 245, 250)))
+
+    def test_a_burst_of_rows_ends_at_their_height_and_stays_there(self):
+        self.listen()
+        for number in range(8):
+            self.post(number)
+        self.panel.wait_height(8 * ROW)
+        self.panel.wait_visible()
+        hold("the height", lambda: self.panel.geometry().height == 8 * ROW, 1.5)
+
+    def test_rows_come_and_go_at_the_same_place(self):
+        self.listen()
+        self.post(1)
+        self.panel.wait_visible()
+        place = self.panel.geometry()
+        self.desktop.end_job(self.job)
+        self.panel.wait_hidden()
+        for number in range(3):
+            self.job = self.desktop.start_job()
+            self.post(number)
+            self.panel.wait_visible()
+            wait_until("the same place", lambda: self.panel.geometry() == place, 5)
+            self.desktop.end_job(self.job)
+            self.panel.wait_hidden()
+        self.assertFalse((self.desktop.folder / "config" /
+                          "com.brackwater.KQU_Messenger.plist").exists())
+
+
+class ManagedPanel:
+    def focus_elsewhere(self):
+        self.desktop.processes.start(["xmessage", "-name", "other", "somebody else"],
+                                     self.desktop.env)
+        wait_until("another active window", self.active)
+
+    def active(self):
+        return self.desktop.active_window()
+
+    def test_stays_above_and_out_of_the_task_list(self):
+        self.listen()
+        self.post(1)
+        self.panel.wait_visible()
+        wait_until("the states", lambda: {"_NET_WM_STATE_ABOVE", "_NET_WM_STATE_SKIP_TASKBAR"} <= set(
+            (self.panel.property("_NET_WM_STATE") or "").split(", ")))
+
+    def test_the_managers_close_request_ends_the_program_with_rows_present(self):
+        self.listen()
+        self.post(1)
+        self.panel.wait_visible()
+        self.desktop.output("wmctrl", "-i", "-c", self.panel.find())
+        self.assertEqual(self.desktop.wait_exit(), 0)
+
+
+class PanelUnderOpenbox(ManagedPanel, PanelWithoutManager):
+    options = {"window_manager": "openbox"}
+
+
+class PanelUnderIcewm(ManagedPanel, PanelWithoutManager):
+    options = {"window_manager": "icewm"}
+
+
+class Posters(DesktopTest):
+    def test_stock_clients_bring_up_a_row_on_the_session_bus(self):
+        self.desktop.start_messenger()
+        self.desktop.wait_listening()
+        for number, client in enumerate(posting.CLIENTS, 1):
+            self.desktop.post_by(client, f"KQS_disk.{client}", "scanner",
+                                 {"PID": self.desktop.messenger.pid, "Progress": 250,
+                                  "VolName": "Data", "Item": "/a b/c"})
+            self.panel.wait_height(number * ROW)
+        self.assertEqual(self.desktop.messenger_output(), "")
+
+    def test_on_the_system_bus_root_and_the_own_user_are_heard(self):
+        self.desktop.start_messenger()
+        self.desktop.wait_listening(self.desktop.system_bus)
+        self.desktop.post_by("kqu-post", "KQS_disk.1", "backup",
+                             {"PID": self.desktop.messenger.pid, "status": "copying"},
+                             self.desktop.system_bus)
+        self.panel.wait_visible()
+        self.assertEqual(self.panel.geometry().height, ROW)
