@@ -74,8 +74,9 @@ class Parser {
     std::string Next() {
         std::string argument = rest_.front();
         rest_ = rest_.subspan(1);
+        ++count_;
         if (!IsUtf8(argument))
-            throw UsageError("an argument is not UTF-8 text");
+            throw UsageError("argument " + std::to_string(count_) + " is not UTF-8 text");
         return argument;
     }
 
@@ -142,6 +143,7 @@ class Parser {
     }
 
     std::span<const char* const> rest_;
+    int count_ = 0;
     Request request_;
     bool anyKey_ = false;
     bool optionsEnded_ = false;

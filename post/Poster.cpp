@@ -4,32 +4,63 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cerrno>
 #include <chrono>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <thread>
+#include <unistd.h>
 
 namespace kqu::post {
 
 namespace {
 using platform::CPointer;
-using BusPointer = CPointer<sd_bus, sd_bus_flush_close_unref>;
+using BusPointer = CPointer<sd_bus, sd_bus_close_unref>;
 using MessagePointer = CPointer<sd_bus_message, sd_bus_message_unref>;
 
 constexpr const char* path = "/com/brackwater/DistributedNotifications";
 constexpr const char* interfaceName = "com.brackwater.DistributedNotifications";
 constexpr const char* member = "Posted";
+constexpr const char* busName = "org.freedesktop.DBus";
+constexpr const char* busPath = "/org/freedesktop/DBus";
 
 /// Listeners on the system bus ask who posted, and the bus can only tell while the poster is there.
 /// Nothing tells the poster when they have asked; this is a hundred times what it takes.
 constexpr std::chrono::milliseconds stay{500};
+
+/// How long a bus may take over a message before it counts as not there.
+constexpr std::chrono::seconds patience{10};
+
+constexpr const char* notTaken = "the bus has not taken the message";
 
 void Check(int result, const std::string& what) {
     if (result < 0)
         throw PostError(what + ": " + std::strerror(-result));
 }
 
+/// Tools that are started on a schedule have no session's environment; the user's bus is at its
+/// usual place all the same.
+bool IsSessionBusNamed() {
+    return secure_getenv("DBUS_SESSION_BUS_ADDRESS") != nullptr ||
+           secure_getenv("XDG_RUNTIME_DIR") != nullptr;
+}
+
+BusPointer ConnectToUsersBus() {
+    sd_bus* bus = nullptr;
+    Check(sd_bus_new(&bus), "no session bus");
+    BusPointer owned(bus);
+    const std::string address = "unix:path=/run/user/" + std::to_string(getuid()) + "/bus";
+    Check(sd_bus_set_address(bus, address.c_str()), "no session bus");
+    Check(sd_bus_set_bus_client(bus, 1), "no session bus");
+    Check(sd_bus_start(bus), "no session bus");
+    return owned;
+}
+
 BusPointer Connect(bool onSystemBus) {
+    if (!onSystemBus && !IsSessionBusNamed())
+        return ConnectToUsersBus();
     sd_bus* bus = nullptr;
     const int result = onSystemBus ? sd_bus_open_system(&bus) : sd_bus_open_user(&bus);
     Check(result, onSystemBus ? "no system bus" : "no session bus");
@@ -50,21 +81,53 @@ MessagePointer MakeSignal(sd_bus* bus, const Request& request) {
     return owned;
 }
 
+/// Asks something that costs the bus nothing and that every bus allows. The question's serial
+/// number.
+std::uint64_t AskBus(sd_bus* bus) {
+    sd_bus_message* made = nullptr;
+    Check(sd_bus_message_new_method_call(bus, &made, busName, busPath, busName, "GetId"), notTaken);
+    const MessagePointer question(made);
+    std::uint64_t serial = 0;
+    Check(sd_bus_send(bus, made, &serial), notTaken);
+    return serial;
+}
+
+/// The next message that comes in, waiting for it until the deadline.
+MessagePointer Receive(sd_bus* bus, std::chrono::steady_clock::time_point deadline) {
+    while (true) {
+        sd_bus_message* received = nullptr;
+        const int result = sd_bus_process(bus, &received);
+        MessagePointer message(received);
+        Check(result, notTaken);
+        if (message)
+            return message;
+        if (result > 0)
+            continue;
+        const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
+            deadline - std::chrono::steady_clock::now());
+        Check(left.count() > 0 ? 0 : -ETIMEDOUT, notTaken);
+        Check(sd_bus_wait(bus, static_cast<std::uint64_t>(left.count())), notTaken);
+    }
+}
+
 /// The bus answers in order: its answer to a question that was asked behind the signal tells that
-/// it has taken the signal.
+/// it has dealt with the signal.
 void AwaitTaken(sd_bus* bus) {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
-    const int result = sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                          "org.freedesktop.DBus", "GetId", &error, nullptr, "");
-    sd_bus_error_free(&error);
-    Check(result, "the bus has not taken the message");
+    const std::uint64_t question = AskBus(bus);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    std::uint64_t answered = 0;
+    MessagePointer message;
+    do {
+        message = Receive(bus, deadline);
+    } while (sd_bus_message_get_reply_cookie(message.get(), &answered) < 0 || answered != question);
+    Check(-sd_bus_message_get_errno(message.get()), notTaken);
 }
 } // namespace
 
 void Post(const Request& request) {
     const BusPointer bus = Connect(request.onSystemBus);
     const MessagePointer signal = MakeSignal(bus.get(), request);
-    Check(sd_bus_send(bus.get(), signal.get(), nullptr), "the bus has not taken the message");
+    Check(sd_bus_send(bus.get(), signal.get(), nullptr), notTaken);
     AwaitTaken(bus.get());
     if (request.onSystemBus)
         std::this_thread::sleep_for(stay);

@@ -1,8 +1,10 @@
 #include "post/CommandLine.h"
 #include "post/Poster.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <string>
 #include <vector>
 
 // kqu-post: posts one status notification.
@@ -11,8 +13,12 @@ namespace {
 constexpr int notTaken = 1;
 constexpr int wrongUsage = 2;
 
+/// One line, whatever the arguments hold that it quotes.
 int Complain(const std::exception& error, int status) {
-    std::fprintf(stderr, "kqu-post: %s\n", error.what());
+    std::string text = error.what();
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == '\x7f'; }, '?');
+    std::fprintf(stderr, "kqu-post: %s\n", text.c_str());
     return status;
 }
 
