@@ -131,16 +131,13 @@ TextLayout::Font& TextLayout::FontOf(int size) {
     return *fonts_.emplace(pixels, std::make_unique<Font>(*fontMap_, pixels)).first->second;
 }
 
-TextLayout::Line& TextLayout::LineOf(Font& font, std::string_view text) {
-    const auto now = std::chrono::steady_clock::now();
-    if (Line* known = font.lines.Find(text, now))
-        return *known;
-    const ShapedLine shaped(*font.context, PlainText(text).utf8);
-    return font.lines.Enter(std::string(text), {shaped.Width(), 0, nullptr}, 0, now);
-}
-
 double TextLayout::Width(std::string_view text, int size) {
-    return LineOf(FontOf(size), text).width;
+    Font& font = FontOf(size);
+    const auto now = std::chrono::steady_clock::now();
+    if (const Line* known = font.lines.Find(text, now))
+        return known->width;
+    const ShapedLine shaped(*font.context, PlainText(text).utf8);
+    return font.lines.Enter(std::string(text), {shaped.Width(), 0, nullptr}, 0, now).width;
 }
 
 double TextLayout::WidthOnce(const std::string& plainText, int size) {
@@ -150,14 +147,18 @@ double TextLayout::WidthOnce(const std::string& plainText, int size) {
 std::shared_ptr<const TextImage> TextLayout::Image(std::string_view text, int size,
                                                    std::uint32_t colour) {
     Font& font = FontOf(size);
-    Line& line = LineOf(font, text);
-    if (!line.image || (!line.image->colours.empty() && line.colour != colour)) {
-        const ShapedLine shaped(*font.context, PlainText(text).utf8);
-        line.image = std::make_shared<TextImage>(MakeImage(shaped, font.size, colour));
-        line.colour = colour;
-        font.lines.Grow(text, BytesOf(*line.image));
-    }
-    return line.image;
+    const auto now = std::chrono::steady_clock::now();
+    Line* line = font.lines.Find(text, now);
+    if (line != nullptr && line->image && (line->image->colours.empty() || line->colour == colour))
+        return line->image;
+    const ShapedLine shaped(*font.context, PlainText(text).utf8);
+    if (line == nullptr)
+        line = &font.lines.Enter(std::string(text), {shaped.Width(), 0, nullptr}, 0, now);
+    line->image = std::make_shared<TextImage>(MakeImage(shaped, font.size, colour));
+    line->colour = colour;
+    const auto image = line->image;
+    font.lines.Grow(text, BytesOf(*image));
+    return image;
 }
 
 std::vector<std::size_t> TextLayout::Clusters(const PlainText& text) {

@@ -65,7 +65,6 @@ class TextLayout {
     class Font;
 
     [[nodiscard]] Font& FontOf(int size);
-    [[nodiscard]] Line& LineOf(Font& font, std::string_view text);
 
     struct FontMap;
 

@@ -1,7 +1,7 @@
 #include "platform/text/Truncation.h"
 
 #include <algorithm>
-#include <cmath>
+#include <memory>
 #include <vector>
 
 namespace kqu::platform {
@@ -19,6 +19,7 @@ class TextEnd {
             bounds_.push_back(plain_.places[cluster]);
     }
 
+    [[nodiscard]] std::string_view Source() const { return source_; }
     [[nodiscard]] std::size_t Clusters() const { return bounds_.size() - 1; }
 
     // The first or the last so many clusters, as they are in the source and as they are laid out.
@@ -47,6 +48,14 @@ struct Kept {
     std::size_t last = 0;
 };
 
+/// Bytes of each end that are looked at: far more than fits, so that the text between them never
+/// matters.
+std::size_t Share(std::string_view text, int limit) {
+    if (text.size() <= shortText)
+        return text.size();
+    return std::max(shortText, TextLayout::Enough(text, limit).size());
+}
+
 class Shortening {
   public:
     Shortening(TextLayout& layout, std::string_view text, int size, int limit, Giving giving)
@@ -55,54 +64,50 @@ class Shortening {
           limit_(limit),
           giving_(giving),
           whole_(text),
-          start_(layout, StartOf(text, Share(text))),
-          end_(layout, EndOf(text, Share(text))) {}
+          start_(std::make_shared<TextEnd>(layout, StartOf(text, Share(text, limit)))),
+          end_(start_->Source() == text
+                   ? start_
+                   : std::make_shared<TextEnd>(layout, EndOf(text, Share(text, limit)))) {}
 
-    [[nodiscard]] std::string Result() {
-        if (!Fits({}))
+    /// `startWidth` is that of the part which stands for the text's start.
+    [[nodiscard]] std::string Result(double startWidth) {
+        const double ellipsisWidth = layout_.Width(ellipsis, size_);
+        if (ellipsisWidth > limit_)
             return {};
-        const Kept kept = Widest(Balanced(MostThatFit()));
-        return std::string(start_.First(kept.first)).append(ellipsis).append(end_.Last(kept.last));
+        const Kept kept = Widest(MostThatFit(ellipsisWidth, startWidth));
+        return std::string(start_->First(kept.first))
+            .append(ellipsis)
+            .append(end_->Last(kept.last));
     }
 
   private:
-    /// Bytes of each end that are looked at: far more than fits, so that the text between them
-    /// never matters.
-    [[nodiscard]] std::size_t Share(std::string_view text) const {
-        if (text.size() <= shortText)
-            return text.size();
-        return std::max(shortText, TextLayout::Enough(text, limit_).size());
-    }
-
     [[nodiscard]] Kept Balanced(std::size_t count) const {
         return giving_ == Giving::End ? Kept{count, 0} : Kept{count - count / 2, count / 2};
     }
 
     /// Something has to be taken out, or it would not be a shortened text.
     [[nodiscard]] bool IsShorter(Kept kept) const {
-        return kept.first <= start_.Clusters() && kept.last <= end_.Clusters() &&
-               start_.First(kept.first).size() + end_.Last(kept.last).size() < whole_.size();
+        return kept.first <= start_->Clusters() && kept.last <= end_->Clusters() &&
+               start_->First(kept.first).size() + end_->Last(kept.last).size() < whole_.size();
     }
 
     [[nodiscard]] double WidthOf(Kept kept) {
-        line_.assign(start_.PlainFirst(kept.first));
-        line_.append(ellipsis).append(end_.PlainLast(kept.last));
+        line_.assign(start_->PlainFirst(kept.first));
+        line_.append(ellipsis).append(end_->PlainLast(kept.last));
         return layout_.WidthOnce(line_, size_);
     }
 
     [[nodiscard]] bool Fits(Kept kept) { return IsShorter(kept) && WidthOf(kept) <= limit_; }
 
-    /// The largest number of clusters, evenly from both ends, that fits. The search guesses by
-    /// width and halves what is left at every other step, so that no text makes it slow.
-    [[nodiscard]] std::size_t MostThatFit() {
+    /// The largest number of clusters, evenly from both ends, that fits. None does, all of them
+    /// don't. Guesses by width are mostly right; where they are not, halving takes over.
+    [[nodiscard]] std::size_t MostThatFit(double fitWidth, double tooWide) {
+        constexpr int guesses = 6;
         std::size_t fits = 0;
-        double fitWidth = WidthOf({});
-        std::size_t tooMany = start_.Clusters() + 1;
-        double tooWide =
-            layout_.WidthOnce(std::string(start_.PlainFirst(start_.Clusters())), size_);
-        for (bool guess = true; tooMany - fits > 1; guess = !guess) {
+        std::size_t tooMany = start_->Clusters() + 1;
+        for (int step = 0; tooMany - fits > 1; ++step) {
             std::size_t middle = fits + (tooMany - fits) / 2;
-            if (guess && tooWide > fitWidth)
+            if (step < guesses && tooWide > fitWidth)
                 middle = Between(fits, tooMany, (limit_ - fitWidth) / (tooWide - fitWidth));
             const Kept kept = Balanced(middle);
             const double width = IsShorter(kept) ? WidthOf(kept) : tooWide + 1;
@@ -119,17 +124,23 @@ class Shortening {
 
     static std::size_t Between(std::size_t low, std::size_t high, double share) {
         const double distance = static_cast<double>(high - low) * std::clamp(share, 0.0, 1.0);
-        return std::clamp(low + static_cast<std::size_t>(std::lround(distance)), low + 1, high - 1);
+        return std::clamp(low + static_cast<std::size_t>(distance), low + 1, high - 1);
     }
 
-    /// The next cluster of one side may still fit where that of the other does not.
-    [[nodiscard]] Kept Widest(Kept kept) {
+    /// One cluster more does not fit evenly, but it may on the other side.
+    [[nodiscard]] Kept Widest(std::size_t count) {
+        Kept kept = Balanced(count);
+        if (giving_ == Giving::End)
+            return kept;
         // Thin characters on one side end soon; a flood of characters without any width does not.
         constexpr int mostSteps = 64;
-        for (int step = 0; giving_ == Giving::Middle && step < mostSteps; ++step) {
-            if (const Kept more{kept.first + 1, kept.last}; Fits(more))
+        const bool startIsFull = kept.first == kept.last;
+        for (int step = 0; step < mostSteps; ++step) {
+            const Kept more{kept.first + 1, kept.last};
+            const Kept other{kept.first, kept.last + 1};
+            if ((step > 0 || !startIsFull) && Fits(more))
                 kept = more;
-            else if (const Kept other{kept.first, kept.last + 1}; Fits(other))
+            else if ((step > 0 || startIsFull) && Fits(other))
                 kept = other;
             else
                 break;
@@ -142,25 +153,25 @@ class Shortening {
     int limit_;
     Giving giving_;
     std::string_view whole_;
-    TextEnd start_;
-    TextEnd end_;
+    std::shared_ptr<const TextEnd> start_;
+    std::shared_ptr<const TextEnd> end_;
     std::string line_;
 };
-
-bool IsTooWide(TextLayout& layout, std::string_view text, int size, int limit) {
-    // Where the start alone is too wide, the rest need not be measured.
-    const std::string_view start = TextLayout::Enough(text, limit);
-    if (start.size() < text.size() && layout.WidthOnce(PlainText(start).utf8, size) > limit)
-        return true;
-    return layout.WidthOnce(PlainText(text).utf8, size) > limit;
-}
 } // namespace
 
 std::string Truncated(TextLayout& layout, std::string_view text, int size, int limit,
                       Giving giving) {
-    if (text.empty() || !IsTooWide(layout, text, size, limit))
+    const auto widthOf = [&](std::string_view part) {
+        return layout.WidthOnce(PlainText(part).utf8, size);
+    };
+    if (text.empty())
+        return {};
+    // Where the start alone is too wide, the rest need not be measured.
+    const std::string_view start = StartOf(text, Share(text, limit));
+    const double startWidth = widthOf(start);
+    if (startWidth <= limit && (start.size() == text.size() || widthOf(text) <= limit))
         return std::string(text);
-    return Shortening(layout, text, size, limit, giving).Result();
+    return Shortening(layout, text, size, limit, giving).Result(startWidth);
 }
 
 } // namespace kqu::platform

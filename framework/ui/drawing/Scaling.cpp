@@ -1,6 +1,7 @@
 #include "framework/ui/drawing/Scaling.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace kqu::drawing {
 
@@ -23,26 +24,36 @@ Pixel Gathered(Channels weighted) {
     return static_cast<Pixel>((sum >> 24U & 0xFF0000U) | (sum >> 12U & 0xFF00U) | (sum & 0xFFU));
 }
 
-/// The weights of a row of destination pixels, computed once for all lines.
-class Weights {
+/// The sums that make one line of destination pixels from one of the source, laid out once for all
+/// lines. Source pixels that are alike in every line need no sum.
+class Sums {
   public:
-    Weights(const ScaledAxis& axis, Pixels first, Pixels end) {
+    /// `sameAs` gives for each source pixel the first of those up to it that are alike.
+    Sums(const ScaledAxis& axis, Pixels first, Pixels end, Pixels sourceFirst,
+         const std::vector<Pixels>& sameAs) {
         for (Pixels pixel = first; pixel < end; ++pixel) {
+            const auto [start, length] = axis.SourceOf(pixel, pixel + 1);
             const std::size_t known = weights_.size();
-            axis.AppendWeights(pixel, weights_);
-            spans_.push_back({axis.SourceOf(pixel, pixel + 1).start, known, weights_.size()});
+            const auto last = static_cast<std::size_t>(start + length - 1 - sourceFirst);
+            if (sameAs[last] > start)
+                axis.AppendWeights(pixel, weights_);
+            spans_.push_back({start - sourceFirst, known, weights_.size()});
         }
     }
 
-    /// Calls take(index, sum of weighted source(place)) for each destination pixel.
-    template <class Source, class Take>
-    void Apply(Source source, Take take) const {
-        for (std::size_t i = 0; i < spans_.size(); ++i) {
-            Channels sum = 0;
-            Pixels place = spans_[i].source;
-            for (std::size_t w = spans_[i].firstWeight; w < spans_[i].endWeight; ++w)
-                sum += Spread(source(place++)) * weights_[w];
-            take(i, sum);
+    /// The source's pixels are `step` apart, as are the destination's.
+    void Apply(const Pixel* source, Pixels sourceStep, Pixel* destination, Pixels step) const {
+        for (const Span& span : spans_) {
+            const Pixel* from = source + span.source * sourceStep;
+            if (span.firstWeight == span.endWeight) {
+                *destination = *from;
+            } else {
+                Channels sum = 0;
+                for (std::size_t w = span.firstWeight; w < span.endWeight; ++w, from += sourceStep)
+                    sum += Spread(*from) * weights_[w];
+                *destination = Gathered(sum);
+            }
+            destination += step;
         }
     }
 
@@ -57,18 +68,26 @@ class Weights {
     std::vector<std::uint32_t> weights_;
 };
 
-/// Scaled in the direction of the lines only.
-Raster ScaledAcross(const Raster& source, const ScaledAxis& across, const Area& result) {
-    Raster lines(result);
-    const Weights weights(across, result.left, result.right);
-    for (Pixels y = result.top; y < result.bottom; ++y) {
-        Pixel* scaled = lines.At(result.left, y);
-        const Pixels left = source.Bounds().left;
-        const Pixel* line = source.At(left, y);
-        weights.Apply([&](Pixels x) { return line[x - left]; },
-                      [&](std::size_t i, Channels sum) { scaled[i] = Gathered(sum); });
+/// For each column of an area the first of those up to it that are alike in every line.
+std::vector<Pixels> LikeColumns(const Raster& source, const Area& area) {
+    const auto width = static_cast<std::size_t>(area.Width());
+    std::vector<Pixel> differences(width);
+    for (Pixels y = area.top; y < area.bottom; ++y) {
+        const Pixel* line = source.At(area.left, y);
+        for (std::size_t x = 1; x < width; ++x)
+            differences[x] |= line[x] ^ line[x - 1];
     }
-    return lines;
+    std::vector<Pixels> sameAs(width, area.left);
+    for (std::size_t x = 1; x < width; ++x)
+        sameAs[x] = differences[x] == 0 ? sameAs[x - 1] : area.left + static_cast<Pixels>(x);
+    return sameAs;
+}
+
+/// As above, for lines that are all taken to be different.
+std::vector<Pixels> DifferentLines(const Area& area) {
+    std::vector<Pixels> sameAs(static_cast<std::size_t>(area.Height()));
+    std::iota(sameAs.begin(), sameAs.end(), area.top);
+    return sameAs;
 }
 } // namespace
 
@@ -96,21 +115,24 @@ void ScaledAxis::AppendWeights(Pixels destination, std::vector<std::uint32_t>& w
 
 Raster Scaled(const Raster& source, const ScaledAxis& across, const ScaledAxis& down,
               const Area& wanted) {
-    const ScaledAxis::Stretch needed = down.SourceOf(wanted.top, wanted.bottom);
-    Raster lines = ScaledAcross(
-        source, across, {wanted.left, needed.start, wanted.right, needed.start + needed.length});
+    const auto columns = across.SourceOf(wanted.left, wanted.right);
+    const auto lines = down.SourceOf(wanted.top, wanted.bottom);
+    const Area needed = Area::Of(columns.start, lines.start, columns.length, lines.length);
+    const Sums sumsAcross(across, wanted.left, wanted.right, needed.left,
+                          LikeColumns(source, needed));
+    Raster scaled({wanted.left, needed.top, wanted.right, needed.bottom});
+    for (Pixels y = needed.top; y < needed.bottom; ++y)
+        sumsAcross.Apply(source.At(needed.left, y), 1, scaled.At(wanted.left, y), 1);
     if (down.IsIdentity()) {
         // The same lines under other numbers.
-        lines.MoveTo(wanted.left, wanted.top);
-        return lines;
+        scaled.MoveTo(wanted.left, wanted.top);
+        return scaled;
     }
     Raster result(wanted);
-    const Weights weights(down, wanted.top, wanted.bottom);
+    const Sums sumsDown(down, wanted.top, wanted.bottom, needed.top, DifferentLines(needed));
     for (Pixels x = wanted.left; x < wanted.right; ++x)
-        weights.Apply([&](Pixels y) { return *lines.At(x, y); },
-                      [&](std::size_t i, Channels sum) {
-                          *result.At(x, wanted.top + static_cast<Pixels>(i)) = Gathered(sum);
-                      });
+        sumsDown.Apply(scaled.At(x, needed.top), wanted.Width(), result.At(x, wanted.top),
+                       wanted.Width());
     return result;
 }
 
