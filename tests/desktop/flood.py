@@ -13,7 +13,7 @@ def main():
     for number in range(int(count)):
         message = dbus.lowlevel.SignalMessage("/com/brackwater/DistributedNotifications",
                                               "com.brackwater.DistributedNotifications", "Posted")
-        message.append(name, "KQMS", {"PID": pid, "Progress": str(number * 1000 // int(count)),
+        message.append(name, "KQMS", {"PID": pid, "Progress": str((number + 1) * 1000 // int(count)),
                                       "Item": f"item {number}"}, signature="ssa{ss}")
         connection.send_message(message)
     connection.flush()
