@@ -32,12 +32,23 @@ std::optional<std::size_t> MatchAtStart(std::string_view text, std::string_view 
     return whole - text.size();
 }
 
+/// Whether the byte is a character that no other one equals: ASCII, and no letter.
+bool EqualsOnlyItself(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x80 && (byte < 'A' || byte > 'Z') && (byte < 'a' || byte > 'z');
+}
+
 std::optional<Occurrence> FindFrom(std::string_view text, std::string_view find,
                                    std::size_t start) {
     if (find.empty())
         return std::nullopt;
+    const bool mayLeap = EqualsOnlyItself(find.front());
     std::size_t position = start;
     while (position < text.size()) {
+        if (mayLeap)
+            position = text.find(find.front(), position);
+        if (position == std::string_view::npos)
+            break;
         const std::string_view rest = text.substr(position);
         if (const auto length = MatchAtStart(rest, find))
             return Occurrence{position, *length};
@@ -68,6 +79,22 @@ std::size_t SkipExponent(std::string_view text, std::size_t position) {
     const std::size_t end = SkipDigits(text, digits);
     return end == digits ? position : end;
 }
+
+/// Whether a number far out of range, with these digits, `whole` of them before the point, and this
+/// exponent, is too small rather than too large.
+bool IsTiny(std::string_view digits, std::size_t whole, std::string_view exponent) {
+    const auto places = static_cast<std::int64_t>(whole) -
+                        static_cast<std::int64_t>(digits.find_first_of("123456789"));
+    std::int64_t shift = 0;
+    if (!exponent.empty()) {
+        exponent.remove_prefix(exponent[1] == '+' ? 2 : 1);
+        const auto result =
+            std::from_chars(exponent.data(), exponent.data() + exponent.size(), shift);
+        if (result.ec != std::errc())
+            return exponent.front() == '-';
+    }
+    return shift <= -places;
+}
 } // namespace
 
 double Val(std::string_view text) {
@@ -88,18 +115,13 @@ double Val(std::string_view text) {
     }
     if (!hasDigits)
         return 0.0;
-    end = SkipExponent(text, end);
+    const std::string_view digits = text.substr(0, end);
+    const std::string_view number = text.substr(0, SkipExponent(text, end));
     double value = 0.0;
-    const auto result = std::from_chars(text.data(), text.data() + end, value);
-    if (result.ec == std::errc::result_out_of_range) {
-        // Out of range either way: without digits before the point or with a negative exponent it
-        // is too small to tell from zero.
-        const std::string_view number = text.substr(0, end);
-        const bool tiny = number.find("e-") != std::string_view::npos ||
-                          number.find("E-") != std::string_view::npos ||
-                          number.find_first_of("123456789") > whole;
-        value = tiny ? 0.0 : std::numeric_limits<double>::infinity();
-    }
+    const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (result.ec == std::errc::result_out_of_range)
+        value = IsTiny(digits, whole, number.substr(end)) ? 0.0
+                                                          : std::numeric_limits<double>::infinity();
     return negative ? -value : value;
 }
 

@@ -2,6 +2,7 @@
 
 #include "framework/values/Object.h"
 
+#include <concepts>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -23,7 +24,9 @@ class Variant {
     Variant(double number) : value_(number) {}
     Variant(std::int32_t number) : value_(number) {}
     Variant(std::uint32_t number) : value_(number) {}
-    Variant(bool truth) : value_(truth) {}
+    /// A bool and nothing that only converts to one, as every pointer does.
+    template <std::same_as<bool> Truth>
+    Variant(Truth truth) : value_(truth) {}
     template <class T>
     requires std::is_base_of_v<kqu::Object, T> Variant(Ref<T> object)
         : value_(Ref<kqu::Object>(std::move(object))) {}

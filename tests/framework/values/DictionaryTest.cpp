@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace kqu {
@@ -76,6 +77,7 @@ TEST(Variant, KeepsItsTypeAndConvertsOnReading) {
         EXPECT_EQ(c.value.Int32Value(), c.number);
         EXPECT_EQ(c.value.DoubleValue(), c.real);
     }
+    static_assert(!std::is_constructible_v<Variant, const void*>);
     EXPECT_EQ(Variant(3000000000U).UInt32Value(), 3000000000U);
     EXPECT_EQ(Variant(-1.0).UInt32Value(), 0U);
     const Variant row(std::make_shared<Dictionary>());

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -39,6 +38,12 @@ TEST(Text, ValReadsTheLeadingDecimalNumberAndNothingElse) {
                           {"1e400", infinity},
                           {"-1e400", -infinity},
                           {"1e-400", 0},
+                          {"0.0001e400", infinity},
+                          {std::string(400, '1') + "e-10", infinity},
+                          {std::string(400, '1') + "e-399", 1.1111111111111112},
+                          {"1e99999999999999999999", infinity},
+                          {"1e-9223372036854775808", 0},
+                          {"0e99999999999999999999", 0},
                           {"0.0", 0},
                           {std::string(400, '9'), infinity},
                           {"0." + std::string(400, '0') + "1", 0},
@@ -61,6 +66,8 @@ TEST(Text, SearchingIgnoresCaseInEveryScriptAndCountsBytesOfTheOriginal) {
     EXPECT_TRUE(EqualsIgnoringCase("ПРИВЕТ", "привет"));
     EXPECT_FALSE(EqualsIgnoringCase("abc", "ab"));
     EXPECT_FALSE(EqualsIgnoringCase("I", "\u0131"));
+    EXPECT_TRUE(EqualsIgnoringCase("\u13A0 \u03C3 \u01C5", "\uAB70 \u03C2 \u01C4"));
+    EXPECT_EQ(InStr("-.\u212A-.k.", ".k."), 7);
 }
 
 TEST(Text, BytesThatAreNoTextSurvive) {
