@@ -123,7 +123,7 @@ void BusPoster::AwaitTaken() {
 }
 
 OtherProcess::OtherProcess(const std::string& address, unsigned user,
-                           std::function<void(BusPoster&)> work) {
+                           const std::function<void(BusPoster&)>& work) {
     std::array<int, 2> told{};
     std::array<int, 2> leash{};
     if (pipe2(told.data(), O_CLOEXEC) != 0 || pipe2(leash.data(), O_CLOEXEC) != 0)

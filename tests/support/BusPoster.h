@@ -49,7 +49,8 @@ class OtherProcess {
   public:
     static constexpr unsigned sameUser = ~0U;
 
-    OtherProcess(const std::string& address, unsigned user, std::function<void(BusPoster&)> work);
+    OtherProcess(const std::string& address, unsigned user,
+                 const std::function<void(BusPoster&)>& work);
     ~OtherProcess();
     OtherProcess(const OtherProcess&) = delete;
     OtherProcess& operator=(const OtherProcess&) = delete;

@@ -312,7 +312,7 @@ TEST_F(DBusNotificationCentreTest, WhoCallsUsIsAnswered) {
     BusPoster poster(session.Address());
     const std::string connection = AwaitListening(poster);
     OtherProcess caller(session.Address(), OtherProcess::sameUser, [&](BusPoster& bus) {
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_error error{};
         sd_bus_call_method(bus.Get(), connection.c_str(), "/", "a.b", "C", &error, nullptr, "");
         bus.Post(error.name, "", {});
         sd_bus_error_free(&error);
