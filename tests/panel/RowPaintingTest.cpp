@@ -83,6 +83,13 @@ Colour At(const Ref<Picture>& picture, int x, int y) {
     return picture->Graphics().Pixel(x, y);
 }
 
+/// As drawn in a row.
+double WidthOf(const std::string& text) {
+    const Ref<Picture> picture = NewPicture(1, 1, 32);
+    picture->Graphics().SetTextSize(11);
+    return picture->Graphics().StringWidth(text);
+}
+
 /// Whether the lines, and nothing else, stand in their bands of the first row from `left` on.
 void ExpectLines(const Ref<Picture>& canvas, const std::vector<Line>& lines, int left) {
     const Ref<Picture> expected = Picture::MakeBuffer(canvas->Width(), rowHeight);
@@ -132,9 +139,7 @@ TEST_F(RowPaintingTest, BackupRowsShortenOnlyTheirDestination) {
     const int icon = BackupToolBar_f()->Width();
     const int left = 20 + icon;
     const auto limit = [&](const std::string& label) {
-        Graphics& graphics = NewPicture(1, 1, 32)->Graphics();
-        graphics.SetTextSize(11);
-        return 340 - (64 + left + static_cast<int>(graphics.StringWidth(label) - 7.0));
+        return 340 - (64 + left + static_cast<int>(WidthOf(label) - 7.0));
     };
     struct Case {
         Values values;
@@ -313,9 +318,7 @@ TEST_F(RowPaintingTest, ProgressAndBadgeBelongToEveryRecord) {
         EXPECT_EQ(counted, filled) << percent;
         EXPECT_EQ(At(canvas, 100, 24), white);
         EXPECT_EQ(At(canvas, 100, 31), white);
-        Graphics& text = NewPicture(1, 1, 32)->Graphics();
-        text.SetTextSize(11);
-        ExpectLines(canvas, {{percent, 330 - static_cast<int>(text.StringWidth(percent)), 50}}, 0);
+        ExpectLines(canvas, {{percent, 330 - static_cast<int>(WidthOf(percent)), 50}}, 0);
     }
     struct Badge {
         const char* extra;
