@@ -23,6 +23,10 @@ class ProcessFacts:
                 return line.split(":", 1)[1].split()
         return []
 
+    def field(self, key):
+        """The first word of a line of /proc/PID/status."""
+        return self._status(key)[0]
+
     def uids(self):
         """The real, effective, saved and file system user ids."""
         return [int(uid) for uid in self._status("Uid")]

@@ -1,0 +1,41 @@
+"""Whose identity the program takes on: the console owner's, for good."""
+
+import os
+
+from support import DesktopTest
+from support.panel import ROW
+
+USER = 1000
+
+
+class Identity(DesktopTest):
+    options = {"window_manager": None}
+
+    def start_under_console_of(self, user):
+        """Started as root the program goes to that user; started as anybody else it stays."""
+        prefix = self.desktop.console_of(user) if os.geteuid() == 0 else []
+        self.desktop.start_messenger(*prefix)
+        self.desktop.wait_listening()
+        return self.desktop.messenger_facts()
+
+    def test_becomes_the_console_owner_for_good(self):
+        facts = self.start_under_console_of(USER)
+        user = USER if os.geteuid() == 0 else os.geteuid()
+        self.assertEqual(facts.uids(), [user] * 4)
+        self.assertEqual(len(set(facts.gids())), 1)
+        self.assertNotEqual(facts.gids()[0] == 0, os.geteuid() == 0)
+        self.assertNotIn(0 if os.geteuid() == 0 else None, facts.groups())
+        for kind in ("CapPrm", "CapEff", "CapInh", "CapAmb"):
+            self.assertEqual(int(facts.field(kind), 16), 0, kind)
+
+    def test_listens_and_shows_as_that_user(self):
+        self.start_under_console_of(USER)
+        self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid(), Progress=250)
+        self.panel.wait_visible()
+        self.desktop.post_by("kqu-post", "KQS_disk.2", "scanner", {"PID": os.getpid()},
+                             self.desktop.system_bus)
+        self.panel.wait_height(2 * ROW)
+
+    def test_a_console_of_root_leaves_root_where_it_is(self):
+        facts = self.start_under_console_of(0)
+        self.assertEqual(facts.uids(), [os.geteuid()] * 4)
