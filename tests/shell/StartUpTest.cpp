@@ -1,3 +1,4 @@
+#include "framework/files/SpecialFolder.h"
 #include "platform/functions/Functions.h"
 #include "tests/support/SimulatedMachine.h"
 
@@ -175,6 +176,17 @@ TEST(StartUp, PreferencesThatCannotBeOpenedMeanTheDefaults) {
     machine.Start();
     EXPECT_FALSE(machine.HasEnded());
     EXPECT_TRUE(Module1.PreventScheduleOnBatt);
+}
+
+TEST(BundleDescription, GivesTextsAndTheWordNilForEverythingElse) {
+    SimulatedMachine machine;
+    EXPECT_EQ(machine.app->GetPlistValueForKey("Name"), "nil");
+    machine.WriteFile(BundleFolder()->AbsolutePath() + "/Info.plist",
+                      "<plist version=\"1.0\"><dict><key>Name</key><string>KQU</string>"
+                      "<key>Number</key><integer>5</integer></dict></plist>");
+    EXPECT_EQ(machine.app->GetPlistValueForKey("Name"), "KQU");
+    for (const char* key : {"Number", "name", "absent", ""})
+        EXPECT_EQ(machine.app->GetPlistValueForKey(key), "nil") << key;
 }
 
 class ParentApp : public testing::Test {
