@@ -1,5 +1,8 @@
 #include "power/SleepNote.h"
 
+#include "framework/values/Required.h"
+#include "framework/values/Text.h"
+#include "monitor/TaskRecord.h"
 #include "panel/Window1.h"
 #include "shell/Module1.h"
 
@@ -22,6 +25,27 @@ bool IsRefusable(std::int32_t message) {
     return std::find(refusable.begin(), refusable.end(), static_cast<std::uint32_t>(message)) !=
            refusable.end();
 }
+
+/// How many jobs are named; the others are counted.
+constexpr int namedJobs = 3;
+
+/// A row's job in a few words: "Scanning Data".
+std::string JobOf(const Dictionary& row) {
+    std::string job = "Running";
+    switch (row.HasKey("task") ? static_cast<TaskCode>(row.Value("task").Int32Value())
+                               : TaskCode()) {
+    case TaskCode::Scanner:
+        job = "Scanning";
+        break;
+    case TaskCode::Defragmenter:
+        job = "Defragmenting";
+        break;
+    case TaskCode::Backup:
+        job = "Backing up";
+        break;
+    }
+    return job + " " + (row.HasKey("volume") ? row.Value("volume").StringValue() : "a disk");
+}
 } // namespace
 
 bool SleepNote::Event_Sleep(std::int32_t message) {
@@ -37,6 +61,17 @@ bool SleepNote::Event_Sleep(std::int32_t message) {
     if (!Module1.SleepOnAC)
         return IsRefusable(message);
     return false;
+}
+
+std::string SleepNote::WhatRuns() {
+    const Ref<Dictionary>& table = Window1::Instance().MyWindowEventList->MyDict;
+    std::string jobs;
+    const int count = table ? table->Count() : 0;
+    for (int index = 0; index < std::min(count, namedJobs); ++index) {
+        const Ref<Dictionary> row = table->Value(table->Key(index)).ObjectAs<Dictionary>();
+        jobs += (index == 0 ? "" : ", ") + JobOf(*Required(row));
+    }
+    return count > namedJobs ? jobs + " and " + Str(count - namedJobs) + " more" : jobs;
 }
 
 } // namespace kqu

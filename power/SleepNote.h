@@ -3,6 +3,7 @@
 #include "framework/events/SleepNotification.h"
 
 #include <cstdint>
+#include <string>
 
 namespace kqu {
 
@@ -12,6 +13,9 @@ class SleepNote : public SleepNotification {
   public:
     /// True if the program objects to the sleep, restart or power-off that `message` is about.
     bool Event_Sleep(std::int32_t message) override;
+
+    /// The jobs of the rows, for the list of what keeps the machine awake.
+    std::string WhatRuns() override;
 };
 
 } // namespace kqu

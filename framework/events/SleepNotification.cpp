@@ -6,6 +6,7 @@ namespace kqu {
 
 SleepNotification::SleepNotification()
     : listening_(Runtime::Current().Power().Listen(
-          [this](std::int32_t message) { return Event_Sleep(message); })) {}
+          [this](std::int32_t message) { return Event_Sleep(message); },
+          [this] { return WhatRuns(); })) {}
 
 } // namespace kqu

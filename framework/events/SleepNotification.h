@@ -4,6 +4,7 @@
 #include "platform/interfaces/Registration.h"
 
 #include <cstdint>
+#include <string>
 
 namespace kqu {
 
@@ -17,6 +18,9 @@ class SleepNotification : public Object {
 
     /// Given a power message, tells whether the listener objects.
     virtual bool Event_Sleep(std::int32_t message) = 0;
+
+    /// Names what runs, to be read by people; empty while nothing does.
+    virtual std::string WhatRuns() = 0;
 
   private:
     platform::Registration listening_;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 namespace kqu::platform {
 
@@ -12,12 +13,15 @@ class PowerMessages {
   public:
     /// Given a message, tells whether the listener objects to it.
     using Listener = std::function<bool(std::int32_t message)>;
+    /// Names what runs, for people who wonder what keeps the machine awake; empty while nothing
+    /// does, and then the listener has nothing to object to.
+    using Reason = std::function<std::string()>;
 
     virtual ~PowerMessages() = default;
 
     /// Each power message is delivered to `listener` from the event loop and its answer acted on;
-    /// never from within this call.
-    [[nodiscard]] virtual Registration Listen(Listener listener) = 0;
+    /// never from within this call. One listens at a time: the latest one to come.
+    [[nodiscard]] virtual Registration Listen(Listener listener, Reason reason) = 0;
 
     /// Something that the answer may depend on has changed: the listener is asked again soon.
     virtual void AnswerMayHaveChanged() = 0;

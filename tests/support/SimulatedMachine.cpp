@@ -53,8 +53,9 @@ void SimulatedCentre::Post(const std::string& name, const std::string& object, T
     Post(PostedNotification{name, object, std::move(userInfo)});
 }
 
-platform::Registration SimulatedPower::Listen(Listener listener) {
+platform::Registration SimulatedPower::Listen(Listener listener, Reason reason) {
     listener_ = std::move(listener);
+    reason_ = std::move(reason);
     return platform::Registration([this] { listener_ = nullptr; });
 }
 

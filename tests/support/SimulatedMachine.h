@@ -47,15 +47,20 @@ class SimulatedCentre final : public platform::NotificationCentre, public platfo
 /// The system's power messages, sent by the test.
 class SimulatedPower final : public platform::PowerMessages {
   public:
-    [[nodiscard]] platform::Registration Listen(Listener listener) override;
-    void AnswerMayHaveChanged() override {}
+    [[nodiscard]] platform::Registration Listen(Listener listener, Reason reason) override;
+    void AnswerMayHaveChanged() override { ++changes; }
 
     /// Whether the program objects to that message now.
     [[nodiscard]] bool Ask(std::uint32_t message) const;
     [[nodiscard]] bool IsListenedTo() const { return static_cast<bool>(listener_); }
+    /// What the program says that it runs.
+    [[nodiscard]] std::string WhatRuns() const { return reason_(); }
+    /// How often the program has said that its answer may have changed.
+    int changes = 0;
 
   private:
     Listener listener_;
+    Reason reason_;
 };
 
 /// A whole machine in memory on which lives of the program run in virtual time: its clock, windows,
