@@ -69,7 +69,7 @@ class Slice {
 };
 
 Ref<Picture> BuildStrip(int width, int height, const StripColumns& columns, const Slice& slice) {
-    const Ref<Picture> strip = NewPicture(width, height, pictureDepth);
+    Ref<Picture> strip = NewPicture(width, height, pictureDepth);
     slice.Sample(columns.middle);
     slice.Draw(*strip, 0, width);
     slice.Sample(columns.leftCap);
@@ -81,7 +81,7 @@ Ref<Picture> BuildStrip(int width, int height, const StripColumns& columns, cons
 }
 
 Ref<Picture> BuildTick(int height) {
-    const Ref<Picture> tick = NewPicture(tickWidth, height, pictureDepth);
+    Ref<Picture> tick = NewPicture(tickWidth, height, pictureDepth);
     tick->Graphics().DrawPicture(*Required(SmallProgress()), -tickColumn, 0);
     MaskOf(*tick).DrawPicture(*Required(SmallProgressMask()), -tickColumn, 0);
     return tick;

@@ -156,7 +156,7 @@ std::shared_ptr<const TextImage> TextLayout::Image(std::string_view text, int si
         line = &font.lines.Enter(std::string(text), {shaped.Width(), 0, nullptr}, 0, now);
     line->image = std::make_shared<TextImage>(MakeImage(shaped, font.size, colour));
     line->colour = colour;
-    const auto image = line->image;
+    auto image = line->image;
     font.lines.Grow(text, BytesOf(*image));
     return image;
 }

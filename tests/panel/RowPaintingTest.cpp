@@ -2,6 +2,7 @@
 #include "panel/Pictures.h"
 #include "panel/RowLayout.h"
 #include "platform/functions/Functions.h"
+#include "platform/functions/TextFunctions.h"
 #include "tests/support/Artwork.h"
 #include "tests/support/SimulatedMachine.h"
 
@@ -25,9 +26,35 @@ using Values = std::vector<std::pair<const char*, Variant>>;
 /// A line of text as it is expected to be drawn.
 struct Line {
     std::string text;
-    int left;
     int baseline;
 };
+
+Colour At(const Ref<Picture>& picture, int x, int y) {
+    return picture->Graphics().Pixel(x, y);
+}
+
+/// As drawn in a row.
+double WidthOf(const std::string& text) {
+    const Ref<Picture> picture = NewPicture(1, 1, 32);
+    picture->Graphics().SetTextSize(11);
+    return picture->Graphics().StringWidth(text);
+}
+
+/// Whether the lines, which begin at `left`, and nothing else stand to the right of `from` in their
+/// bands of the first row.
+void ExpectLines(const Ref<Picture>& canvas, int from, int left, const std::vector<Line>& lines) {
+    const Ref<Picture> expected = Picture::MakeBuffer(canvas->Width(), rowHeight);
+    expected->Graphics().SetTextSize(11);
+    expected->Graphics().SetForeColor(white);
+    expected->Graphics().FillRect(0, 0, canvas->Width(), rowHeight);
+    expected->Graphics().SetForeColor(ink);
+    for (const auto& [text, baseline] : lines)
+        expected->Graphics().DrawString(text, left, baseline);
+    for (const auto& [top, bottom] : {std::pair{5, 23}, {41, 72}})
+        for (int y = top; y < bottom; ++y)
+            for (int x = from; x < canvas->Width(); ++x)
+                ASSERT_EQ(At(canvas, x, y), At(expected, x, y)) << x << ", " << y;
+}
 
 class RowPaintingTest : public testing::Test {
   protected:
@@ -60,11 +87,24 @@ class RowPaintingTest : public testing::Test {
         return canvas;
     }
 
-    /// Texts stay as they are; what was asked for is kept.
-    void RecordShortenings() {
+    /// Paints one row whose texts stay as they are. An empty text is never asked to be shortened.
+    void ExpectRow(const Values& values, int left, const std::vector<Line>& lines,
+                   std::vector<Shortening> expected) {
+        SCOPED_TRACE(lines.front().text);
+        std::vector<Shortening> shortenings;
+        RecordShortenings(shortenings);
+        Clear();
+        AddRow(values);
+        ExpectLines(Paint(), left, left, lines);
+        std::erase_if(expected, [](const Shortening& asked) { return asked.first.empty(); });
+        EXPECT_EQ(shortenings, expected);
+        platform::RegisterTextFunctions(machine.functions);
+    }
+
+    void RecordShortenings(std::vector<Shortening>& shortenings) {
         machine.functions.Set<functions::TruncateThemeText>(
-            [this](std::string& text, std::uint16_t font, std::uint32_t state, std::int32_t width,
-                   std::uint32_t code, bool* truncated) {
+            [&](std::string& text, std::uint16_t font, std::uint32_t state, std::int32_t width,
+                std::uint32_t code, bool* truncated) {
                 EXPECT_EQ(font, 0);
                 EXPECT_EQ(state, 0U);
                 EXPECT_EQ(code, 0x4000U);
@@ -76,34 +116,7 @@ class RowPaintingTest : public testing::Test {
 
     Artwork artwork;
     SimulatedMachine machine;
-    std::vector<Shortening> shortenings;
 };
-
-Colour At(const Ref<Picture>& picture, int x, int y) {
-    return picture->Graphics().Pixel(x, y);
-}
-
-/// As drawn in a row.
-double WidthOf(const std::string& text) {
-    const Ref<Picture> picture = NewPicture(1, 1, 32);
-    picture->Graphics().SetTextSize(11);
-    return picture->Graphics().StringWidth(text);
-}
-
-/// Whether the lines, and nothing else, stand in their bands of the first row from `left` on.
-void ExpectLines(const Ref<Picture>& canvas, const std::vector<Line>& lines, int left) {
-    const Ref<Picture> expected = Picture::MakeBuffer(canvas->Width(), rowHeight);
-    expected->Graphics().SetTextSize(11);
-    expected->Graphics().SetForeColor(white);
-    expected->Graphics().FillRect(0, 0, canvas->Width(), rowHeight);
-    expected->Graphics().SetForeColor(ink);
-    for (const auto& [text, x, baseline] : lines)
-        expected->Graphics().DrawString(text, x, baseline);
-    for (const auto& [top, bottom] : {std::pair{5, 23}, {41, 72}})
-        for (int y = top; y < bottom; ++y)
-            for (int x = left; x < canvas->Width(); ++x)
-                ASSERT_EQ(At(canvas, x, y), At(expected, x, y)) << x << ", " << y;
-}
 
 TEST_F(RowPaintingTest, StripesAndSeparatorsFillTheList) {
     struct Case {
@@ -135,54 +148,41 @@ TEST_F(RowPaintingTest, StripesAndSeparatorsFillTheList) {
 }
 
 TEST_F(RowPaintingTest, BackupRowsShortenOnlyTheirDestination) {
+    // The limit of the destination is counted from the panel's width, everything else from the
+    // list's, which the scroll bar makes narrower.
     SetSizes(340, 329, 73);
-    const int icon = BackupToolBar_f()->Width();
-    const int left = 20 + icon;
-    const auto limit = [&](const std::string& label) {
-        return 340 - (64 + left + static_cast<int>(WidthOf(label) - 7.0));
-    };
-    struct Case {
-        Values values;
-        std::string destination;
-        std::string imageLabel;
-        std::string heading;
-    };
+    const int left = 20 + BackupToolBar_f()->Width();
     const std::string on = "To Image File on: ";
     const std::string file = "To Image File: ";
     const std::string plain = "Destination: ";
-    for (const auto& [values, destination, imageLabel, heading] :
-         {Case{{}, "unknown", on, plain + "unknown"},
-          {{{"destination", "Disk"}}, "Disk", on, plain + "Disk"},
+    struct Case {
+        Values values;
+        std::string destination, imageLabel, drawnLabel;
+    };
+    for (const auto& [values, destination, imageLabel, drawnLabel] :
+         {Case{{}, "unknown", on, plain},
           {{{"destination", ""}}, "", on, plain},
-          {{{"destination", "Disk"}, {"type", 4}}, "Disk", on, on + "Disk"},
-          {{{"destination", "Disk"}, {"type", 4.9}}, "Disk", on, on + "Disk"},
-          {{{"destination", "Disk"}, {"type", "4abc"}}, "Disk", on, on + "Disk"},
-          {{{"destination", "Disk"}, {"type", 3.99}}, "Disk", on, plain + "Disk"},
-          {{{"destination", "Disk"}, {"type", -4}}, "Disk", on, plain + "Disk"},
-          {{{"destination", "Disk"}, {"FolderBackup", false}}, "Disk", file, plain + "Disk"},
-          {{{"destination", "Disk"}, {"FolderBackup", true}, {"type", 4}},
-           "Disk",
-           file,
-           file + "Disk"}}) {
-        SCOPED_TRACE(heading);
-        Clear();
-        RecordShortenings();
-        shortenings.clear();
-        const auto row = AddRow(values);
-        row->SetValue("task", 6.0);
-        row->SetValue("Status", "Copying");
-        row->SetValue("volume", "Home");
-        const Ref<Picture> canvas = Paint();
-        std::vector<Shortening> expected = {
-            {destination, limit(imageLabel)}, {"Status: Copying", 299}, {"Backing up: Home", 299}};
-        if (destination.empty())
-            expected.erase(expected.begin());
-        EXPECT_EQ(shortenings, expected);
-        ExpectLines(
-            canvas,
-            {{"Backing up: Home", left, 18}, {heading, left, 50}, {"Status: Copying", left, 65}},
-            left);
+          {{{"destination", "Disk"}}, "Disk", on, plain},
+          {{{"destination", "Disk"}, {"type", 4}}, "Disk", on, on},
+          {{{"destination", "Disk"}, {"type", 4.9}}, "Disk", on, on},
+          {{{"destination", "Disk"}, {"type", "4abc"}}, "Disk", on, on},
+          {{{"destination", "Disk"}, {"type", 3.99}}, "Disk", on, plain},
+          {{{"destination", "Disk"}, {"type", -4}}, "Disk", on, plain},
+          {{{"destination", "Disk"}, {"FolderBackup", false}}, "Disk", file, plain},
+          {{{"destination", "Disk"}, {"FolderBackup", true}, {"type", 4}}, "Disk", file, file}}) {
+        Values row = values;
+        row.insert(row.end(), {{"task", 6.0}, {"Status", "Copying"}, {"volume", "Home"}});
+        const int allowance = static_cast<int>(WidthOf(imageLabel) - 7.0);
+        ExpectRow(
+            row, left,
+            {{"Backing up: Home", 18}, {drawnLabel + destination, 50}, {"Status: Copying", 65}},
+            {{destination, 340 - (64 + left + allowance)},
+             {"Status: Copying", 299},
+             {"Backing up: Home", 299}});
     }
+    AddRow({{"task", 6}, {"progress", 500.0}});
+    Paint();
+    EXPECT_EQ(List().WhitePict->Width(), 329 - 10 - left);
 }
 
 TEST_F(RowPaintingTest, ScannerRowsAreWordedByTheTextOfTheirType) {
@@ -192,60 +192,35 @@ TEST_F(RowPaintingTest, ScannerRowsAreWordedByTheTextOfTheirType) {
         Variant type;
         std::string heading, prefix;
     };
-    for (const auto& [type, heading, prefix] : {Case{"0", "Scanning File Sectors...", "File: "},
-                                                {0.0, "Scanning File Sectors...", "File: "},
-                                                {0, "Scanning File Sectors...", "File: "},
-                                                {"00", "Scanning Volume Sectors...", "Sector: "},
-                                                {"0.0", "Scanning Volume Sectors...", "Sector: "},
-                                                {" 0", "Scanning Volume Sectors...", "Sector: "},
-                                                {"", "Scanning Volume Sectors...", "Sector: "},
-                                                {1.0, "Scanning Volume Sectors...", "Sector: "},
+    const std::string files = "Scanning File Sectors...";
+    const std::string volume = "Scanning Volume Sectors...";
+    for (const auto& [type, heading, prefix] : {Case{"0", files, "File: "},
+                                                {0.0, files, "File: "},
+                                                {0, files, "File: "},
+                                                {"00", volume, "Sector: "},
+                                                {"0.0", volume, "Sector: "},
+                                                {" 0", volume, "Sector: "},
+                                                {"", volume, "Sector: "},
+                                                {1.0, volume, "Sector: "},
                                                 {Variant(), "Scanning Sectors...", "Item: "}}) {
-        SCOPED_TRACE(type.StringValue());
-        Clear();
-        RecordShortenings();
-        shortenings.clear();
-        const auto row = AddRow({{"task", 1}});
+        Values row = {{"task", 1}};
         if (!type.IsNil())
-            row->SetValue("type", type);
-        ExpectLines(Paint(), {{heading, left, 50}}, left);
-        EXPECT_TRUE(shortenings.empty());
-        row->SetValue("Status", "7 <b>&amp;\n9");
-        row->SetValue("volume", "Data");
-        ExpectLines(
-            Paint(),
-            {{heading, left, 50}, {prefix + "7 <b>&amp; 9", left, 65}, {"Volume: Data", left, 18}},
-            left);
-        EXPECT_EQ(shortenings, (std::vector<Shortening>{{prefix + "7 <b>&amp;\n9", 310},
-                                                        {"Volume: Data", 310}}));
+            row.emplace_back("type", type);
+        ExpectRow(row, left, {{heading, 50}}, {});
+        row.insert(row.end(), {{"Status", "7 <b>&amp;\n9"}, {"volume", "Data"}});
+        ExpectRow(row, left, {{heading, 50}, {prefix + "7 <b>&amp; 9", 65}, {"Volume: Data", 18}},
+                  {{prefix + "7 <b>&amp;\n9", 310}, {"Volume: Data", 310}});
     }
 }
 
 TEST_F(RowPaintingTest, DefragmenterRowsUseTheirTextsBare) {
     SetSizes(340, 340, 73);
     const int left = 20 + NewDefragToolBar_f()->Width();
-    for (const char* heading : {"Moving extents", ""}) {
-        Clear();
-        RecordShortenings();
-        shortenings.clear();
-        AddRow({{"task", 2u},
-                {"fileprogress", heading},
-                {"Status", "File: a.txt"},
-                {"volume", "Data"}});
-        ExpectLines(Paint(),
-                    {{heading, left, 50}, {"File: a.txt", left, 65}, {"Volume: Data", left, 18}},
-                    left);
-        std::vector<Shortening> expected = {
-            {heading, 265}, {"File: a.txt", 310}, {"Volume: Data", 310}};
-        if (std::string(heading).empty())
-            expected.erase(expected.begin());
-        EXPECT_EQ(shortenings, expected);
-    }
-    Clear();
-    shortenings.clear();
-    AddRow({{"task", "2"}});
-    ExpectLines(Paint(), {{"Defragging Files...", left, 50}}, left);
-    EXPECT_EQ(shortenings, (std::vector<Shortening>{{"Defragging Files...", 265}}));
+    for (const char* heading : {"Moving extents", ""})
+        ExpectRow({{"task", 2U}, {"fileprogress", heading}, {"Status", "File: a"}, {"volume", "D"}},
+                  left, {{heading, 50}, {"File: a", 65}, {"Volume: D", 18}},
+                  {{heading, 265}, {"File: a", 310}, {"Volume: D", 310}});
+    ExpectRow({{"task", "2"}}, left, {{"Defragging Files...", 50}}, {{"Defragging Files...", 265}});
 }
 
 TEST_F(RowPaintingTest, IconsFollowFlavourAndKindTheSlotTheReferencePicture) {
@@ -318,7 +293,7 @@ TEST_F(RowPaintingTest, ProgressAndBadgeBelongToEveryRecord) {
         EXPECT_EQ(counted, filled) << percent;
         EXPECT_EQ(At(canvas, 100, 24), white);
         EXPECT_EQ(At(canvas, 100, 31), white);
-        ExpectLines(canvas, {{percent, 330 - static_cast<int>(WidthOf(percent)), 50}}, 0);
+        ExpectLines(canvas, 0, 330 - static_cast<int>(WidthOf(percent)), {{percent, 50}});
     }
     struct Badge {
         const char* extra;
@@ -341,19 +316,6 @@ TEST_F(RowPaintingTest, ProgressAndBadgeBelongToEveryRecord) {
                 ASSERT_EQ(At(canvas, x, y), inside ? RGB(101, 124, 157) : white) << x << ", " << y;
             }
     }
-}
-
-TEST_F(RowPaintingTest, WidthsOfPanelAndListAreKeptApart) {
-    AddRow({{"task", 6}, {"destination", "somewhere"}, {"progress", 500.0}});
-    RecordShortenings();
-    SetSizes(340, 340, 73);
-    Paint();
-    const int wide = List().WhitePict->Width();
-    SetSizes(340, 329, 73);
-    Paint();
-    EXPECT_EQ(List().WhitePict->Width(), wide - 11);
-    ASSERT_EQ(shortenings.size(), 2U);
-    EXPECT_EQ(shortenings[0], shortenings[1]);
 }
 
 TEST_F(RowPaintingTest, NothingIsPaintedFromANilRecordAndEverythingFromTheOthers) {
