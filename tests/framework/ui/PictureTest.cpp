@@ -291,6 +291,7 @@ TEST(Picture, RecordedDrawingShowsTheSamePixelsAsDirectDrawing) {
         // Too large to be given pixels of its own after being looked at.
         const std::vector<Ref<Picture>> targets = Canvases(340, 300);
         const Ref<Picture> shown = Picture::MakeBuffer(200, 100);
+        shown->Graphics().FillRect(0, 0, 200, 100);
         RandomDrawing drawing(seed);
         for (int step = 0; step < 25; ++step)
             drawing.Draw(targets);
@@ -301,6 +302,23 @@ TEST(Picture, RecordedDrawingShowsTheSamePixelsAsDirectDrawing) {
                           targets[0]->Graphics().Pixel(x + 60, y + 90))
                     << "seed " << seed << " at " << x << ", " << y;
         EXPECT_EQ(targets[1]->Graphics().Pixel(7, 290), targets[0]->Graphics().Pixel(7, 290));
+    }
+}
+
+TEST(Picture, WhatNobodyPaintedIsWhiteHoweverDeepItLies) {
+    for (const int depth : {0, 1, 20000}) {
+        Ref<Picture> picture = NewPicture(300, 300, 32);
+        picture->Graphics().FillRect(100, 0, 200, 300);
+        for (int i = 0; i < depth; ++i) {
+            const Ref<Picture> next = NewPicture(300, 300, 32);
+            next->Graphics().DrawPicture(*picture, 0, 0);
+            picture = next;
+        }
+        const Ref<Picture> shown = Picture::MakeBuffer(300, 300);
+        shown->Graphics().FillRect(0, 0, 300, 300);
+        shown->Graphics().DrawPicture(*picture, 0, 0);
+        EXPECT_EQ(shown->Graphics().Pixel(99, 150), white) << depth;
+        EXPECT_EQ(shown->Graphics().Pixel(100, 150), black) << depth;
     }
 }
 
