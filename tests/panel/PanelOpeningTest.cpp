@@ -58,10 +58,10 @@ TEST(PanelOpening, RunsItsStepsInOrderWithTheFlagLast) {
     // The title of the layout, with its leading blank, is never told to anybody; the place comes
     // before the sizing, which brings 185 lines to the 73 of one row, by the window's property and
     // by the platform's own request; both take effect as one.
-    EXPECT_EQ(calls,
-              (std::vector<std::string>{"make", "attributes 8388608 0", "attributes 6 0",
-                                        "position 0 42", "position 470 42", "size 340 73",
-                                        "title Brackwater Scheduled Task", "alpha 0", "show"}));
+    EXPECT_EQ(calls, (std::vector<std::string>{"make", "attributes 8388608 0", "attributes 6 0",
+                                               "position 0 42", "position 470 42", "size 340 73",
+                                               "size 340 73", "title Brackwater Scheduled Task",
+                                               "alpha 0", "show"}));
     EXPECT_TRUE(machine.Panel().startupdone);
     EXPECT_EQ(machine.Panel().MyDragPict->Width(), Grow()->Width());
     EXPECT_EQ(machine.Panel().kCFDefragFileNameKey->Text(), "FileName");
