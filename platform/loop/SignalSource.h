@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/interfaces/EventSource.h"
+
+#include <array>
+#include <csignal>
+#include <functional>
+
+namespace kqu::platform {
+
+/// SIGTERM and SIGINT as deliveries of the event loop, and peace from SIGPIPE: a server that dies
+/// while it is written to is an error of that write and nothing more.
+///
+/// SIGPIPE gets a handler that does nothing, not SIG_IGN, which the commands that the program
+/// starts would inherit; for the same reason the signal mask stays untouched. System calls are
+/// started again after the signals, so that a read in the middle of a stream is not cut short.
+/// There is at most one at a time; the former handlers come back when it goes.
+class SignalSource final : public EventSource {
+  public:
+    /// `terminate` is posted for each wake-up with at least one request to terminate. Raises
+    /// std::system_error if the kernel gives no descriptor.
+    explicit SignalSource(std::function<void()> terminate);
+    ~SignalSource() override;
+    SignalSource(const SignalSource&) = delete;
+    SignalSource& operator=(const SignalSource&) = delete;
+
+    [[nodiscard]] pollfd Watch() const override;
+    bool Collect(EventQueue& queue) override;
+
+  private:
+    static constexpr std::array signals{SIGTERM, SIGINT, SIGPIPE};
+
+    std::function<void()> terminate_;
+    std::array<struct sigaction, signals.size()> former_{};
+};
+
+} // namespace kqu::platform

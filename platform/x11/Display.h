@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/CDeleter.h"
+#include "platform/interfaces/NativeWindow.h"
+#include "platform/x11/Atoms.h"
+#include "platform/x11/PixelFormat.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+#include <xcb/xcb.h>
+
+namespace kqu::platform {
+
+/// A connection to the X server, with what is fixed for as long as it lives: the screen, the visual
+/// of our windows, the atoms. Everything stays safe to call when the server has gone: requests
+/// vanish and questions get no answer.
+class Display {
+  public:
+    /// The display that the environment names; nil when it can't be opened or has no visual in
+    /// which colours can be given as they are.
+    [[nodiscard]] static std::unique_ptr<Display> Open();
+
+    [[nodiscard]] xcb_connection_t* Connection() const { return connection_.get(); }
+    [[nodiscard]] bool IsLost() const;
+    void Flush() const;
+
+    [[nodiscard]] const xcb_screen_t& Screen() const { return *screen_; }
+    [[nodiscard]] xcb_window_t Root() const { return screen_->root; }
+    [[nodiscard]] xcb_visualid_t Visual() const { return visual_; }
+    [[nodiscard]] xcb_colormap_t Colormap() const { return colormap_; }
+    [[nodiscard]] const PixelFormat& Format() const { return *format_; }
+    [[nodiscard]] xcb_atom_t Atom(AtomName name) const { return (*atoms_)[name]; }
+    /// The most bytes that one request may have.
+    [[nodiscard]] std::size_t LongestRequest() const;
+
+    void SetWords(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+                  std::span<const std::uint32_t> words) const;
+    void SetText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+                 std::string_view text) const;
+    void DeleteProperty(xcb_window_t window, xcb_atom_t property) const;
+    /// The 32-bit items of a property, in one round trip; nothing if it is absent or of another
+    /// type.
+    [[nodiscard]] std::vector<std::uint32_t> Words(xcb_window_t window, xcb_atom_t property,
+                                                   xcb_atom_t type) const;
+    /// Sends a client message on `window` to whoever manages the root window, as EWMH has it.
+    void SendToManager(xcb_window_t window, AtomName type,
+                       const std::array<std::uint32_t, 5>& words) const;
+    /// Where the window's top left is on the root window, in one round trip.
+    [[nodiscard]] std::optional<Point> OriginOnRoot(xcb_window_t window) const;
+
+  private:
+    using Connected = CPointer<xcb_connection_t, xcb_disconnect>;
+
+    Display(Connected connection, int screenNumber);
+    [[nodiscard]] const xcb_visualtype_t* ChooseVisual();
+
+    Connected connection_;
+    const xcb_screen_t* screen_ = nullptr;
+    std::optional<Atoms> atoms_;
+    std::optional<PixelFormat> format_;
+    std::uint8_t depth_ = 0;
+    xcb_visualid_t visual_ = 0;
+    xcb_colormap_t colormap_ = 0;
+};
+
+} // namespace kqu::platform

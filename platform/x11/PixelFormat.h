@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <xcb/xcb.h>
+
+namespace kqu::platform {
+
+/// How the server wants the pixels of a window: the layout of a line in a Z-format image, and the
+/// place of the colours in a pixel.
+struct PixelFormat {
+    std::uint8_t depth = 0;
+    std::size_t bitsPerPixel = 0;
+    std::size_t linePad = 0;
+    bool mostSignificantFirst = false;
+    std::uint32_t redMask = 0;
+    std::uint32_t greenMask = 0;
+    std::uint32_t blueMask = 0;
+
+    /// The format of a TrueColor visual of that depth on this connection.
+    PixelFormat(const xcb_setup_t& setup, std::uint8_t visualDepth, const xcb_visualtype_t& visual);
+
+    /// Whether pixels of 16, 24 or 32 bits can be made.
+    [[nodiscard]] bool IsUsable() const;
+    /// Whether a line is made of 0x00RRGGBB words in the machine's byte order, just as it comes.
+    [[nodiscard]] bool IsNative() const;
+    /// The bytes of a line, its padding included.
+    [[nodiscard]] std::size_t LineBytes(std::size_t width) const;
+    /// Writes a line of 0x00RRGGBB pixels; `line` has LineBytes of room.
+    void Convert(std::span<const std::uint32_t> pixels, std::span<std::byte> line) const;
+    /// One 0x00RRGGBB colour as a pixel value of the server.
+    [[nodiscard]] std::uint32_t PixelOf(std::uint32_t colour) const;
+};
+
+} // namespace kqu::platform

@@ -1,0 +1,51 @@
+#include "platform/x11/PointerState.h"
+
+#include "platform/CDeleter.h"
+
+#include <cstdlib>
+#include <poll.h>
+#include <utility>
+#include <xcb/xcbext.h>
+
+namespace kqu::platform {
+
+namespace {
+constexpr int patienceInMilliseconds = 50;
+}
+
+Point PointerState::OnRoot() {
+    Refresh();
+    return onRoot_;
+}
+
+bool PointerState::PrimaryButtonDown() {
+    Refresh();
+    return buttonDown_;
+}
+
+void PointerState::Refresh() {
+    if (std::exchange(isFresh_, true) || (asked_ != 0 && !TakeAnswer()))
+        return;
+    asked_ = xcb_query_pointer(display_.Connection(), display_.Root()).sequence;
+    display_.Flush();
+    // What arrives first may be events; each lets the wait begin anew, for they are few.
+    pollfd answer{xcb_get_file_descriptor(display_.Connection()), POLLIN, 0};
+    while (!TakeAnswer() && poll(&answer, 1, patienceInMilliseconds) > 0) {
+    }
+}
+
+bool PointerState::TakeAnswer() {
+    void* answer = nullptr;
+    if (xcb_poll_for_reply(display_.Connection(), asked_, &answer, nullptr) == 0)
+        return false;
+    asked_ = 0;
+    const CPointer<xcb_query_pointer_reply_t, std::free> reply(
+        static_cast<xcb_query_pointer_reply_t*>(answer));
+    if (reply) {
+        onRoot_ = {reply->root_x, reply->root_y};
+        buttonDown_ = (reply->mask & XCB_KEY_BUT_MASK_BUTTON_1) != 0;
+    }
+    return true;
+}
+
+} // namespace kqu::platform

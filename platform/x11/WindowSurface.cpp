@@ -1,0 +1,160 @@
+#include "platform/x11/WindowSurface.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace kqu::platform {
+
+namespace {
+/// Keeps single requests far below what the socket holds, whatever the server would take.
+constexpr std::size_t longestStrip = std::size_t{128} * 1024;
+constexpr std::size_t requestHeader = 32;
+/// What every server takes.
+constexpr std::size_t shortestLimit = 4096;
+constexpr std::uint32_t colourBits = 0xFFFFFF;
+constexpr std::uint32_t white = 0xFFFFFF;
+
+std::span<const std::uint32_t> LineOf(const Frame& frame, int line, int width) {
+    return {frame.pixels + static_cast<std::ptrdiff_t>(line) * frame.stride,
+            static_cast<std::size_t>(width)};
+}
+
+/// 64 bits that differ for lines that differ, but for one chance in 2^64.
+std::uint64_t Fingerprint(std::span<const std::uint32_t> line) {
+    constexpr std::uint64_t odd = 0x9E3779B97F4A7C15;
+    std::uint64_t mixed = line.size();
+    const auto mix = [&](std::uint64_t value) {
+        mixed = (mixed ^ value) * odd;
+        mixed ^= mixed >> 29;
+    };
+    std::size_t index = 0;
+    for (; index + 2 <= line.size(); index += 2)
+        mix(std::uint64_t{line[index] & colourBits} << 32 | (line[index + 1] & colourBits));
+    if (index < line.size())
+        mix(line[index] & colourBits);
+    return mixed;
+}
+} // namespace
+
+WindowSurface::WindowSurface(const Display& display, xcb_window_t window)
+    : display_(display), window_(window), context_(xcb_generate_id(display.Connection())) {
+    const std::uint32_t noExposures = 0;
+    xcb_create_gc(display_.Connection(), context_, window_, XCB_GC_GRAPHICS_EXPOSURES,
+                  &noExposures);
+}
+
+WindowSurface::~WindowSurface() {
+    if (pixmap_ != 0)
+        xcb_free_pixmap(display_.Connection(), pixmap_);
+    xcb_free_gc(display_.Connection(), context_);
+}
+
+void WindowSurface::Rebuild(Size extent, const Frame& frame) {
+    const xcb_pixmap_t former = pixmap_;
+    pixmap_ = xcb_generate_id(display_.Connection());
+    extent_ = extent;
+    xcb_create_pixmap(display_.Connection(), display_.Format().depth, pixmap_, window_,
+                      static_cast<std::uint16_t>(extent.width),
+                      static_cast<std::uint16_t>(extent.height));
+    framed_ = {std::min(frame.width, extent.width), std::min(frame.height, extent.height)};
+    if (framed_ != extent)
+        Fill(pixmap_, extent);
+    fingerprints_.resize(static_cast<std::size_t>(std::max(framed_.height, 0)));
+    for (int line = 0; line < framed_.height; ++line)
+        fingerprints_[static_cast<std::size_t>(line)] =
+            Fingerprint(LineOf(frame, line, framed_.width));
+    Put(frame, {0, framed_.height});
+    MakeBackground();
+    if (former != 0)
+        xcb_free_pixmap(display_.Connection(), former);
+}
+
+void WindowSurface::Fill(xcb_pixmap_t pixmap, Size extent) const {
+    const std::uint32_t colour = display_.Format().PixelOf(white);
+    xcb_change_gc(display_.Connection(), context_, XCB_GC_FOREGROUND, &colour);
+    const xcb_rectangle_t whole{0, 0, static_cast<std::uint16_t>(extent.width),
+                                static_cast<std::uint16_t>(extent.height)};
+    xcb_poly_fill_rectangle(display_.Connection(), pixmap, context_, 1, &whole);
+}
+
+void WindowSurface::Update(const Rect& area, const Frame& frame) {
+    if (framed_ !=
+        Size{std::min(frame.width, extent_.width), std::min(frame.height, extent_.height)}) {
+        Rebuild(extent_, frame);
+        Repaint();
+        return;
+    }
+    const Rect within = Intersection(area, {0, 0, framed_.width, framed_.height});
+    Lines changed{framed_.height, 0};
+    Lines run{within.y, within.y};
+    for (int line = within.y; line < within.y + within.height; ++line) {
+        if (!HasChanged(frame, line)) {
+            Put(frame, run);
+            run.first = line + 1;
+        } else {
+            changed = {std::min(changed.first, line), line + 1};
+        }
+        run.last = line + 1;
+    }
+    Put(frame, run);
+    if (changed.first >= changed.last)
+        return;
+    MakeBackground();
+    xcb_clear_area(display_.Connection(), 0, window_, 0, static_cast<std::int16_t>(changed.first),
+                   static_cast<std::uint16_t>(framed_.width),
+                   static_cast<std::uint16_t>(changed.last - changed.first));
+}
+
+bool WindowSurface::HasChanged(const Frame& frame, int line) {
+    // The whole line, since that is what the fingerprint stands for.
+    const std::uint64_t print = Fingerprint(LineOf(frame, line, framed_.width));
+    return std::exchange(fingerprints_[static_cast<std::size_t>(line)], print) != print;
+}
+
+void WindowSurface::Repaint() const {
+    xcb_clear_area(display_.Connection(), 0, window_, 0, 0, 0, 0);
+}
+
+void WindowSurface::Put(const Frame& frame, Lines lines) {
+    if (framed_.width <= 0)
+        return;
+    const std::size_t lineBytes =
+        display_.Format().LineBytes(static_cast<std::size_t>(framed_.width));
+    const std::size_t room =
+        std::clamp(display_.LongestRequest(), shortestLimit, longestStrip) - requestHeader;
+    const int linesAtOnce = static_cast<int>(std::max<std::size_t>(room / lineBytes, 1));
+    for (int line = lines.first; line < lines.last; line += linesAtOnce) {
+        const Lines strip{line, std::min(line + linesAtOnce, lines.last)};
+        const std::span<const std::byte> bytes = BytesOf(frame, strip);
+        xcb_put_image(display_.Connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, context_,
+                      static_cast<std::uint16_t>(framed_.width),
+                      static_cast<std::uint16_t>(strip.last - strip.first), 0,
+                      static_cast<std::int16_t>(strip.first), 0, display_.Format().depth,
+                      static_cast<std::uint32_t>(bytes.size()),
+                      reinterpret_cast<const std::uint8_t*>(bytes.data()));
+    }
+}
+
+std::span<const std::byte> WindowSurface::BytesOf(const Frame& frame, Lines lines) {
+    const auto count = static_cast<std::size_t>(lines.last - lines.first);
+    if (display_.Format().IsNative() && frame.stride == framed_.width)
+        return std::as_bytes(std::span(LineOf(frame, lines.first, framed_.width).data(),
+                                       count * static_cast<std::size_t>(framed_.width)));
+    const std::size_t lineBytes =
+        display_.Format().LineBytes(static_cast<std::size_t>(framed_.width));
+    converted_.resize(lineBytes * count);
+    std::span<std::byte> left(converted_);
+    for (int line = lines.first; line < lines.last; ++line) {
+        display_.Format().Convert(LineOf(frame, line, framed_.width), left.first(lineBytes));
+        left = left.subspan(lineBytes);
+    }
+    return converted_;
+}
+
+void WindowSurface::MakeBackground() const {
+    // What is drawn into a pixmap after it was made a background need not be seen.
+    xcb_change_window_attributes(display_.Connection(), window_, XCB_CW_BACK_PIXMAP, &pixmap_);
+}
+
+} // namespace kqu::platform

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/interfaces/NativeWindow.h"
+#include "platform/x11/Display.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace kqu::platform {
+
+/// A window's finished pixels on the server's side: a pixmap that is the window's background. So
+/// the server paints exposed, mapped and resized areas by itself, at once and complete, and nobody
+/// ever sees a half-drawn frame or has to redraw one.
+class WindowSurface {
+  public:
+    WindowSurface(const Display& display, xcb_window_t window);
+    ~WindowSurface();
+    WindowSurface(const WindowSurface&) = delete;
+    WindowSurface& operator=(const WindowSurface&) = delete;
+
+    [[nodiscard]] Size Extent() const { return extent_; }
+
+    /// Makes a pixmap of that size the background, filled from the frame; white where the frame
+    /// does not reach. The window shows it when the server next paints it.
+    void Rebuild(Size extent, const Frame& frame);
+    /// Takes the lines of the area over from the frame, as far as they have changed, and shows
+    /// them.
+    void Update(const Rect& area, const Frame& frame);
+    /// Has the server paint the whole window.
+    void Repaint() const;
+
+  private:
+    /// Lines of the frame, from the first up to and without the last.
+    struct Lines {
+        int first;
+        int last;
+    };
+
+    void Fill(xcb_pixmap_t pixmap, Size extent) const;
+    void Put(const Frame& frame, Lines lines);
+    /// The lines as the server wants them, valid until the next call.
+    [[nodiscard]] std::span<const std::byte> BytesOf(const Frame& frame, Lines lines);
+    [[nodiscard]] bool HasChanged(const Frame& frame, int line);
+    void MakeBackground() const;
+
+    const Display& display_;
+    xcb_window_t window_;
+    xcb_gcontext_t context_;
+    xcb_pixmap_t pixmap_ = 0;
+    Size extent_;
+    /// The part of the pixmap that shows the frame, and a fingerprint of each of its lines.
+    Size framed_;
+    std::vector<std::uint64_t> fingerprints_;
+    std::vector<std::byte> converted_;
+};
+
+} // namespace kqu::platform

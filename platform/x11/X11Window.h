@@ -1,0 +1,171 @@
+#pragma once
+
+#include "platform/interfaces/NativeWindow.h"
+#include "platform/interfaces/Waiting.h"
+#include "platform/x11/Display.h"
+#include "platform/x11/EchoFilter.h"
+#include "platform/x11/PointArithmetic.h"
+#include "platform/x11/WindowHints.h"
+#include "platform/x11/WindowSurface.h"
+#include "platform/x11/X11Event.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kqu::platform {
+
+class X11WindowSystem;
+
+/// A top-level window on the X server. Its methods stand by subject in X11Window.cpp (changes and
+/// Commit), X11WindowMapping.cpp, X11WindowGeometry.cpp, X11WindowInput.cpp and
+/// X11WindowDragging.cpp.
+///
+/// It is mapped exactly while it is shown and not transparent. Places are kept on the root window,
+/// told and taken on the desktop, whose origin is the main screen's top left.
+class X11Window final : public NativeWindow {
+  public:
+    X11Window(X11WindowSystem& system, const Display& display, const NativeWindowSettings& settings,
+              NativeWindowOwner& owner);
+    ~X11Window() override;
+    X11Window(const X11Window&) = delete;
+    X11Window& operator=(const X11Window&) = delete;
+
+    void SetTitle(std::string_view title) override;
+    void SetPosition(Point onDesktop) override { wanted_ = {onDesktop, wanted_.size}; }
+    void SetSize(Size size) override;
+    void ChangeAttributes(std::uint32_t set, std::uint32_t clear) override;
+    void SetAlpha(float alpha) override;
+    void Show() override { isShown_ = true; }
+    void Hide() override { isShown_ = false; }
+    [[nodiscard]] bool IsCollapsed() override { return isIconic_ || isHidden_; }
+    void UpdateDockTile() override { iconWanted_ = true; }
+    void BeginDrag(Point start) override;
+    void Present(const Rect& changed) override;
+    void Commit() override;
+
+    [[nodiscard]] xcb_window_t Id() const { return id_.value; }
+    /// One event of this window, from the event loop.
+    void Handle(const X11Event& event);
+    void ScreensChanged();
+    /// When HandleDue is to be called.
+    [[nodiscard]] std::optional<Moment> Due() const;
+    /// True, once, if that moment has come; HandleDue then has to follow.
+    [[nodiscard]] bool TakeDue(Moment now);
+    void HandleDue();
+
+  private:
+    enum class Mapping { Withdrawn, Up, Withdrawing };
+
+    /// The window on the server; made before all that needs its id, destroyed behind it.
+    struct ServerWindow {
+        ServerWindow(const Display& onDisplay, const Rect& onRoot);
+        ~ServerWindow();
+        ServerWindow(const ServerWindow&) = delete;
+        ServerWindow& operator=(const ServerWindow&) = delete;
+        const Display& display;
+        xcb_window_t value;
+    };
+
+    struct Wanted {
+        Point onDesktop;
+        Size size;
+    };
+
+    struct Drag {
+        Point pointerAtStart;
+        Point placeAtStart;
+    };
+
+    // Changes that wait for Commit.
+    void CommitProperties();
+    void CommitContent();
+    void CommitIcon();
+
+    // Mapping.
+    void Map();
+    void Withdraw(Moment now);
+    void FinishWithdrawing();
+    void OnMapped();
+    void OnUnmapped();
+    void OnProperty(xcb_atom_t property);
+
+    // Geometry.
+    [[nodiscard]] Rect WantedOnRoot() const;
+    void CommitGeometry(Moment now);
+    void Configure(const Rect& onRoot, std::uint16_t which) const;
+    void OnConfigured(const X11Event& event);
+    [[nodiscard]] bool CheckPlace(Moment now);
+    [[nodiscard]] bool TakePlace(Point onRoot, Moment now);
+    [[nodiscard]] bool TakeSize(Size size, Moment now);
+    [[nodiscard]] bool SettleGeometry(Moment now);
+    void TellContent();
+    void RepaintAfterResize();
+
+    // Input.
+    void OnPress(const xcb_button_press_event_t& press);
+    void TakeHold(Point contentOnRoot);
+    void OnRelease(const xcb_button_release_event_t& release);
+    void OnMotion(const xcb_motion_notify_event_t& motion);
+    void OnMessage(const xcb_client_message_event_t& message);
+    void EndPress(Point inContent);
+
+    // Dragging.
+    [[nodiscard]] bool ManagerMovesWindows() const;
+    void HandDragOver(Point startOnRoot);
+    void CancelHandedOverDrag(Point pointer);
+    void DragTo(Point pointer);
+
+    X11WindowSystem& system_;
+    const Display& display_;
+    NativeWindowOwner& owner_;
+    const NativeWindowSettings settings_;
+    /// Expires with the window: a handler may drop it.
+    const std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
+
+    // What the owner wants.
+    Wanted wanted_;
+    std::optional<std::string> newTitle_;
+    std::string title_;
+    std::uint32_t attributes_ = 0;
+    float alpha_ = 1.0F;
+    bool isShown_ = false;
+    Rect changed_;
+    bool iconWanted_ = false;
+
+    // What the server has.
+    ServerWindow id_;
+    WindowHints hints_;
+    WindowSurface surface_;
+    EchoFilter<Point> place_;
+    EchoFilter<Size> size_;
+    std::uint32_t knownAttributes_ = 0;
+    float knownAlpha_ = 1.0F;
+    bool hasNewContentForIcon_ = true;
+
+    // Where it stands with the window manager.
+    Mapping mapping_ = Mapping::Withdrawn;
+    bool wantsToBeUp_ = false;
+    bool awaitsMap_ = false;
+    bool answersMap_ = false;
+    bool isManaged_ = false;
+    bool isIconic_ = false;
+    bool isHidden_ = false;
+    xcb_window_t parent_;
+    Moment withdrawnAtLatest_{};
+    std::optional<Moment> repaintAt_;
+    std::optional<Moment> placeCheckAt_;
+    bool duePosted_ = false;
+
+    // The user's hand.
+    bool isPressed_ = false;
+    bool releaseOwed_ = false;
+    bool handedOver_ = false;
+    xcb_timestamp_t pressTime_ = 0;
+    Point pointerTold_;
+    std::optional<Drag> drag_;
+};
+
+} // namespace kqu::platform

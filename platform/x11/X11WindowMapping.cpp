@@ -1,0 +1,107 @@
+#include "platform/x11/X11Window.h"
+#include "platform/x11/X11WindowSystem.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <utility>
+#include <xcb/xcb_icccm.h>
+
+// When the window is on the screen, and what its window manager makes of that. Withdrawing is more
+// than unmapping: the manager lets go of the window, takes its frame away and forgets all about it
+// (ICCCM 4.1.4), so each map is like the first.
+
+namespace kqu::platform {
+
+namespace {
+/// How long a manager may take over letting go of a window.
+constexpr std::chrono::milliseconds withdrawalLimit{500};
+/// How long after a map the place that the manager gives the window is its answer to that map.
+constexpr std::chrono::milliseconds mapAnswerTime{250};
+} // namespace
+
+void X11Window::Map() {
+    const Rect content = WantedOnRoot();
+    surface_.Rebuild(content.Extent(), owner_.CurrentFrame());
+    changed_ = {};
+    hints_.WriteWishes();
+    hints_.WriteAttributes(attributes_);
+    hints_.WritePlaceAndSize(content);
+    Configure(content, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
+                           XCB_CONFIG_WINDOW_HEIGHT);
+    if (settings_.globalFloating) {
+        // For a desktop without a manager; one that is there goes by the state.
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(display_.Connection(), id_.value, XCB_CONFIG_WINDOW_STACK_MODE,
+                             &above);
+    }
+    place_.Assume(content.Origin());
+    xcb_map_window(display_.Connection(), id_.value);
+    mapping_ = Mapping::Up;
+    awaitsMap_ = true;
+    answersMap_ = true;
+    placeCheckAt_.reset();
+}
+
+void X11Window::Withdraw(Moment now) {
+    xcb_unmap_window(display_.Connection(), id_.value);
+    xcb_unmap_notify_event_t unmapped{};
+    unmapped.response_type = XCB_UNMAP_NOTIFY;
+    unmapped.event = display_.Root();
+    unmapped.window = id_.value;
+    std::array<char, 32> bytes{};
+    std::memcpy(bytes.data(), &unmapped, sizeof unmapped);
+    xcb_send_event(display_.Connection(), 0, display_.Root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   bytes.data());
+    // A manager that has not yet let go would wipe out what the next map needs.
+    mapping_ = isManaged_ || awaitsMap_ ? Mapping::Withdrawing : Mapping::Withdrawn;
+    withdrawnAtLatest_ = now + withdrawalLimit;
+    repaintAt_.reset();
+    placeCheckAt_.reset();
+}
+
+void X11Window::FinishWithdrawing() {
+    if (mapping_ != Mapping::Withdrawing)
+        return;
+    mapping_ = Mapping::Withdrawn;
+    awaitsMap_ = false;
+    if (!wantsToBeUp_)
+        return;
+    Map();
+    display_.Flush();
+}
+
+void X11Window::OnMapped() {
+    if (std::exchange(awaitsMap_, false))
+        placeCheckAt_ = std::chrono::steady_clock::now() + mapAnswerTime;
+}
+
+void X11Window::OnUnmapped() {
+    if (!isManaged_)
+        FinishWithdrawing();
+    // The pointer's grab ends with the window: nobody will tell of the release.
+    if (isPressed_)
+        EndPress(pointerTold_ - place_.Actual());
+}
+
+void X11Window::OnProperty(xcb_atom_t property) {
+    const xcb_atom_t state = display_.Atom(AtomName::WmState);
+    const xcb_atom_t netState = display_.Atom(AtomName::NetWmState);
+    if (property == state) {
+        const auto words = display_.Words(id_.value, state, state);
+        const std::uint32_t value =
+            words.empty() ? std::uint32_t{XCB_ICCCM_WM_STATE_WITHDRAWN} : words.front();
+        isIconic_ = value == XCB_ICCCM_WM_STATE_ICONIC;
+        isManaged_ = value != XCB_ICCCM_WM_STATE_WITHDRAWN;
+        if (!isManaged_)
+            FinishWithdrawing();
+    } else if (property == netState) {
+        const auto words = display_.Words(id_.value, netState, XCB_ATOM_ATOM);
+        isHidden_ = std::find(words.begin(), words.end(),
+                              display_.Atom(AtomName::NetWmStateHidden)) != words.end();
+    }
+}
+
+} // namespace kqu::platform

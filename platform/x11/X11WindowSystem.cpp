@@ -1,0 +1,185 @@
+#include "platform/x11/X11WindowSystem.h"
+
+#include "platform/CDeleter.h"
+#include "platform/x11/Display.h"
+#include "platform/x11/Monitors.h"
+#include "platform/x11/PointArithmetic.h"
+#include "platform/x11/PointerState.h"
+#include "platform/x11/X11Event.h"
+#include "platform/x11/X11Window.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <utility>
+
+namespace kqu::platform {
+
+namespace {
+/// So that a chatty server can't hold the loop.
+constexpr int mostEventsAtOnce = 256;
+
+/// The window of ours that an event is for, among the kinds of events that are asked for; 0 for one
+/// that concerns no window.
+xcb_window_t WindowOf(const X11Event& event) {
+    switch (event.Type()) {
+    case XCB_BUTTON_PRESS:
+    case XCB_BUTTON_RELEASE:
+    case XCB_MOTION_NOTIFY:
+        return event.As<xcb_button_press_event_t>().event;
+    case XCB_CONFIGURE_NOTIFY:
+        return event.As<xcb_configure_notify_event_t>().window;
+    case XCB_MAP_NOTIFY:
+    case XCB_UNMAP_NOTIFY:
+    case XCB_REPARENT_NOTIFY:
+        return event.As<xcb_map_notify_event_t>().window;
+    case XCB_PROPERTY_NOTIFY:
+        return event.As<xcb_property_notify_event_t>().window;
+    case XCB_CLIENT_MESSAGE:
+        return event.As<xcb_client_message_event_t>().window;
+    default:
+        return 0;
+    }
+}
+
+bool IsMotionOfSameWindow(const X11Event& one, const X11Event& other) {
+    return one.Type() == XCB_MOTION_NOTIFY && other.Type() == XCB_MOTION_NOTIFY &&
+           WindowOf(one) == WindowOf(other);
+}
+} // namespace
+
+std::unique_ptr<X11WindowSystem> X11WindowSystem::Open() {
+    auto display = Display::Open();
+    if (!display)
+        return nullptr;
+    return std::unique_ptr<X11WindowSystem>(new X11WindowSystem(std::move(display)));
+}
+
+X11WindowSystem::X11WindowSystem(std::unique_ptr<Display> display)
+    : display_(std::move(display)),
+      monitors_(std::make_unique<Monitors>(*display_)),
+      pointer_(std::make_unique<PointerState>(*display_)) {}
+
+X11WindowSystem::~X11WindowSystem() = default;
+
+std::unique_ptr<NativeWindow> X11WindowSystem::MakeWindow(const NativeWindowSettings& settings,
+                                                          NativeWindowOwner& owner) {
+    auto window = std::make_unique<X11Window>(*this, *display_, settings, owner);
+    windows_[window->Id()] = window.get();
+    return window;
+}
+
+std::vector<Rect> X11WindowSystem::Screens() {
+    return monitors_->Screens();
+}
+
+Point X11WindowSystem::PointerPosition() {
+    return pointer_->OnRoot() - Origin();
+}
+
+bool X11WindowSystem::PrimaryButtonDown() {
+    return pointer_->PrimaryButtonDown();
+}
+
+void X11WindowSystem::OnDisplayLost(std::function<void()> handler) {
+    displayLost_ = std::move(handler);
+}
+
+Point X11WindowSystem::Origin() {
+    return monitors_->Origin();
+}
+
+Point X11WindowSystem::PointerOnRoot() {
+    return pointer_->OnRoot();
+}
+
+bool X11WindowSystem::IsButtonDownNow() {
+    pointer_->Forget();
+    return pointer_->PrimaryButtonDown();
+}
+
+X11Window* X11WindowSystem::Find(std::uint32_t window) const {
+    const auto found = windows_.find(window);
+    return found == windows_.end() ? nullptr : found->second;
+}
+
+pollfd X11WindowSystem::Watch() const {
+    return {isLost_ ? -1 : xcb_get_file_descriptor(display_->Connection()), POLLIN, 0};
+}
+
+std::optional<Moment> X11WindowSystem::Due() const {
+    std::optional<Moment> first;
+    for (const auto& [id, window] : windows_)
+        if (const auto due = window->Due(); due && !isLost_ && (!first || *due < *first))
+            first = due;
+    return first;
+}
+
+bool X11WindowSystem::Collect(EventQueue& queue) {
+    if (isLost_)
+        return false;
+    pointer_->Forget();
+    display_->Flush();
+    const bool more = CollectEvents(queue);
+    const Moment now = std::chrono::steady_clock::now();
+    for (const auto& [id, window] : windows_)
+        if (window->TakeDue(now))
+            queue.Post([this, due = id] {
+                if (X11Window* const known = Find(due))
+                    known->HandleDue();
+            });
+    if (!display_->IsLost())
+        return more;
+    isLost_ = true;
+    queue.Post([this] {
+        if (displayLost_)
+            displayLost_();
+    });
+    return false;
+}
+
+bool X11WindowSystem::CollectEvents(EventQueue& queue) {
+    using Received = CPointer<xcb_generic_event_t, std::free>;
+    // Of motions in a row only the last one counts: what is wanted is where the pointer is by now.
+    std::optional<X11Event> motion;
+    int count = 0;
+    for (; count < mostEventsAtOnce; ++count) {
+        const Received received(xcb_poll_for_event(display_->Connection()));
+        if (!received)
+            break;
+        const X11Event event{*received};
+        if (motion && !IsMotionOfSameWindow(*motion, event))
+            PostEvent(queue, *motion);
+        motion.reset();
+        if (event.Type() == XCB_MOTION_NOTIFY)
+            motion = event;
+        else
+            PostEvent(queue, event);
+    }
+    if (motion)
+        PostEvent(queue, *motion);
+    return count == mostEventsAtOnce;
+}
+
+void X11WindowSystem::PostEvent(EventQueue& queue, const X11Event& event) {
+    // Requests that failed are told as events of type 0. They fail for reasons beyond us (a window
+    // manager that has just gone), and there is nothing to be done about them.
+    if (event.Type() != 0)
+        queue.Post([this, event] { Handle(event); });
+}
+
+void X11WindowSystem::Handle(const X11Event& event) {
+    if (X11Window* const window = Find(WindowOf(event)))
+        window->Handle(event);
+    else if (monitors_->Notice(event))
+        TellScreensChanged();
+}
+
+void X11WindowSystem::TellScreensChanged() {
+    // Those that are told may make and drop windows.
+    const auto known = windows_;
+    for (const auto& [id, window] : known)
+        if (Find(id) == window)
+            window->ScreensChanged();
+}
+
+} // namespace kqu::platform

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/interfaces/EventSource.h"
+#include "platform/interfaces/NativeWindow.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace kqu::platform {
+
+class Display;
+class Monitors;
+class PointerState;
+class X11Window;
+struct X11Event;
+
+/// The window system on an X server: one connection, its windows, its events. The only header of
+/// this folder that others need.
+class X11WindowSystem final : public WindowSystem, public EventSource {
+  public:
+    /// Connects to the display that the environment names; nil when there is none.
+    [[nodiscard]] static std::unique_ptr<X11WindowSystem> Open();
+    ~X11WindowSystem() override;
+    X11WindowSystem(const X11WindowSystem&) = delete;
+    X11WindowSystem& operator=(const X11WindowSystem&) = delete;
+
+    [[nodiscard]] std::unique_ptr<NativeWindow> MakeWindow(const NativeWindowSettings& settings,
+                                                           NativeWindowOwner& owner) override;
+    [[nodiscard]] std::vector<Rect> Screens() override;
+    /// Asked of the server once per Collect, however often it is wanted.
+    [[nodiscard]] Point PointerPosition() override;
+    [[nodiscard]] bool PrimaryButtonDown() override;
+    void OnDisplayLost(std::function<void()> handler) override;
+
+    [[nodiscard]] pollfd Watch() const override;
+    [[nodiscard]] std::optional<Moment> Due() const override;
+    bool Collect(EventQueue& queue) override;
+
+  private:
+    friend class X11Window;
+
+    explicit X11WindowSystem(std::unique_ptr<Display> display);
+    /// Where the main screen's top left is on the root window.
+    [[nodiscard]] Point Origin();
+    [[nodiscard]] Point PointerOnRoot();
+    /// The same as PrimaryButtonDown, asked anew.
+    [[nodiscard]] bool IsButtonDownNow();
+    [[nodiscard]] X11Window* Find(std::uint32_t window) const;
+    void Forget(std::uint32_t window) { windows_.erase(window); }
+
+    bool CollectEvents(EventQueue& queue);
+    void PostEvent(EventQueue& queue, const X11Event& event);
+    void Handle(const X11Event& event);
+    void TellScreensChanged();
+
+    std::unique_ptr<Display> display_;
+    std::unique_ptr<Monitors> monitors_;
+    std::unique_ptr<PointerState> pointer_;
+    std::map<std::uint32_t, X11Window*> windows_;
+    std::function<void()> displayLost_;
+    bool isLost_ = false;
+};
+
+} // namespace kqu::platform
