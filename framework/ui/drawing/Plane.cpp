@@ -121,7 +121,8 @@ Pixel Plane::At(Pixels x, Pixels y) const {
 }
 
 std::shared_ptr<const Raster> Plane::PixelsOf(const Area& area) const {
-    if (!pixels_ && Size() <= smallPlane)
+    // What is looked at once, as most bars are, is not worth keeping.
+    if (!pixels_ && Size() <= smallPlane && std::exchange(wasSeen_, true))
         Rasterise();
     if (pixels_)
         return pixels_;

@@ -13,8 +13,9 @@ namespace kqu::drawing {
 /// One plane of a picture, its colours or its mask, white to begin with.
 ///
 /// What is drawn on it is recorded, and made into pixels only where somebody looks: a list of a
-/// thousand rows costs what it shows. A plane that is small, or has been drawn on more often than
-/// its pixels are worth, gets pixels for good and is drawn on directly from then on.
+/// thousand rows costs what it shows. A small plane that is looked at again, or one that has been
+/// drawn on more often than its pixels are worth, gets pixels for good and is drawn on directly
+/// from then on.
 ///
 /// A plane that is shared is never drawn on: it is the snapshot of its picture.
 class Plane {
@@ -67,6 +68,8 @@ class Plane {
     mutable Area blank_;
     /// The latest fill among the entries.
     std::optional<std::size_t> latestFill_;
+    /// Whether somebody asked for pixels before.
+    mutable bool wasSeen_ = false;
     /// How many planes stand behind one another in the entries.
     mutable int depth_ = 0;
 };
