@@ -75,6 +75,21 @@ TEST_F(SleepNoteTest, EachQuestionGoesByItsOwnAnswer) {
     EXPECT_TRUE(machine.power.Ask(canSleep));
 }
 
+TEST_F(SleepNoteTest, WhatRunsIsNamedAndItsChangeTold) {
+    EXPECT_EQ(machine.power.WhatRuns(), "");
+    const int before = machine.power.changes;
+    machine.centre.Post("KQS_disk.1", "unknown", {});
+    machine.centre.Post("KQS_disk.2", "KQMS", {{"VolName", "Data"}});
+    machine.Advance();
+    EXPECT_EQ(machine.power.WhatRuns(), "Running a disk, Scanning Data");
+    machine.centre.Post("KQS_disk.3", "KQBackup", {{"VolName", "Home"}});
+    machine.centre.Post("KQS_disk.4", "KQDefrag", {{"BSD", "sdz9"}});
+    machine.Advance();
+    EXPECT_EQ(machine.power.WhatRuns(),
+              "Running a disk, Scanning Data, Backing up Home and 1 more");
+    EXPECT_EQ(machine.power.changes, before + 4);
+}
+
 TEST_F(SleepNoteTest, PowerSourceIsDecidedByTheAbsenceOfAC) {
     struct Case {
         std::optional<std::string> source;

@@ -1,0 +1,114 @@
+#include "framework/files/Volumes.h"
+#include "platform/functions/Functions.h"
+#include "tests/support/MachineWithVolumes.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace kqu {
+namespace {
+
+class FileBridgesTest : public testing::Test {
+  protected:
+    FileBridgesTest() {
+        machine.functions.Set<functions::lstat>(
+            [this](const std::string& path, std::byte* record, std::size_t size) {
+                EXPECT_EQ(size, 88U);
+                const auto found = owners.find(path);
+                if (found == owners.end())
+                    return -1;
+                std::memcpy(record + 12, &found->second, sizeof found->second);
+                return 0;
+            });
+        const auto make = *machine.functions.Find<functions::FSMakeFSRefUnicode>();
+        machine.functions.Set<functions::FSMakeFSRefUnicode>(
+            [this, make](const std::byte* parent, std::uint32_t length, const char16_t* name,
+                         std::uint32_t hint, std::byte* reference) {
+                EXPECT_EQ(hint, 0xFFFFU);
+                namesLookedUp.emplace_back(name, length);
+                return make(parent, length, name, hint, reference);
+            });
+    }
+    Ref<FolderItem> Item(const std::string& path) {
+        return GetFolderItem(path, PathForm::Absolute);
+    }
+    std::string PathOf(const Ref<MemoryBlock>& reference) {
+        std::array<char, 1024> path{};
+        EXPECT_EQ((*machine.functions.Find<functions::FSRefMakePath>())(reference->Data(),
+                                                                        path.data(), path.size()),
+                  0);
+        return path.data();
+    }
+
+    simulation::MachineWithVolumes machine;
+    std::map<std::string, std::uint32_t> owners;
+    std::vector<std::u16string> namesLookedUp;
+};
+
+TEST_F(FileBridgesTest, TheOwnerOfAPathIsReadAndOfNoneIsZero) {
+    owners["/dev/console"] = 1000;
+    owners["/top"] = 4294967295;
+    struct Case {
+        const char* path;
+        std::uint32_t owner;
+    };
+    for (const Case& c :
+         {Case{"/dev/console", 1000}, {"/top", 4294967295}, {"/missing", 0}, {"", 0}}) {
+        const auto status = machine.app->GetLStat(c.path);
+        EXPECT_EQ(status->Size(), 88U) << c.path;
+        EXPECT_EQ(status->UInt32Value(12), c.owner) << c.path;
+    }
+}
+
+TEST_F(FileBridgesTest, TheOwnerOfAnItemIsThatOfItsPathOrMarkedAsFailed) {
+    machine.tree.Write("a/file", "");
+    owners["/a/file"] = 1000;
+    owners["/media/My Disk"] = 7;
+    EXPECT_EQ(machine.app->GetLStat(Item("/a/file"))->UInt32Value(12), 1000U);
+    EXPECT_EQ(machine.app->GetLStat(Volume(1))->UInt32Value(12), 7U);
+    // Without a reference there is nothing to be asked about.
+    EXPECT_THROW(static_cast<void>(machine.app->GetLStat(Item("/missing"))), NilObjectException);
+
+    machine.functions.Set<functions::FSRefMakePath>(
+        [](const std::byte*, char*, std::uint32_t size) { return size == 1024 ? -1 : 0; });
+    const auto failed = machine.app->GetLStat(Item("/a/file"));
+    EXPECT_EQ(failed->Size(), 80U);
+    for (std::size_t offset = 0; offset < 80; offset += 4)
+        EXPECT_EQ(failed->Int32Value(offset), offset == 12 ? -1 : 0);
+}
+
+TEST_F(FileBridgesTest, AnItemIsReachedFromItsVolumeByName) {
+    const std::string camera = "\xF0\x9F\x93\xB7";
+    machine.tree.Write(camera + "/ä", "");
+    const auto reference = machine.app->FolderItemToFSRef(Item("/" + camera + "/ä"));
+    ASSERT_TRUE(reference);
+    EXPECT_EQ(reference->Size(), 80U);
+    EXPECT_EQ(PathOf(reference), "/" + camera + "/ä");
+    EXPECT_EQ(namesLookedUp, (std::vector<std::u16string>{u"\U0001F4F7", u"ä"}));
+
+    namesLookedUp.clear();
+    EXPECT_EQ(PathOf(machine.app->FolderItemToFSRef(Item("/"))), "/");
+    EXPECT_EQ(PathOf(machine.app->FolderItemToFSRef(Volume(1))), "/media/My Disk");
+    EXPECT_TRUE(namesLookedUp.empty());
+
+    EXPECT_EQ(machine.app->FolderItemToFSRef(nullptr), nullptr);
+    EXPECT_EQ(machine.app->FolderItemToFSRef(Item("/missing/below")), nullptr);
+    EXPECT_EQ(namesLookedUp, std::vector<std::u16string>{u"missing"});
+}
+
+TEST_F(FileBridgesTest, AVolumeHasAReferenceAlways) {
+    EXPECT_EQ(PathOf(machine.app->VolumeRefToFSRef(Volume(1)->MacVRefNum())), "/media/My Disk");
+    const auto none = machine.app->VolumeRefToFSRef(4711);
+    ASSERT_TRUE(none);
+    EXPECT_EQ(none->StringValue(0, 80), std::string(80, '\0'));
+    // Nothing but the root directory is asked for, so a volume that can't be read has one as well.
+    std::filesystem::remove(machine.tree.Root() / "media/My Disk");
+    EXPECT_NE(machine.app->VolumeRefToFSRef(Volume(1)->MacVRefNum())->Int32Value(0), 0);
+}
+
+} // namespace
+} // namespace kqu
