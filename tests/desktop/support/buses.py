@@ -102,7 +102,7 @@ class Logind:
 
     def __init__(self, bus, processes, env):
         self._bus = bus
-        self._process = processes.start(
+        self.process = processes.start(
             ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"], env,
             log="logind.log")
         wait_until("the stand-in for logind",

@@ -1,0 +1,140 @@
+"""Sleep and shutdown: the locks that the program holds at the login manager, and why."""
+
+import os
+import pathlib
+import signal
+
+import dbus
+
+from support import DesktopTest
+from support.buses import Logind
+from support.waiting import hold, wait_for_value, wait_until
+
+ACTIONS = "sleep:shutdown"
+WHO = "KQU Messenger"
+CLOSE_ON_EXEC = 0o2000000
+# In seconds: what is promised, and a quarter for the way to the login manager and back.
+PROMPTLY = 1.25
+
+
+class Power(DesktopTest):
+    options = {"window_manager": None, "logind": True}
+
+    def setUp(self):
+        super().setUp()
+        self.logind = self.desktop.logind
+        self.desktop.start_messenger()
+        self.desktop.wait_listening()
+
+    def modes(self):
+        """The modes of the program's locks, sorted."""
+        locks = self.logind.inhibitors()
+        self.assertTrue(all(lock[:2] == (ACTIONS, WHO) for lock in locks), locks)
+        return sorted(lock[3] for lock in locks)
+
+    def wait_modes(self, *modes, timeout=20.0):
+        wait_for_value("the locks", self.modes, list(modes), timeout)
+
+    def reasons(self):
+        return [lock[2] for lock in self.logind.inhibitors() if lock[3] == "block"]
+
+    def start_row(self, number=1, volume="Data"):
+        job = self.desktop.start_job()
+        self.desktop.post(f"KQS_disk.{number}", "scanner", PID=job.pid, VolName=volume)
+        return job
+
+    def test_a_lock_is_held_while_a_job_runs_and_names_it(self):
+        self.wait_modes("delay")
+        job = self.start_row()
+        self.wait_modes("block", "delay", timeout=PROMPTLY)
+        self.assertEqual(self.reasons(), ["Scanning Data"])
+        other = self.start_row(2, "Home")
+        wait_for_value("the reason", self.reasons, ["Scanning Data, Scanning Home"])
+        hold("the locks", lambda: self.modes() == ["block", "delay"], 1)
+        for ended in (job, other):
+            self.desktop.end_job(ended)
+        self.panel.wait_hidden()
+        self.wait_modes("delay", timeout=PROMPTLY)
+
+    def test_sleep_is_held_up_only_until_it_was_announced(self):
+        self.start_row()
+        self.wait_modes("block", "delay")
+        for _ in range(3):
+            self.logind.emit("PrepareForSleep", "b", True)
+            self.wait_modes("block", timeout=PROMPTLY)
+            self.logind.emit("PrepareForSleep", "b", False)
+            self.wait_modes("block", "delay")
+        self.logind.emit("PrepareForShutdown", "b", True)
+        self.wait_modes("block", timeout=PROMPTLY)
+
+    def test_a_login_manager_that_hangs_holds_nothing_up(self):
+        self.wait_modes("delay")
+        self.logind.process.send_signal(signal.SIGSTOP)
+        job = self.start_row()
+        self.panel.wait_visible(3)
+        self.start_row(2)
+        self.panel.wait_title("Brackwater Scheduled Tasks", 3)
+        self.logind.process.send_signal(signal.SIGCONT)
+        self.wait_modes("block", "delay")
+        self.desktop.end_job(job)
+
+    def test_a_login_manager_that_comes_back_is_asked_again(self):
+        self.start_row()
+        self.wait_modes("block", "delay")
+        descriptors = len(self.desktop.messenger_facts().descriptors())
+        for _ in range(2):
+            self.desktop.processes.end(self.logind.process)
+            self.logind = Logind(self.desktop.system_bus, self.desktop.processes, self.desktop.env)
+            self.wait_modes("block", "delay")
+        wait_for_value("the number of descriptors",
+                       lambda: len(self.desktop.messenger_facts().descriptors()), descriptors)
+
+    def test_no_lock_outlives_the_process(self):
+        for number in (signal.SIGTERM, signal.SIGKILL):
+            with self.subTest(number):
+                self.start_row()
+                self.wait_modes("block", "delay")
+                self.desktop.messenger.send_signal(number)
+                self.desktop.messenger.wait(10)
+                self.wait_modes(timeout=PROMPTLY)
+                self.desktop.start_messenger()
+                self.desktop.wait_listening()
+
+    def test_no_descriptor_goes_to_a_child(self):
+        self.start_row()
+        self.wait_modes("block", "delay")
+        own = set(self.desktop.messenger_facts().descriptors()) - {0, 1, 2}
+        self.assertGreaterEqual(len(own), 5)
+        folder = pathlib.Path("/proc", str(self.desktop.messenger.pid), "fdinfo")
+        for descriptor in own:
+            flags = next(line.split()[1] for line in
+                         (folder / str(descriptor)).read_text().splitlines()
+                         if line.startswith("flags:"))
+            self.assertTrue(int(flags, 8) & CLOSE_ON_EXEC, descriptor)
+
+    def test_it_asks_for_locks_and_for_nothing_else(self):
+        for wish in ("sleep", "shutdown"):
+            job = self.desktop.start_job()
+            self.desktop.post("KQS_disk.1", "scanner", PID=job.pid, Extra=wish)
+            self.wait_modes("block", "delay")
+            self.desktop.end_job(job)
+            self.wait_modes("delay")
+        calls = dbus.Interface(self.desktop.system_bus.connection().get_object(
+            "org.freedesktop.login1", "/org/freedesktop/login1", introspect=False),
+            "org.freedesktop.DBus.Mock").GetCalls()
+        # The second is the test's own.
+        self.assertEqual({str(call[1]) for call in calls}, {"Inhibit", "ListInhibitors"})
+
+
+class WithoutLogind(DesktopTest):
+    options = {"window_manager": None}
+
+    def test_nothing_else_changes(self):
+        self.desktop.start_messenger()
+        self.desktop.wait_listening()
+        self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
+        self.panel.wait_visible()
+        # One that is started later is found.
+        logind = Logind(self.desktop.system_bus, self.desktop.processes, self.desktop.env)
+        wait_until("the locks", lambda: len(logind.inhibitors()) == 2)
+        self.assertEqual(self.desktop.messenger_output(), "")
