@@ -11,7 +11,6 @@
 #include <fstream>
 #include <functional>
 #include <grp.h>
-#include <map>
 #include <pwd.h>
 #include <sstream>
 #include <sys/prctl.h>
@@ -22,217 +21,155 @@
 namespace kqu::platform {
 namespace {
 
-constexpr int recordSize = 88;
-constexpr std::uint32_t withoutAccount = 1234567890;
+constexpr std::uint32_t noUser = 4294967295;
 
-FunctionTable Functions() {
+template <class F, class... Arguments>
+auto Call(Arguments&&... arguments) {
     FunctionTable table;
     RegisterIdentityFunctions(table);
-    return table;
+    return (*table.Find<F>())(std::forward<Arguments>(arguments)...);
 }
 
-int SetEffective(std::uint32_t user) {
-    return (*Functions().Find<functions::seteuid>())(user);
+std::string BothTo(std::uint32_t user) {
+    const int effective = Call<functions::seteuid>(user);
+    return std::to_string(effective) + std::to_string(Call<functions::setuid>(user));
 }
 
-int SetForGood(std::uint32_t user) {
-    return (*Functions().Find<functions::setuid>())(user);
-}
-
-/// What a child process that runs `body` tells about itself.
-std::string InChild(const std::function<void(std::ostream&)>& body) {
+/// What a child process that runs `body` tells.
+std::string InChild(const std::function<std::string()>& body) {
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
     const pid_t child = fork();
     if (child == 0) {
-        std::ostringstream told;
-        body(told);
-        const std::string text = told.str();
-        const bool sent = write(ends[1], text.data(), text.size()) >= 0;
-        _exit(sent ? 0 : 1);
+        const std::string told = body();
+        _exit(write(ends[1], told.data(), told.size()) >= 0 ? 0 : 1);
     }
-    close(ends[1]);
-    std::string all;
-    std::array<char, 512> piece{};
-    for (ssize_t got = 0; (got = read(ends[0], piece.data(), piece.size())) > 0;)
-        all.append(piece.data(), static_cast<std::size_t>(got));
-    close(ends[0]);
     int status = -1;
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
+    std::array<char, 4096> told{};
+    const ssize_t length = read(ends[0], told.data(), told.size());
+    close(ends[0]);
+    close(ends[1]);
+    return {told.data(), static_cast<std::size_t>(length)};
+}
+
+/// What the kernel says of the process: real, effective, saved and file system ids, and so on.
+std::string Identity() {
+    std::ifstream file("/proc/self/status");
+    std::string all;
+    for (std::string line; std::getline(file, line);)
+        for (const char* key : {"Uid:", "Gid:", "Groups:", "CapInh:", "CapPrm:", "CapEff:"})
+            if (line.starts_with(key)) {
+                std::istringstream words(line);
+                for (std::string word; words >> word;)
+                    all += word + " ";
+            }
     return all;
 }
 
-/// The real, effective, saved and file system ids, and so on, as the kernel lists them.
-std::string Status(const std::string& key) {
-    std::ifstream file("/proc/self/status");
-    for (std::string line; std::getline(file, line);)
-        if (std::istringstream words(line); line.starts_with(key + ":")) {
-            std::string word;
-            std::string all;
-            words >> word;
-            while (words >> word)
-                all += (all.empty() ? "" : " ") + word;
-            return all;
-        }
-    return "?";
-}
-
-std::string Four(std::uint32_t id) {
-    const std::string one = std::to_string(id);
-    return one + " " + one + " " + one + " " + one;
+std::string Expected(std::uint32_t user, std::uint32_t group, const std::string& groups) {
+    const auto four = [](std::uint32_t id) {
+        const std::string one = std::to_string(id) + " ";
+        return one + one + one + one;
+    };
+    const std::string none = "0000000000000000 ";
+    return "Uid: " + four(user) + "Gid: " + four(group) + "Groups: " + groups + "CapInh: " + none +
+           "CapPrm: " + none + "CapEff: " + none;
 }
 
 bool RunsAsRoot() {
     return geteuid() == 0;
 }
 
-/// A user with an account who is not root, and that account's group.
-struct Account {
-    std::uint32_t user = 0;
-    std::uint32_t group = 0;
-};
-
-Account SomeAccount() {
-    const passwd* found = getpwnam("daemon");
-    EXPECT_NE(found, nullptr);
-    return {found->pw_uid, found->pw_gid};
-}
-
-std::string SupplementaryGroupsOf(const Account& account) {
-    std::array<gid_t, 64> groups{};
-    int count = groups.size();
-    getgrouplist("daemon", account.group, groups.data(), &count);
-    std::string all;
-    for (int i = 0; i < count; ++i)
-        all += (i == 0 ? "" : " ") + std::to_string(groups.at(static_cast<std::size_t>(i)));
-    return all;
-}
-
-TEST(IdentityFunctionsTest, TheRecordHoldsTheOwnerAndNothingPastIt) {
-    const auto file =
+TEST(IdentityFunctionsTest, TheRecordHoldsTheOwnerAndNothingElse) {
+    const auto link =
         std::filesystem::temp_directory_path() / ("kqu-owner-" + std::to_string(getpid()));
-    std::filesystem::create_symlink("/nowhere/at/all", file);
+    std::filesystem::create_symlink("/nowhere/at/all", link);
     const std::uint32_t owner = RunsAsRoot() ? 4294967294U : getuid();
-    ASSERT_EQ(lchown(file.c_str(), owner, static_cast<gid_t>(-1)), 0);
+    ASSERT_EQ(lchown(link.c_str(), owner, static_cast<gid_t>(-1)), 0);
     struct Case {
         std::string path;
         std::size_t size;
-        int result;
-        std::uint32_t owner;
+        bool succeeds;
     };
-    const std::uint32_t untouched = 0x5A5A5A5A;
     // A link is described itself, not what it points to.
-    for (const Case& c : std::vector<Case>{{file, recordSize, 0, owner},
-                                           {file, 16, 0, owner},
-                                           {file, 15, -1, untouched},
-                                           {"/", recordSize, 0, 0},
-                                           {"/nowhere/at/all", recordSize, -1, untouched},
-                                           {"", recordSize, -1, untouched}}) {
-        std::vector<std::byte> record(c.size, std::byte{0x5A});
-        record.resize(c.size);
-        EXPECT_EQ((*Functions().Find<functions::lstat>())(c.path, record.data(), c.size), c.result);
-        record.resize(recordSize, std::byte{0x5A});
-        std::uint32_t read = 0;
-        std::memcpy(&read, record.data() + 12, sizeof read);
-        EXPECT_EQ(read, c.owner) << c.path << " " << c.size;
-        std::memcpy(record.data() + 12, &untouched, sizeof untouched);
-        EXPECT_EQ(record, std::vector<std::byte>(recordSize, std::byte{0x5A}));
+    for (const Case& c : std::vector<Case>{
+             {link, 88, true}, {link, 16, true}, {link, 15, false}, {"/nowhere", 88, false}}) {
+        std::vector<std::byte> expected(c.size, std::byte{0x5A});
+        std::vector<std::byte> record = expected;
+        if (c.succeeds)
+            std::memcpy(expected.data() + 12, &owner, sizeof owner);
+        EXPECT_EQ(Call<functions::lstat>(c.path, record.data(), c.size), c.succeeds ? 0 : -1);
+        EXPECT_EQ(record, expected) << c.path << " " << c.size;
     }
-    std::filesystem::remove(file);
+    std::filesystem::remove(link);
 }
 
 TEST(IdentityFunctionsTest, WithoutPrivilegesNothingChanges) {
-    const std::string told = InChild([](std::ostream& out) {
-        if (RunsAsRoot() && (setgroups(0, nullptr) != 0 || setresgid(4711, 4711, 4711) != 0 ||
-                             setresuid(4711, 4711, 4711) != 0))
-            out << "not prepared;";
-        const auto state = [] { return Status("Uid") + Status("Gid") + Status("Groups"); };
-        const std::string before = state();
-        const std::uint32_t own = getuid();
-        for (const std::uint32_t user : {0U, own + 1, 4294967295U})
-            out << SetEffective(user) << SetForGood(user);
-        // One's own id is always at hand.
-        out << SetEffective(own) << SetForGood(own);
-        out << (state() == before ? " same" : " changed");
-        out << ((*Functions().Find<functions::getuid>())() == own ? "" : " other user");
-    });
-    EXPECT_EQ(told, "-1-1-1-1-1-100 same");
-}
-
-struct Settling {
-    std::uint32_t user;
-    std::uint32_t group;
-    std::string groups;
-};
-
-/// Becomes the user the way that the program does and tells what is left of root.
-void GiveUpRoot(std::ostream& out, const Settling& c) {
-    const std::array<gid_t, 3> former{0, 4, 27};
-    if (setgroups(former.size(), former.data()) != 0)
-        out << "no groups to give up;";
-    // Capabilities that outlive a change of the user, as some starters hand them on.
-    prctl(PR_SET_KEEPCAPS, 1, 0, 0, 0);
-    out << SetEffective(c.user) << SetForGood(c.user) << "\n";
-    for (const char* key : {"Uid", "Gid", "Groups", "CapInh", "CapPrm", "CapEff", "CapAmb"})
-        out << key << " " << Status(key) << "\n";
-    out << "back " << (setuid(0) == 0) << (seteuid(0) == 0) << (setresuid(0, 0, 0) == 0)
-        << (setgroups(0, nullptr) == 0) << SetEffective(0) << SetForGood(0);
+    EXPECT_EQ(InChild([] {
+                  const bool isPrepared =
+                      !RunsAsRoot() || (setgroups(0, nullptr) == 0 && setgid(4711) == 0 &&
+                                        setresuid(4711, 4711, 4711) == 0);
+                  const std::string before = Identity();
+                  const std::uint32_t own = getuid();
+                  std::string told = isPrepared ? "" : "not prepared ";
+                  // One's own id is always at hand.
+                  for (const std::uint32_t user : {0U, own + 1, noUser, own})
+                      told += BothTo(user) + " ";
+                  return told + (Identity() == before ? "same" : "changed") +
+                         (Call<functions::getuid>() == own ? "" : " other user");
+              }),
+              "-1-1 -1-1 -1-1 00 same");
 }
 
 TEST(IdentityFunctionsTest, FromRootEverythingIsGivenUpForGood) {
     if (!RunsAsRoot()) {
-        EXPECT_EQ(SetEffective(0), -1);
+        EXPECT_EQ(BothTo(0), "-1-1");
         return;
     }
-    const Account daemon = SomeAccount();
-    for (const Settling& c :
-         std::vector<Settling>{{daemon.user, daemon.group, SupplementaryGroupsOf(daemon)},
-                               // Without an account: no group that could be anybody's.
-                               {withoutAccount, 65534, ""}}) {
-        const std::string none = " 0000000000000000\n";
-        EXPECT_EQ(InChild([&](std::ostream& out) { GiveUpRoot(out, c); }),
-                  "00\nUid " + Four(c.user) + "\nGid " + Four(c.group) + "\nGroups " + c.groups +
-                      "\nCapInh" + none + "CapPrm" + none + "CapEff" + none + "CapAmb" + none +
-                      "back 0000-1-1");
-    }
-}
+    const auto giveUp = [](std::uint32_t user) {
+        return InChild([user] {
+            const std::array<gid_t, 3> former{0, 4, 27};
+            if (setgroups(former.size(), former.data()) != 0)
+                return std::string("no groups to give up");
+            // Capabilities would outlive the change of the user, as some starters want it.
+            prctl(PR_SET_KEEPCAPS, 1, 0, 0, 0);
+            std::string told = BothTo(user) + " ";
+            told += Identity();
+            const bool isBack = setuid(0) == 0 || seteuid(0) == 0 || setresuid(0, 0, 0) == 0;
+            return told + (isBack ? "back" : BothTo(0));
+        });
+    };
+    // An account of every machine; it has no groups but its own.
+    const passwd* daemon = getpwnam("daemon");
+    ASSERT_NE(daemon, nullptr);
+    EXPECT_EQ(giveUp(daemon->pw_uid),
+              "00 " +
+                  Expected(daemon->pw_uid, daemon->pw_gid, std::to_string(daemon->pw_gid) + " ") +
+                  "-1-1");
+    // Without an account: no group that could be anybody's.
+    EXPECT_EQ(giveUp(1234567890), "00 " + Expected(1234567890, 65534, "") + "-1-1");
 
-TEST(IdentityFunctionsTest, SettlingOnRootIsStayingRoot) {
-    if (!RunsAsRoot()) {
-        EXPECT_EQ(SetForGood(0), -1);
-        return;
-    }
-    const std::string told = InChild([](std::ostream& out) {
-        const auto state = [] {
-            return Status("Uid") + Status("Gid") + Status("Groups") + Status("CapEff");
-        };
-        const std::string before = state();
-        out << SetEffective(0) << SetForGood(0) << (state() == before ? " same" : " changed");
-    });
-    EXPECT_EQ(told, "00 same");
-}
-
-TEST(IdentityFunctionsTest, AnEffectiveUserAloneCanBeTakenBack) {
-    if (!RunsAsRoot()) {
-        EXPECT_EQ(SetEffective(getuid()), 0);
-        return;
-    }
-    const std::string told = InChild([](std::ostream& out) {
-        out << SetEffective(withoutAccount) << " " << Status("Uid") << " " << SetEffective(0) << " "
-            << SetForGood(4294967295U) << " " << Status("Uid");
-    });
-    EXPECT_EQ(told, "0 0 1234567890 0 1234567890 0 -1 0 0 0 0");
+    EXPECT_EQ(InChild([] {
+                  const std::string before = Identity();
+                  std::string told = BothTo(0);
+                  told += Identity() == before ? " same" : " changed";
+                  // The effective user alone can be taken back.
+                  Call<functions::seteuid>(1234567890U);
+                  told += geteuid() == 1234567890 ? " away " : " here ";
+                  told += BothTo(0) + std::to_string(Call<functions::setuid>(noUser));
+                  return told + (Identity() == before ? " same" : " changed");
+              }),
+              "00 same away 00-1 same");
 }
 
 TEST(IdentityFunctionsTest, TheSystemTellsItsVersionAndNothingElse) {
-    const auto gestalt = *Functions().Find<functions::Gestalt>();
     std::int32_t value = 7;
-    for (const char* selector : {"", "sys1", "SYSV", "sysv "}) {
-        EXPECT_FALSE(gestalt(selector, value)) << selector;
-        EXPECT_EQ(value, 7);
-    }
-    EXPECT_TRUE(gestalt("sysv", value));
+    for (const char* selector : {"", "sys1", "SYSV", "sysv "})
+        EXPECT_FALSE(Call<functions::Gestalt>(selector, value)) << selector;
+    EXPECT_EQ(value, 7);
+    EXPECT_TRUE(Call<functions::Gestalt>("sysv", value));
     EXPECT_EQ(value, 0x1068);
 }
 
