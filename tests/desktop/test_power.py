@@ -56,17 +56,6 @@ class Power(DesktopTest):
         self.panel.wait_hidden()
         self.wait_modes("delay", timeout=PROMPTLY)
 
-    def test_sleep_is_held_up_only_until_it_was_announced(self):
-        self.start_row()
-        self.wait_modes("block", "delay")
-        for _ in range(3):
-            self.logind.emit("PrepareForSleep", "b", True)
-            self.wait_modes("block", timeout=PROMPTLY)
-            self.logind.emit("PrepareForSleep", "b", False)
-            self.wait_modes("block", "delay")
-        self.logind.emit("PrepareForShutdown", "b", True)
-        self.wait_modes("block", timeout=PROMPTLY)
-
     def test_a_login_manager_that_hangs_holds_nothing_up(self):
         self.wait_modes("delay")
         self.logind.process.send_signal(signal.SIGSTOP)
@@ -77,17 +66,6 @@ class Power(DesktopTest):
         self.logind.process.send_signal(signal.SIGCONT)
         self.wait_modes("block", "delay")
         self.desktop.end_job(job)
-
-    def test_a_login_manager_that_comes_back_is_asked_again(self):
-        self.start_row()
-        self.wait_modes("block", "delay")
-        descriptors = len(self.desktop.messenger_facts().descriptors())
-        for _ in range(2):
-            self.desktop.processes.end(self.logind.process)
-            self.logind = Logind(self.desktop.system_bus, self.desktop.processes, self.desktop.env)
-            self.wait_modes("block", "delay")
-        wait_for_value("the number of descriptors",
-                       lambda: len(self.desktop.messenger_facts().descriptors()), descriptors)
 
     def test_no_lock_outlives_the_process(self):
         for number in (signal.SIGTERM, signal.SIGKILL):

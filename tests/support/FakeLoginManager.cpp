@@ -50,8 +50,6 @@ FakeLoginManager::~FakeLoginManager() {
 int FakeLoginManager::OnInhibit(sd_bus_message* call, void* self, sd_bus_error*) {
     FakeLoginManager& manager = Self(self);
     ++manager.requests;
-    if (manager.manners == Manners::Refusing)
-        return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED, "No");
     if (manager.manners == Manners::Hung)
         manager.open_.emplace_back(sd_bus_message_ref(call));
     else

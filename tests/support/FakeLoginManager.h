@@ -14,8 +14,8 @@ namespace kqu::testing_support {
 /// lives in the same loop as the one who uses it.
 class FakeLoginManager final : public platform::EventSource {
   public:
-    /// Answers at once, refuses, or keeps what it was asked until Answer.
-    enum class Manners { Prompt, Refusing, Hung };
+    /// Answers at once, or keeps what it was asked until Answer.
+    enum class Manners { Prompt, Hung };
 
     explicit FakeLoginManager(const std::string& busAddress);
     ~FakeLoginManager() override;

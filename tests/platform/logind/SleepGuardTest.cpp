@@ -25,7 +25,7 @@ class Office final : public LockOffice {
     }
     std::uint64_t Request(LockMode mode, const std::string& why) override {
         asked.push_back((mode == LockMode::Block ? "block " : "delay ") + why);
-        return isReachable ? ++last : 0;
+        return isReachable ? asked.size() : 0;
     }
     /// A new lock, as it comes with the answer to a request.
     InhibitorLock Lock(std::uint64_t request) {
@@ -42,7 +42,6 @@ class Office final : public LockOffice {
     }
 
     std::vector<std::string> asked;
-    std::uint64_t last = 0;
     bool isReachable = true;
 
   private:
@@ -57,40 +56,25 @@ class SleepGuardTest : public testing::Test {
         Grant(1);
     }
     void Grant(std::uint64_t request) { guard.Granted(request, office.Lock(request)); }
-    std::size_t Asked() const { return office.asked.size(); }
 
     Office office;
     SleepGuard guard{office};
-    Moment now{1000s};
+    const Moment now{1000s};
+    const Moment later = now + LockKeeper::patience;
 };
 
-TEST_F(SleepGuardTest, TheBlockFollowsTheAnswer) {
-    EXPECT_EQ(office.asked.at(0).substr(0, 6), "delay ");
+TEST_F(SleepGuardTest, TheBlockFollowsTheAnswerAndALateLockIsDroppedAtOnce) {
     guard.Answered(false, "", now);
-    EXPECT_EQ(Asked(), 1U);
-    guard.Answered(true, "Scanning Data", now);
-    EXPECT_EQ(office.asked.at(1), "block Scanning Data");
-    // One request at a time, however long the answer takes, and none while the lock is held.
-    guard.Answered(true, "Scanning Data", now + 60s);
-    Grant(2);
-    guard.Answered(true, "Scanning Data", now + 120s);
-    EXPECT_EQ(Asked(), 2U);
-    EXPECT_TRUE(office.IsHeld(2));
-    guard.Answered(false, "", now + 121s);
-    EXPECT_FALSE(office.IsHeld(2));
-    EXPECT_TRUE(office.IsHeld(1));
-    // At once, when it is needed again.
-    guard.Answered(true, "Scanning Data", now + 121s);
-    EXPECT_EQ(Asked(), 3U);
-}
-
-TEST_F(SleepGuardTest, ALockThatComesTooLateIsDroppedAtOnce) {
+    EXPECT_EQ(office.asked.size(), 1U);
+    // One request at a time, however long the answer takes.
     guard.Answered(true, "a", now);
-    guard.Answered(false, "", now);
+    guard.Answered(true, "a", later);
+    EXPECT_EQ(office.asked.size(), 2U);
+    guard.Answered(false, "", later);
     Grant(2);
     EXPECT_FALSE(office.IsHeld(2));
-    // Needed again: only the answer to the new request counts.
-    guard.Answered(true, "b", now);
+    // At once when it is needed again, and only the answer to the new request counts.
+    guard.Answered(true, "b", later);
     Grant(2);
     EXPECT_FALSE(office.IsHeld(2));
     Grant(3);
@@ -98,92 +82,63 @@ TEST_F(SleepGuardTest, ALockThatComesTooLateIsDroppedAtOnce) {
     guard.End();
     EXPECT_FALSE(office.IsHeld(3));
     EXPECT_FALSE(office.IsHeld(1));
-    Grant(4);
-    EXPECT_FALSE(office.IsHeld(4));
+    // Without a manager nothing is asked for.
+    guard.Answered(true, "c", later);
+    guard.Look(later);
+    EXPECT_EQ(office.asked,
+              (std::vector{office.asked[0], std::string("block a"), std::string("block b")}));
 }
 
 TEST_F(SleepGuardTest, ALockForAnotherReasonTakesThePlaceOfTheFormerWithoutAGap) {
     guard.Answered(true, "a", now);
     Grant(2);
     // Not for each change in a flood of them.
-    guard.Answered(true, "b", now + 1s);
-    EXPECT_EQ(Asked(), 2U);
-    guard.Answered(true, "c", now + LockKeeper::patience);
+    guard.Answered(true, "b", later - 1ns);
+    EXPECT_EQ(office.asked.size(), 2U);
+    guard.Answered(true, "c", later);
     EXPECT_EQ(office.asked.at(2), "block c");
     EXPECT_TRUE(office.IsHeld(2));
     Grant(3);
     EXPECT_FALSE(office.IsHeld(2));
     EXPECT_TRUE(office.IsHeld(3));
-    guard.Answered(true, "c", now + 60s);
-    EXPECT_EQ(Asked(), 3U);
 }
 
 TEST_F(SleepGuardTest, WhatWasRefusedIsAskedForAgainLater) {
-    const auto later = now + LockKeeper::patience;
     guard.Answered(true, "a", now);
     guard.Refused(2);
     guard.Answered(true, "a", later - 1ns);
-    EXPECT_EQ(Asked(), 2U);
+    EXPECT_EQ(office.asked.size(), 2U);
     guard.Answered(true, "a", later);
-    EXPECT_EQ(Asked(), 3U);
+    EXPECT_EQ(office.asked.size(), 3U);
 
     // The delaying one has nobody to ask for it but the guard itself.
     Office other;
-    SleepGuard idle(other);
-    EXPECT_EQ(idle.Due(), std::nullopt);
     other.isReachable = false;
+    SleepGuard idle(other);
     idle.Begin(now);
     EXPECT_EQ(idle.Due(), later);
     other.isReachable = true;
     idle.Look(later);
     EXPECT_EQ(idle.Due(), std::nullopt);
-    idle.Refused(1);
+    idle.Refused(2);
     EXPECT_EQ(idle.Due(), later + LockKeeper::patience);
-    idle.Look(later + LockKeeper::patience);
-    EXPECT_EQ(other.asked.size(), 3U);
-    idle.Granted(2, other.Lock(2));
-    EXPECT_EQ(idle.Due(), std::nullopt);
 }
 
-TEST_F(SleepGuardTest, AnAnnouncementIsAcknowledgedByLettingTheDelayGo) {
+TEST_F(SleepGuardTest, WhileTheSystemPreparesNothingIsAskedForAndWhatBlocksMayGo) {
     guard.Answered(true, "a", now);
     Grant(2);
     guard.PreparationBegan();
     EXPECT_TRUE(office.IsHeld(1));
     guard.Acknowledge();
     EXPECT_FALSE(office.IsHeld(1));
-    // The manager grants nothing in between, so nothing is asked for; what blocks may still go.
-    guard.Answered(true, "b", now + 60s);
-    guard.Look(now + 60s);
+    guard.Answered(true, "b", later);
+    guard.Look(later);
     EXPECT_EQ(guard.Due(), std::nullopt);
-    EXPECT_EQ(Asked(), 2U);
-    EXPECT_TRUE(office.IsHeld(2));
-    guard.Answered(false, "", now + 60s);
+    EXPECT_EQ(office.asked.size(), 2U);
+    guard.Answered(false, "", later);
     EXPECT_FALSE(office.IsHeld(2));
-    guard.PreparationEnded(now + 61s);
+    guard.PreparationEnded(later);
     EXPECT_EQ(office.asked.at(2), office.asked.at(0));
-    Grant(3);
-    EXPECT_TRUE(office.IsHeld(3));
-}
-
-TEST_F(SleepGuardTest, WithoutAManagerNothingIsAskedFor) {
-    guard.End();
-    guard.Answered(true, "a", now);
-    guard.Look(now + 60s);
-    EXPECT_EQ(Asked(), 1U);
-    EXPECT_EQ(guard.Due(), std::nullopt);
-    // A new one knows nothing of the former's locks.
-    guard.Begin(now + 60s);
-    EXPECT_EQ(office.asked.at(1), office.asked.at(0));
-}
-
-TEST(InhibitorLockTest, NoChildInheritsIt) {
-    const int original = open("/dev/null", O_RDONLY);
-    const InhibitorLock lock = InhibitorLock::CopyOf(original);
-    EXPECT_TRUE(lock.IsHeld());
-    EXPECT_EQ(fcntl(original + 1, F_GETFD), FD_CLOEXEC);
-    close(original);
-    EXPECT_FALSE(InhibitorLock::CopyOf(original).IsHeld());
 }
 
 TEST(QuestionTimesTest, TheQuestionIsAskedAfterChangesAndAllTheTimeWhileSomethingRuns) {
@@ -194,19 +149,14 @@ TEST(QuestionTimesTest, TheQuestionIsAskedAfterChangesAndAllTheTimeWhileSomethin
     EXPECT_FALSE(times.IsTime(start));
     times.Changed();
     EXPECT_TRUE(times.IsTime(start));
-
     times.Asked(start, true);
     EXPECT_FALSE(times.IsTime(start));
-    EXPECT_EQ(times.Due(), start + QuestionTimes::period);
-    EXPECT_TRUE(times.IsTime(start + 1s));
+    EXPECT_LT(times.Due(), start + 1s);
     // A flood of changes is asked for now and then.
     times.Changed();
-    times.Changed();
-    EXPECT_EQ(times.Due(), start + QuestionTimes::leastGap);
     EXPECT_FALSE(times.IsTime(start + QuestionTimes::leastGap - 1ns));
     EXPECT_TRUE(times.IsTime(start + QuestionTimes::leastGap));
-
-    times.Asked(start + 1s, false);
+    times.Asked(start, false);
     EXPECT_EQ(times.Due(), std::nullopt);
 }
 
