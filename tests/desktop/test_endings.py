@@ -95,11 +95,14 @@ class Endings(DesktopTest):
         wait_until("the same descriptors", lambda: facts.descriptors().keys() == before.keys(), 5)
 
     def descriptors_of_a_child(self, facts):
-        """What a command that the program runs has open, caught while it runs."""
+        """What a command that the program runs has open, caught while it runs: not before it has
+        become the shell."""
         end = time.monotonic() + 10
         while time.monotonic() < end:
             for child in facts.children():
                 try:
+                    if ProcessFacts(child).program() == facts.program():
+                        continue
                     seen = ProcessFacts(child).descriptors()
                 except (FileNotFoundError, ProcessLookupError):
                     continue

@@ -62,6 +62,9 @@ class ProcessFacts:
         fields = (self._folder / "stat").read_text().rpartition(")")[2].split()
         return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
+    def program(self):
+        return os.readlink(self._folder / "exe")
+
     def folder(self):
         return os.readlink(self._folder / "cwd")
 
