@@ -1,12 +1,10 @@
 #include "platform/power_supply/PowerSupplyFunctions.h"
 
-#include "platform/functions/CoreFoundationFunctions.h"
 #include "platform/functions/Functions.h"
 #include "tests/support/MadeUpTree.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <vector>
 
 namespace kqu::platform {
@@ -93,32 +91,22 @@ TEST(PowerSuppliesTest, WhatProvidesPower) {
     }
 }
 
-TEST(PowerSuppliesTest, TheNameIsReadThroughABlobAndReleasedAtWill) {
+TEST(PowerSuppliesTest, ABlobTellsOfTheMomentAtWhichItWasTaken) {
     const MadeUpTree tree;
     FunctionTable table;
     Handles handles;
     RegisterPowerSupplyFunctions(table, handles, PowerSupplies(tree.Root()));
-    RegisterCoreFoundationFunctions(table, handles);
     const auto copyInfo = *table.Find<functions::IOPSCopyPowerSourcesInfo>();
     const auto sourceOf = *table.Find<functions::IOPSGetProvidingPowerSourceType>();
-    const auto release = *table.Find<functions::CFRelease>();
-    const auto text = [&](std::int32_t string) {
-        std::array<char, 100> buffer{};
-        (*table.Find<functions::CFStringGetCString>())(string, buffer.data(), 100, 0x08000100);
-        return std::string(buffer.data());
-    };
     const std::int32_t before = copyInfo();
     Plug(tree, discharging);
     const std::int32_t after = copyInfo();
-    // A blob tells of the moment at which it was taken.
-    for (int round = 0; round < 3; ++round) {
-        EXPECT_EQ(text(sourceOf(before)), "AC Power");
-        EXPECT_EQ(text(sourceOf(after)), "Battery Power");
-        // Nobody owns the name, and it is released all the same.
-        release(sourceOf(after));
-    }
-    release(after);
-    for (const std::int32_t none : {after, 0, -1, sourceOf(before)})
+    EXPECT_EQ(*handles.Text(sourceOf(before)), "AC Power");
+    // Nobody owns the name, and it is released all the same.
+    handles.Release(sourceOf(after));
+    EXPECT_EQ(*handles.Text(sourceOf(after)), "Battery Power");
+    handles.Release(after);
+    for (const std::int32_t none : {after, 0, sourceOf(before)})
         EXPECT_EQ(sourceOf(none), 0);
 }
 

@@ -73,21 +73,15 @@ TEST(VolumesTest, TheNameIsTheLabelElseThePlace) {
         const char* place;
         const char* name;
     };
-    const std::vector<Case> cases{
-        {nullptr, "/", "/"},
-        {nullptr, "/media/My Disk", "My Disk"},
-        {"Backup", "/", "Backup"},
-        {R"(My\x20Disk)", "/mnt", "My Disk"},
-        {R"(a\x2fb\x5cx20)", "/mnt", R"(a/b\x20)"},
-        {R"(odd\x2)", "/mnt", R"(odd\x2)"},
-        {R"(odd\xzz)", "/mnt", R"(odd\xzz)"},
-        {"Ä", "/mnt", "Ä"},
-    };
-    for (const Case& c : cases) {
+    for (const Case& c : {Case{"", "/", "/"},
+                          {"", "/media/My Disk", "My Disk"},
+                          {R"(My\x20Disk\x2f\x5cx20)", "/", R"(My Disk/\x20)"},
+                          {R"(Ä\x2)", "/mnt", R"(Ä\x2)"},
+                          {R"(odd\xzz)", "/mnt", R"(odd\xzz)"}}) {
         MadeUpVolumes tree;
         tree.Mount("8:1", "sda1", c.place);
         tree.Label("sda2", "Other");
-        if (c.label != nullptr)
+        if (*c.label != '\0')
             tree.Label("sda1", c.label);
         Volumes volumes(tree.Root());
         EXPECT_EQ(volumes.NameOf(volumes.Mounted().at(0)), c.name) << c.place;
@@ -100,13 +94,8 @@ TEST(VolumesTest, FilesAreTheInodesInUse) {
         fsfilcnt_t free;
         std::uint32_t files;
     };
-    for (const Case& c : std::vector<Case>{{1000, 400, 600},
-                                           {1000, 1000, 0},
-                                           {0, 0, 0},
-                                           {5, 6, 0},
-                                           {4294967297, 1, 4294967295},
-                                           {4294967297, 2, 4294967295},
-                                           {~fsfilcnt_t{0}, 0, 4294967295}}) {
+    for (const Case& c : std::vector<Case>{
+             {1000, 400, 600}, {0, 0, 0}, {5, 6, 0}, {~fsfilcnt_t{0}, 1, 4294967295}}) {
         struct statvfs status {};
         status.f_files = c.inodes;
         status.f_ffree = c.free;
