@@ -27,11 +27,19 @@ class Flood(DesktopTest):
             self.assertEqual(process.wait(60), 0)
 
     def drag_a_little(self):
+        """As a person does it: the button is held until the panel has followed the pointer."""
         before = self.panel.geometry()
-        self.desktop.pointer.drag((before.x + 100, before.y + 30), (before.x + 120, before.y + 40),
-                                  steps=3)
+        place = [before.x + 100, before.y + 30]
+        self.desktop.pointer.move(*place)
+        self.desktop.pointer.press()
+
+        def follows():
+            place[0] += 1
+            self.desktop.pointer.move(*place)
+            return self.panel.geometry() != before
+
+        wait_until("the panel to follow the pointer", follows, 5)
         self.desktop.pointer.release()
-        wait_until("the panel to follow the pointer", lambda: self.panel.geometry() != before, 5)
 
     def row_pixels(self, seen, index):
         """A row's picture without its first lines, which show the line above it."""
