@@ -80,8 +80,7 @@ class EchoFilter {
             return std::nullopt;
         due_.reset();
         // A manager that insists is told once; an owner that insists as well is left its wish.
-        const auto refused = std::pair(believed_, actual_);
-        if (actual_ == believed_ || std::exchange(refused_, refused) == refused)
+        if (actual_ == believed_ || refused_ == std::pair(believed_, actual_))
             return std::nullopt;
         return Tell();
     }
@@ -106,6 +105,7 @@ class EchoFilter {
     static constexpr std::size_t mostOutstanding = 256;
 
     const Value& Tell() {
+        refused_ = std::pair(believed_, actual_);
         believed_ = actual_;
         due_.reset();
         return believed_;
@@ -115,6 +115,7 @@ class EchoFilter {
     Value believed_;
     std::deque<Asked> outstanding_;
     std::optional<Moment> due_;
+    /// What was believed and what was there instead when the owner was told last.
     std::optional<std::pair<Value, Value>> refused_;
 };
 

@@ -10,7 +10,7 @@
 namespace kqu::platform {
 
 namespace {
-constexpr int patienceInMilliseconds = 50;
+constexpr int patienceInMilliseconds = 250;
 }
 
 Point PointerState::OnRoot() {

@@ -139,7 +139,8 @@ std::vector<std::uint8_t> Onlooker::Bytes(xcb_window_t window, const char* prope
 std::vector<std::uint32_t> Onlooker::Words(xcb_window_t window, const char* property) const {
     const auto bytes = Bytes(window, property);
     std::vector<std::uint32_t> words(bytes.size() / 4);
-    std::memcpy(words.data(), bytes.data(), words.size() * 4);
+    if (!words.empty())
+        std::memcpy(words.data(), bytes.data(), words.size() * 4);
     return words;
 }
 
@@ -167,7 +168,11 @@ bool Onlooker::IsListed(xcb_window_t window) const {
 
 xcb_window_t Onlooker::MakeWindow(const platform::Rect& content) const {
     auto* const c = connection_.get();
-    const xcb_window_t window = 0; for(int i=0;i<500;++i) const_cast<xcb_window_t&>(window)=xcb_generate_id(c);
+    // Not one of the first numbers: those may be another window's as soon as we have gone, and a
+    // manager that is still busy with this one would mistake it.
+    for (int number = 0; number < 1000; ++number)
+        static_cast<void>(xcb_generate_id(c));
+    const xcb_window_t window = xcb_generate_id(c);
     const std::uint32_t background = 0x010203;
     xcb_create_window(c, XCB_COPY_FROM_PARENT, window, Root(), static_cast<std::int16_t>(content.x),
                       static_cast<std::int16_t>(content.y),

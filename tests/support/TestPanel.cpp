@@ -74,6 +74,12 @@ void TestPanel::Round() {
         window_->Commit();
 }
 
+void TestPanel::RoundTrip() {
+    Round();
+    static_cast<void>(system_->Collect(*this));
+    static_cast<void>(system_->PointerPosition());
+}
+
 void TestPanel::RunFor(std::chrono::milliseconds time) {
     const auto end = std::chrono::steady_clock::now() + time;
     while (std::chrono::steady_clock::now() < end) {

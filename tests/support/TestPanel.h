@@ -35,13 +35,13 @@ class TestPanel final : private platform::EventQueue, private platform::NativeWi
 
     /// One round of an event loop that does not sleep.
     void Round();
+    /// The same, and returns when the server has done all that was asked for.
+    void RoundTrip();
     /// Runs for some time. For what is not to happen.
     void RunFor(std::chrono::milliseconds time);
     /// Runs until a condition holds.
     void RunUntil(const Onlooker& onlooker, const std::function<bool()>& condition,
                   const std::string& what);
-    /// Drops the window and makes it again with the same system, as a new start of a program does.
-    void Drop() { window_.reset(); }
 
     std::vector<std::string> told;
     /// Run when the button is pressed.

@@ -113,10 +113,10 @@ void XServer::StartManager(const std::string& program) {
     onlooker.WaitFor([&] { return !onlooker.HasManager(); }, "the former manager to go");
     if (program.empty())
         return;
+    // Without a PATH it starts no helpers with windows of their own.
     manager_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{program},
-        std::vector<std::string>{"PATH=/usr/bin:/bin", "LANG=C.UTF-8", "HOME=" + home_,
-                                 "DISPLAY=" + display_},
+        std::vector<std::string>{"PATH=", "LANG=C.UTF-8", "HOME=" + home_, "DISPLAY=" + display_},
         -1);
     onlooker.WaitFor([&] { return onlooker.HasManager(); }, program + " to come up");
     // One that has only just come up may leave requests lying until the next event wakes it.

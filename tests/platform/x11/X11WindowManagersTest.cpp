@@ -2,6 +2,9 @@
 #include "tests/support/XServer.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -45,6 +48,21 @@ struct X11WindowManagersTest : testing::TestWithParam<std::string> {
         panel.RunUntil(
             onlooker, [&] { return Place() == place; }, "the window's place");
     }
+    /// On the screen, and in the hands of the manager if there is one.
+    void Appear(TestPanel& appearing) {
+        appearing.Appear(onlooker);
+        const auto isTaken = [&] {
+            const auto state = onlooker.Words(appearing.Id(), "WM_STATE");
+            return !IsManaged() || (!state.empty() && state.front() == 1);
+        };
+        appearing.RunUntil(onlooker, isTaken, "the manager to take the window");
+    }
+    void RunUntilTold(TestPanel& owner, const std::string& line) {
+        const auto isTold = [&] {
+            return std::find(owner.told.begin(), owner.told.end(), line) != owner.told.end();
+        };
+        owner.RunUntil(onlooker, isTold, line);
+    }
     /// Presses at a point of the content, and has the window dragged from there.
     void StartDrag(Point at) {
         const Rect from = Place();
@@ -52,11 +70,17 @@ struct X11WindowManagersTest : testing::TestWithParam<std::string> {
             panel.Window().BeginDrag({from.x + pressed.x, from.y + pressed.y});
         };
         onlooker.MoveTo({from.x + at.x, from.y + at.y});
-        panel.RunFor(20ms);
         onlooker.Press(1);
-        panel.RunUntil(
-            onlooker, [&] { return !panel.told.empty(); }, "the press");
-        panel.RunFor(100ms);
+        RunUntilTold(panel, "press " + std::to_string(at.x) + ' ' + std::to_string(at.y));
+    }
+    /// Moves the pointer, to and fro until the manager has taken note.
+    void DragTo(Point pointer, const Rect& expected) {
+        const auto isThere = [&] { return Place() == expected; };
+        onlooker.WaitFor(isThere, "the drag", [&] {
+            onlooker.MoveTo({pointer.x - 1, pointer.y});
+            onlooker.MoveTo(pointer);
+            panel.RunFor(20ms);
+        });
     }
 
     Onlooker onlooker;
@@ -73,7 +97,7 @@ TEST_P(X11WindowManagersTest, ComesBackToItsPlaceAndStaysAbove) {
     // The second place has no room for a title bar: the manager may shift the window, once.
     for (const Rect& place : {content, Rect{3, 2, 340, 73}}) {
         panel.Window().SetPosition(place.Origin());
-        panel.Appear(onlooker);
+        Appear(panel);
         panel.RunFor(300ms);
         const Rect given = Place();
         if (place == content) {
@@ -82,15 +106,14 @@ TEST_P(X11WindowManagersTest, ComesBackToItsPlaceAndStaysAbove) {
         for (int round = 0; round < 6; ++round) {
             panel.Vanish(onlooker);
             if (round % 2 == 0)
-                panel.RunFor(50ms);
-            panel.Appear(onlooker);
+                panel.RunFor(30ms);
+            Appear(panel);
+            RunUntilAt(given);
             EXPECT_EQ(onlooker.PixelAt({given.x + 330, given.y + 70}), 0x3366CCU);
-            panel.RunFor(50ms);
-            EXPECT_EQ(Place(), given);
-            ExpectFloating();
         }
         panel.RunFor(300ms);
         EXPECT_EQ(Place(), given);
+        ExpectFloating();
         EXPECT_EQ(panel.told, Lines()) << "a map is no move of the user";
         panel.Vanish(onlooker);
     }
@@ -101,55 +124,62 @@ TEST_P(X11WindowManagersTest, RestartsAtTheToldPlaceDriftByNothing) {
     for (int start = 0; start < 4; ++start) {
         TestPanel restarted(place);
         restarted.onContent = [&](const Rect& told) { place = told; };
-        restarted.Appear(onlooker);
-        restarted.RunFor(50ms);
-        EXPECT_EQ(onlooker.ContentOf(restarted.Id()), content);
+        Appear(restarted);
+        const auto isThere = [&] { return onlooker.ContentOf(restarted.Id()) == content; };
+        restarted.RunUntil(onlooker, isThere, "its place");
         onlooker.MoveTo({content.x + 10, content.y + 10});
         onlooker.Press(1);
-        restarted.RunUntil(
-            onlooker, [&] { return !restarted.told.empty(); }, "the press");
+        RunUntilTold(restarted, "press 10 10");
         onlooker.Release(1);
         restarted.RunFor(300ms);
+        EXPECT_TRUE(isThere());
         EXPECT_EQ(restarted.told, (Lines{"press 10 10", "release 10 10"}));
     }
 }
 
 TEST_P(X11WindowManagersTest, ABurstOfRowsEndsAtItsLastSizeAndTellsNothing) {
-    panel.Appear(onlooker);
+    Appear(panel);
     for (int rows = 2; rows <= 9; ++rows) {
         panel.Resize({340, 73 * rows});
         panel.Fill(0xFFFFFF, 0, 73 * rows - 1);
         panel.Fill(0x000000 + static_cast<std::uint32_t>(rows), 73 * rows - 1, 73 * rows);
         panel.Round();
     }
-    panel.RunFor(700ms);
+    RunUntilAt({470, 42, 340, 657});
+    panel.RunFor(300ms);
     EXPECT_EQ(Place(), (Rect{470, 42, 340, 657}));
     EXPECT_EQ(onlooker.PixelAt({809, 42 + 656}), 9U);
     EXPECT_EQ(onlooker.PixelAt({470, 42 + 655}), 0xFFFFFFU);
     panel.Resize({340, 73});
     panel.Resize({340, 146});
     panel.Resize({340, 73});
-    panel.RunFor(500ms);
+    RunUntilAt(content);
+    const auto sleeps = [&] { return !panel.System().Due(); };
+    panel.RunUntil(onlooker, sleeps, "idle to mean asleep");
     EXPECT_EQ(Place(), content);
     EXPECT_EQ(panel.told, Lines());
-    EXPECT_FALSE(panel.System().Due());
 }
 
 TEST_P(X11WindowManagersTest, TakesNoFocus) {
     const auto other = onlooker.MakeWindow({100, 400, 200, 100});
     onlooker.WaitFor([&] { return onlooker.IsViewable(other); }, "the other window");
     onlooker.Send(onlooker.Root(), other, "_NET_ACTIVE_WINDOW", {2, 0, 0, 0, 0});
-    onlooker.WaitFor([&] { return !IsManaged() || onlooker.Focus() == other; }, "its focus");
+    const auto active = [&] { return onlooker.Words(onlooker.Root(), "_NET_ACTIVE_WINDOW"); };
+    onlooker.WaitFor(
+        [&] {
+            return !IsManaged() || (onlooker.Focus() == other && active() == std::vector{other});
+        },
+        "its focus");
     const auto focus = onlooker.Focus();
-    const auto active = onlooker.Words(onlooker.Root(), "_NET_ACTIVE_WINDOW");
+    const auto activeBefore = active();
     for (int round = 0; round < 2; ++round) {
-        panel.Appear(onlooker);
+        Appear(panel);
         panel.Resize({340, 73 * (round + 2)});
         panel.Window().SetTitle("Brackwater Scheduled Tasks");
         panel.Window().SetAlpha(1.0F);
         panel.RunFor(150ms);
         EXPECT_EQ(onlooker.Focus(), focus);
-        EXPECT_EQ(onlooker.Words(onlooker.Root(), "_NET_ACTIVE_WINDOW"), active);
+        EXPECT_EQ(active(), activeBefore);
         panel.Vanish(onlooker);
         panel.RunFor(50ms);
         EXPECT_EQ(onlooker.Focus(), focus);
@@ -158,25 +188,20 @@ TEST_P(X11WindowManagersTest, TakesNoFocus) {
 }
 
 TEST_P(X11WindowManagersTest, ADragMovesByExactlyThePointersWay) {
-    panel.Appear(onlooker);
+    Appear(panel);
     panel.RunFor(300ms);
     StartDrag({12, 20});
-    EXPECT_FALSE(panel.System().Due()) << "the program lives, and has nothing to wait for";
-    onlooker.MoveTo({470 + 12 + 20, 42 + 20 + 4});
-    panel.RunFor(50ms);
+    DragTo({470 + 12 + 20, 42 + 20 + 4}, {490, 46, 340, 73});
+    // The program lives while the button is held.
+    EXPECT_TRUE(panel.System().PrimaryButtonDown());
     panel.FillAll(0x00FF00);
-    panel.RunFor(20ms);
-    onlooker.MoveTo({470 + 12 + 37, 42 + 20 + 11});
-    panel.RunFor(50ms);
+    const auto isShown = [&] { return onlooker.PixelAt({500, 60}) == 0x00FF00; };
+    panel.RunUntil(onlooker, isShown, "a change in the middle of the drag");
+    DragTo({470 + 12 + 37, 42 + 20 + 11}, {507, 53, 340, 73});
     onlooker.Release(1);
+    RunUntilTold(panel, "content 507 53 340 73");
     RunUntilAt({507, 53, 340, 73});
-    panel.RunUntil(
-        onlooker,
-        [&] {
-            return std::count(panel.told.begin(), panel.told.end(), "content 507 53 340 73") > 0;
-        },
-        "the owner to hear of it");
-    EXPECT_EQ(onlooker.PixelAt({507, 53}), 0x00FF00U);
+    panel.Round();
     EXPECT_EQ(std::count(panel.told.begin(), panel.told.end(), "press 12 20"), 1);
     EXPECT_EQ(std::count_if(panel.told.begin(), panel.told.end(),
                             [](const std::string& line) { return line.starts_with("release"); }),
@@ -186,20 +211,20 @@ TEST_P(X11WindowManagersTest, ADragMovesByExactlyThePointersWay) {
     onlooker.MoveTo({200, 300});
     panel.RunFor(100ms);
     panel.Vanish(onlooker);
-    panel.Appear(onlooker);
+    Appear(panel);
     panel.RunFor(300ms);
     EXPECT_EQ(Place(), (Rect{507, 53, 340, 73}));
 }
 
 TEST_P(X11WindowManagersTest, AClickThatEndsBeforeTheDragBeginsMovesNothing) {
-    panel.Appear(onlooker);
+    Appear(panel);
     panel.onPress = [this](Point at) {
         onlooker.Release(1);
         panel.Window().BeginDrag({content.x + at.x, content.y + at.y});
     };
     onlooker.MoveTo({480, 60});
     onlooker.Press(1);
-    panel.RunFor(200ms);
+    RunUntilTold(panel, "release 10 18");
     onlooker.MoveTo({700, 500});
     panel.RunFor(300ms);
     EXPECT_EQ(Place(), content);
@@ -208,8 +233,7 @@ TEST_P(X11WindowManagersTest, AClickThatEndsBeforeTheDragBeginsMovesNothing) {
 
 TEST_P(X11WindowManagersTest, KnowsWhenItIsCollapsed) {
     panel.Window().ChangeAttributes(8, 0);
-    panel.Appear(onlooker);
-    panel.RunFor(50ms);
+    Appear(panel);
     EXPECT_FALSE(panel.Window().IsCollapsed());
     if (!IsManaged())
         return;
@@ -225,7 +249,7 @@ TEST_P(X11WindowManagersTest, KnowsWhenItIsCollapsed) {
 }
 
 TEST_P(X11WindowManagersTest, OutsideMovesAndCloseRequestsAreTold) {
-    panel.Appear(onlooker);
+    Appear(panel);
     panel.RunFor(300ms);
     // With static gravity: the place is that of the content.
     onlooker.Send(onlooker.Root(), panel.Id(), "_NET_MOVERESIZE_WINDOW",
@@ -250,16 +274,100 @@ TEST_P(X11WindowManagersTest, OutsideMovesAndCloseRequestsAreTold) {
 TEST_P(X11WindowManagersTest, AManagerThatComesAndGoesMovesNothing) {
     server->StartManager("");
     panel.Appear(onlooker);
-    server->StartManager(GetParam());
-    panel.RunFor(300ms);
-    EXPECT_EQ(Place(), content);
-    server->StartManager("");
-    panel.RunFor(300ms);
-    EXPECT_EQ(Place(), content);
+    for (const std::string& manager : {GetParam(), std::string()}) {
+        server->StartManager(manager);
+        panel.RunFor(300ms);
+        RunUntilAt(content);
+    }
     panel.Vanish(onlooker);
     panel.Appear(onlooker);
     EXPECT_EQ(Place(), content);
     EXPECT_EQ(panel.told, Lines());
+}
+
+/// A manager that gives each window half of the screen and hears of nothing else.
+class TilingManager {
+  public:
+    TilingManager() {
+        const std::uint32_t redirect =
+            XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+        xcb_change_window_attributes(connection_, root_, XCB_CW_EVENT_MASK, &redirect);
+        xcb_flush(connection_);
+    }
+    ~TilingManager() { xcb_disconnect(connection_); }
+    TilingManager(const TilingManager&) = delete;
+    TilingManager& operator=(const TilingManager&) = delete;
+
+    /// How many requests for another size it has heard.
+    int refused = 0;
+
+    void Work() {
+        while (xcb_generic_event_t* const event = xcb_poll_for_event(connection_)) {
+            xcb_map_request_event_t request{};
+            std::memcpy(&request, event, sizeof request);
+            std::free(event);
+            if (request.response_type == XCB_MAP_REQUEST) {
+                xcb_configure_window_aux(connection_, request.window, placeAndSize, &tile_);
+                xcb_map_window(connection_, request.window);
+            } else if (request.response_type == XCB_CONFIGURE_REQUEST) {
+                ++refused;
+                Refuse(request.window);
+            }
+        }
+        xcb_flush(connection_);
+    }
+
+  private:
+    static constexpr std::uint16_t placeAndSize = XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y |
+                                                  XCB_CONFIG_WINDOW_WIDTH |
+                                                  XCB_CONFIG_WINDOW_HEIGHT;
+
+    void Refuse(xcb_window_t window) {
+        std::array<char, 32> bytes{};
+        xcb_configure_notify_event_t unchanged{};
+        unchanged.response_type = XCB_CONFIGURE_NOTIFY;
+        unchanged.event = unchanged.window = window;
+        unchanged.width = static_cast<std::uint16_t>(tile_.width);
+        unchanged.height = static_cast<std::uint16_t>(tile_.height);
+        std::memcpy(bytes.data(), &unchanged, sizeof unchanged);
+        xcb_send_event(connection_, 0, window, XCB_EVENT_MASK_STRUCTURE_NOTIFY, bytes.data());
+    }
+
+    xcb_connection_t* connection_ = xcb_connect(nullptr, nullptr);
+    xcb_window_t root_ = 0;
+    xcb_configure_window_value_list_t tile_{0, 0, 512, 768, 0, 0, 0};
+};
+
+TEST(X11WindowUnderATilingManagerTest, ShowsItsContentRightAndDoesNotQuarrelForEver) {
+    const XServer server;
+    const Onlooker onlooker;
+    TilingManager manager;
+    TestPanel panel(content);
+    panel.FillAll(0x3366CC);
+    // As a panel does that has a mind of its own about its size.
+    panel.onContent = [&](const Rect&) {
+        panel.Resize({340, 73});
+        panel.FillAll(0x00FF00);
+    };
+    panel.Window().Show();
+    const auto runUntil = [&](const std::function<bool()>& condition, const std::string& what) {
+        onlooker.WaitFor(condition, what, [&] {
+            manager.Work();
+            panel.Round();
+        });
+    };
+    runUntil([&] { return onlooker.IsViewable(panel.Id()); }, "the map");
+    runUntil([&] { return onlooker.PixelAt({339, 72}) == 0x00FF00; }, "the content");
+    runUntil([&] { return onlooker.PixelAt({400, 700}) == 0xFFFFFF; }, "the rest");
+    const auto end = std::chrono::steady_clock::now() + 2200ms;
+    runUntil([&] { return std::chrono::steady_clock::now() > end; }, "the end");
+    EXPECT_EQ(panel.told, Lines{"content 470 42 512 768"});
+    // Place and stacking before the map, and the one answer.
+    EXPECT_LE(manager.refused, 3);
+    EXPECT_FALSE(panel.System().Due());
+    EXPECT_EQ(onlooker.PixelAt({340, 72}), 0xFFFFFFU);
+    EXPECT_EQ(onlooker.PixelAt({0, 73}), 0xFFFFFFU);
 }
 
 } // namespace

@@ -58,7 +58,7 @@ TEST_F(X11WindowTest, IsMappedExactlyWhileShownAndNotTransparent) {
     panel.Appear(onlooker);
     EXPECT_TRUE(onlooker.Words(panel.Id(), "_NET_WM_WINDOW_OPACITY").empty());
     panel.Window().Hide();
-    panel.Round();
+    panel.RoundTrip();
     EXPECT_FALSE(onlooker.IsViewable(panel.Id()));
 }
 
@@ -125,7 +125,7 @@ TEST_F(X11WindowTest, TellsManagersWhatItIsBeforeEachMap) {
     // Flags, functions (move, maximise), decorations (border, title, menu, maximise).
     EXPECT_EQ(onlooker.Words(id, "_MOTIF_WM_HINTS"), (Words{3, 4 | 16, 2 | 8 | 16 | 64, 0, 0}));
     panel.Window().ChangeAttributes(8, 6);
-    panel.Round();
+    panel.RoundTrip();
     EXPECT_EQ(onlooker.Words(id, "_MOTIF_WM_HINTS"), (Words{3, 4 | 8, 2 | 8 | 16 | 32, 0, 0}));
 }
 
@@ -133,7 +133,7 @@ TEST_F(X11WindowTest, SizeLimitsFollowTheSizeAndComeBeforeIt) {
     panel.Appear(onlooker);
     onlooker.Watch(panel.Id());
     panel.Resize({340, 146});
-    panel.Round();
+    panel.RoundTrip();
     const Lines happened = onlooker.Happened();
     EXPECT_LT(PlaceOf(happened, "property WM_NORMAL_HINTS"),
               PlaceOf(happened, "configure 340 146"));
@@ -352,7 +352,7 @@ TEST_F(X11WindowTest, TheIconIsDrawnAnewWhenTheContentChanged) {
         panel.Window().UpdateDockTile();
         panel.Round();
         panel.Window().UpdateDockTile();
-        panel.Round();
+        panel.RoundTrip();
         EXPECT_EQ(onlooker.Happened(), Lines{"property _NET_WM_ICON"});
         const auto icon = onlooker.Words(panel.Id(), "_NET_WM_ICON");
         ASSERT_EQ(icon.size(), 2U + 48 * 48 + 2 + 32 * 32);
