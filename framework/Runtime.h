@@ -7,7 +7,6 @@
 
 namespace kqu {
 
-class Application;
 class Window;
 
 /// The framework's one connection to the world: the platform that it was started with and the event

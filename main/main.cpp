@@ -25,7 +25,7 @@ namespace {
 
 constexpr int noDisplay = 1;
 
-int RunOn(platform::X11WindowSystem& windows) {
+int RunOn(platform::X11WindowSystem& windows, platform::SignalSource& signals) {
     platform::SystemWaiting waiting;
     platform::DBusNotificationCentre notifications;
     platform::LogindPowerMessages power;
@@ -40,8 +40,6 @@ int RunOn(platform::X11WindowSystem& windows) {
     platform::RegisterWindowFunctions(functions);
     platform::RegisterTextFunctions(functions);
     platform::RegisterScreenUpdates(functions, screenUpdates);
-    // To be asked to terminate is to have the panel closed.
-    platform::SignalSource signals([] { Application::Current().Close(); });
 
     std::vector<platform::EventSource*> sources = notifications.Sources();
     sources.insert(sources.end(), {&windows, &power, &signals});
@@ -50,14 +48,26 @@ int RunOn(platform::X11WindowSystem& windows) {
     return app.Run();
 }
 
+int Run() {
+    // To be asked to terminate is to have the panel closed. From the first moment to the last: what
+    // comes while the program opens or ends must not kill it.
+    static platform::SignalSource signals([] { Application::Current().Close(); });
+    const auto windows = platform::X11WindowSystem::Open();
+    if (!windows) {
+        std::fputs("kqu-messenger: no X display can be opened\n", stderr);
+        return noDisplay;
+    }
+    return RunOn(*windows, signals);
+}
+
 } // namespace
 } // namespace kqu
 
 int main() {
-    const auto windows = kqu::platform::X11WindowSystem::Open();
-    if (!windows) {
-        std::fputs("kqu-messenger: no X display can be opened\n", stderr);
-        return kqu::noDisplay;
+    try {
+        return kqu::Run();
+    } catch (...) {
+        // Without descriptors or memory there is no program; it ends as it always does.
+        return 0;
     }
-    return kqu::RunOn(*windows);
 }

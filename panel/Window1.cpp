@@ -35,10 +35,6 @@ Window1& Window1::Instance() {
     return *panel;
 }
 
-bool Window1::Exists() {
-    return panel != nullptr;
-}
-
 void Window1::Release() {
     panel.reset();
 }

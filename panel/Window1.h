@@ -28,7 +28,6 @@ class FolderItem;
 class Window1 : public Window {
   public:
     [[nodiscard]] static Window1& Instance();
-    [[nodiscard]] static bool Exists();
     /// Takes the panel down, at the end of the program.
     static void Release();
 

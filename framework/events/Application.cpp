@@ -50,7 +50,12 @@ void Application::Start() {
 
 int Application::Run() {
     Start();
-    Runtime::Current().Loop().Run();
+    try {
+        Runtime::Current().Loop().Run();
+    } catch (...) {
+        // Not out of a handler but out of the loop itself: there is no going on.
+        Unhandled(std::current_exception());
+    }
     return exitStatus_;
 }
 
@@ -59,11 +64,15 @@ void Application::Quit(int exitStatus) {
     Runtime::Current().Loop().Quit();
 }
 
+bool Application::IsQuitting() const {
+    return Runtime::Current().Loop().IsQuitting();
+}
+
 void Application::Close() {
     const auto windows = Runtime::Current().OpenWindows();
     for (Window* window : windows)
         window->Close();
-    if (!Runtime::Current().Loop().IsQuitting())
+    if (!IsQuitting())
         Quit(0);
 }
 

@@ -26,6 +26,9 @@ class Application {
     /// Ends the program with the given exit status as soon as the running handlers have unwound.
     void Quit(int exitStatus);
 
+    /// Whether Quit was called: nothing more will be dispatched.
+    [[nodiscard]] bool IsQuitting() const;
+
     /// Raises the close event of every open window, then ends the program if none of them did: what
     /// a lost display and a request to terminate come to.
     void Close();

@@ -67,9 +67,11 @@ void EventLoop::Round(Patience patience) {
 
 bool EventLoop::Collect() {
     bool more = false;
+    // A source may go while another one is looked at.
     const auto sources = sources_;
     for (platform::EventSource* source : sources)
-        Guarded([&] { more = source->Collect(*this) || more; });
+        if (std::find(sources_.begin(), sources_.end(), source) != sources_.end())
+            Guarded([&] { more = source->Collect(*this) || more; });
     return more;
 }
 
@@ -125,9 +127,14 @@ LoopTimer* EventLoop::FirstDue(platform::Moment until) const {
 }
 
 void EventLoop::WorkBetweenHandlers() {
+    // Work may be taken back by the work before it.
+    const auto isRegistered = [this](std::uint64_t serial) {
+        return std::any_of(between_.begin(), between_.end(),
+                           [serial](const Work& entry) { return entry.serial == serial; });
+    };
     const auto work = between_;
     for (const Work& entry : work)
-        if (!quitting_)
+        if (!quitting_ && isRegistered(entry.serial))
             Guarded(entry.handler);
 }
 

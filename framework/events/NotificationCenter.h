@@ -3,6 +3,7 @@
 #include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFObject.h"
 #include "framework/corefoundation/CFString.h"
+#include "framework/ui/InvisibleControl.h"
 #include "framework/values/Object.h"
 #include "platform/interfaces/NotificationCentre.h"
 #include "platform/interfaces/Registration.h"
@@ -13,16 +14,14 @@
 
 namespace kqu {
 
-class Window;
-
 /// A listener on the machine's distributed notification centre, a control of a window without a
 /// face. Hears nothing until the first `Add`.
-class NotificationCenter {
+class NotificationCenter : public InvisibleControl {
   public:
     /// A notification is delivered at once even while the application is in the background.
     static constexpr std::int32_t deliverImmediately = 4;
 
-    explicit NotificationCenter(Window& ownerWindow) : ownerWindow_(ownerWindow) {}
+    explicit NotificationCenter(Window& ownerWindow) : InvisibleControl(ownerWindow) {}
 
     /// Registers for notifications; an empty name stands for every name. The stream is narrowed by
     /// the centre's own interface alone: however many registrations there are, each notification
@@ -34,12 +33,9 @@ class NotificationCenter {
                        const Ref<CFDictionary>& userInfo)>
         Received;
 
-    [[nodiscard]] Window& ownerWindow() const { return ownerWindow_; }
-
   private:
     void Deliver(const platform::PostedNotification& posted);
 
-    Window& ownerWindow_;
     platform::Registration listening_;
 };
 

@@ -18,7 +18,7 @@ void StartAs(LoopTimer& timer, TimerMode mode, std::int32_t period) {
 
 Timer::Timer(Window& ownerWindow, TimerMode mode, std::int32_t periodInMilliseconds,
              std::function<void()> action)
-    : ownerWindow_(ownerWindow),
+    : InvisibleControl(ownerWindow),
       timer_(Runtime::Current().Loop(), std::move(action)),
       mode_(mode),
       period_(periodInMilliseconds) {
@@ -32,9 +32,9 @@ void Timer::SetMode(TimerMode mode) {
 
 EventLoopTimer::EventLoopTimer(Window& ownerWindow, TimerMode mode,
                                std::int32_t periodInMilliseconds, std::function<void()> action)
-    : Mode(mode),
+    : InvisibleControl(ownerWindow),
+      Mode(mode),
       Period(periodInMilliseconds),
-      ownerWindow_(ownerWindow),
       timer_(Runtime::Current().Loop(), std::move(action)) {}
 
 void EventLoopTimer::Create() {

@@ -1,20 +1,19 @@
 #pragma once
 
 #include "framework/events/LoopTimer.h"
+#include "framework/ui/InvisibleControl.h"
 
 #include <cstdint>
 #include <functional>
 
 namespace kqu {
 
-class Window;
-
 /// What a timer does when its period is over.
 enum class TimerMode : std::int32_t { Off = 0, Once = 1, Repeating = 2 };
 
 /// The framework's timer, a control of a window without a face. It runs from its creation, as far
 /// as its mode allows; setting the mode to Once or Repeating starts the period anew.
-class Timer {
+class Timer : public InvisibleControl {
   public:
     Timer(Window& ownerWindow, TimerMode mode, std::int32_t periodInMilliseconds,
           std::function<void()> action);
@@ -22,10 +21,8 @@ class Timer {
     [[nodiscard]] TimerMode Mode() const { return mode_; }
     void SetMode(TimerMode mode);
     [[nodiscard]] std::int32_t Period() const { return period_; }
-    [[nodiscard]] Window& ownerWindow() const { return ownerWindow_; }
 
   private:
-    Window& ownerWindow_;
     LoopTimer timer_;
     TimerMode mode_;
     std::int32_t period_;
@@ -33,7 +30,7 @@ class Timer {
 
 /// The event loop's own timer: has a mode and a period from the start, yet does nothing until
 /// `Create`.
-class EventLoopTimer {
+class EventLoopTimer : public InvisibleControl {
   public:
     EventLoopTimer(Window& ownerWindow, TimerMode mode, std::int32_t periodInMilliseconds,
                    std::function<void()> action);
@@ -47,10 +44,7 @@ class EventLoopTimer {
     /// The status of the latest `Create`, 0 for success.
     std::int32_t Lasterror = 0;
 
-    [[nodiscard]] Window& ownerWindow() const { return ownerWindow_; }
-
   private:
-    Window& ownerWindow_;
     LoopTimer timer_;
 };
 

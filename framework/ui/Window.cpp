@@ -10,8 +10,6 @@
 namespace kqu {
 
 namespace {
-constexpr int bufferDepth = 32;
-
 platform::Point RelativeTo(const Control& control, platform::Point inContent) {
     return {inContent.x - control.Left(), inContent.y - control.Top()};
 }
@@ -139,11 +137,15 @@ void Window::DrawEverything() {
     pending_.clear();
     const platform::Rect whole{0, 0, content_.width, content_.height};
     const auto graphics = Graphics::ForArea(Buffer(), whole);
-    graphics->SetForeColor(layout_.HasBackColor ? layout_.BackColor : RGB(255, 255, 255));
+    graphics->SetForeColor(BackColor());
     graphics->FillRect(0, 0, whole.width, whole.height);
     MarkChanged(whole);
     for (Control* control : controls_)
         pending_.push_back({control, Erasing::KeepBackground});
+}
+
+Colour Window::BackColor() const {
+    return layout_.HasBackColor ? layout_.BackColor : RGB(255, 255, 255);
 }
 
 void Window::DrawControl(Control& control, Erasing erasing) {
@@ -151,7 +153,7 @@ void Window::DrawControl(Control& control, Erasing erasing) {
         return;
     const auto graphics = GraphicsFor(control);
     if (erasing == Erasing::EraseBackground) {
-        graphics->SetForeColor(layout_.BackColor);
+        graphics->SetForeColor(BackColor());
         graphics->FillRect(0, 0, control.Width(), control.Height());
         graphics->SetForeColor(RGB(0, 0, 0));
     }

@@ -123,6 +123,7 @@ class Window : private platform::NativeWindowOwner {
 
     void Resize(platform::Size size);
     void ShowChanges();
+    [[nodiscard]] Colour BackColor() const;
     void DrawEverything();
     void DrawControl(Control& control, Erasing erasing);
     void InvalidateAbove(const Control& control);

@@ -38,7 +38,7 @@ void RegisterWindowFunctions(FunctionTable& table) {
         [](NativeWindow* window, std::int32_t width, std::int32_t height, std::int32_t) {
             On(window, [=](NativeWindow& given) { given.SetSize({width, height}); });
         });
-    // The bounds have always been nil: the panel may be dragged anywhere.
+    // Nobody passes bounds: the panel may be dragged anywhere.
     table.Set<functions::DragWindow>([](NativeWindow* window, Point start, const Rect*) {
         On(window, [=](NativeWindow& given) { given.BeginDrag(start); });
     });

@@ -1,5 +1,6 @@
 #include "platform/text/TextLayout.h"
 
+#include "platform/QuietErrors.h"
 #include "platform/text/ShapedLine.h"
 
 #include <algorithm>
@@ -119,7 +120,14 @@ TextLayout& TextLayout::Shared() {
     return shared;
 }
 
-TextLayout::TextLayout() : fontMap_(std::make_unique<FontMap>()) {}
+TextLayout::TextLayout() : fontMap_(std::make_unique<FontMap>()) {
+    // Settings of the user's fonts that can't be read are complained of when they are first needed;
+    // the load waits until all of them have been.
+    const QuietErrors quiet;
+    const PangoContextPointer context = MakeContext(fontMap_->object.get(), smallestSize);
+    const CPointer<PangoFontMetrics, pango_font_metrics_unref> metrics(
+        pango_context_get_metrics(context.get(), nullptr, nullptr));
+}
 TextLayout::~TextLayout() = default;
 
 TextLayout::Font& TextLayout::FontOf(int size) {

@@ -1,5 +1,7 @@
 #include "platform/x11/Display.h"
 
+#include "platform/QuietErrors.h"
+
 #include <bit>
 #include <cstdlib>
 #include <cstring>
@@ -28,11 +30,17 @@ const xcb_visualtype_t* TrueColourVisual(const xcb_depth_t* depth,
             return visual.data;
     return nullptr;
 }
+
+/// A display that refuses us has the library print why; whether there is a display is ours to tell.
+xcb_connection_t* ConnectQuietly(int& screenNumber) {
+    const QuietErrors quiet;
+    return xcb_connect(nullptr, &screenNumber);
+}
 } // namespace
 
 std::unique_ptr<Display> Display::Open() {
     int screenNumber = 0;
-    Connected connection(xcb_connect(nullptr, &screenNumber));
+    Connected connection(ConnectQuietly(screenNumber));
     if (xcb_connection_has_error(connection.get()) != 0)
         return nullptr;
     // The commands that the program starts are not to hold our connection.

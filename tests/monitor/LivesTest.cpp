@@ -248,6 +248,16 @@ TEST_F(Lives, AnExceptionInAnyHandlerEndsTheProgramWithStatusZero) {
     EXPECT_EQ(machine.app->ExitStatus(), 0);
 }
 
+TEST_F(Lives, AnEndingProgramReapsNoFurther) {
+    for (int i = 1; i <= 5; ++i)
+        TaskAt(1s, "KQS_disk." + std::to_string(i), i * 10);
+    machine.At(2s, [&] {
+        machine.processes.whileReading = [&] { machine.windows.RequestClose(); };
+    });
+    EXPECT_EQ(machine.RunToEnd(), 3.0);
+    EXPECT_EQ(PsRuns(), 1);
+}
+
 TEST_F(Lives, TheCloseEventEndsTheProgramWithRowsPresent) {
     TaskAt(1s, "KQS_disk.1", 1);
     machine.At(2s, [&] { machine.windows.RequestClose(); });

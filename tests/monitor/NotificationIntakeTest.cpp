@@ -136,8 +136,10 @@ TEST_F(NotificationIntakeTest, RegistersThreeTimesAndHearsEveryNotificationOnce)
 
 TEST_F(NotificationIntakeTest, BeforeTheOpeningIsDoneNothingIsTakenIn) {
     machine.Panel().startupdone = false;
+    Screen().collapsed = true;
     Post("KQS_disk.1", "KQMS");
     EXPECT_EQ(Rows(), 0);
+    EXPECT_EQ(Screen().tileUpdates, 1);
     machine.Panel().startupdone = true;
     Post("KQS_disk.1", "KQMS");
     EXPECT_EQ(Rows(), 1);
@@ -178,6 +180,10 @@ TEST_F(NotificationIntakeTest, AHeldButtonLetsOneUpdatePerQuarterSecondThroughAn
     machine.Advance(17ms);
     Post("KQS_disk.2", "KQMS", {{"Item", "passes again"}});
     EXPECT_EQ(Text("KQS_disk.2", "Status"), "passes again");
+    // The row count is noted for the lost ones as well.
+    machine.Panel().MyWindowEventList->MyDict->Remove("KQS_disk.3");
+    Post("KQS_disk.2", "KQMS", {{"Item", "lost"}});
+    EXPECT_EQ(machine.Panel().LastDictcount, 2);
     machine.windows.buttonDown = false;
     Post("KQS_disk.2", "KQMS", {{"Item", "free"}});
     EXPECT_EQ(Text("KQS_disk.2", "Status"), "free");

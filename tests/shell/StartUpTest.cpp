@@ -95,6 +95,8 @@ TEST(StartUp, StepsComeInTheirOrder) {
         note("pmset");
         EXPECT_FALSE(machine.power.IsListenedTo());
         EXPECT_EQ(machine.windows.windowsMade, 0);
+        // Read only afterwards.
+        machine.WriteFile(preferences, "<plist><dict><key>SleepOnAC</key><true/></dict></plist>");
         return std::string("Now drawing from 'battery power'\n");
     };
     machine.functions.Set<functions::ChangeWindowAttributes>(
@@ -106,7 +108,7 @@ TEST(StartUp, StepsComeInTheirOrder) {
     machine.Start();
     EXPECT_EQ(steps, (std::vector<std::string>{"version", "identity", "cat", "pmset", "opening",
                                                "opening", "opening"}));
-    EXPECT_TRUE(Module1.isNoteBook);
+    EXPECT_TRUE(Module1.isNoteBook && Module1.SleepOnAC);
     EXPECT_TRUE(machine.app->WasWin1);
     const auto& calls = machine.windows.calls;
     ASSERT_GE(calls.size(), 2U);
