@@ -2,133 +2,89 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
+#include <tuple>
+#include <utility>
 
 namespace kqu {
 namespace {
 
 TEST(Text, ValReadsTheLeadingDecimalNumberAndNothingElse) {
     const double infinity = std::numeric_limits<double>::infinity();
-    struct Case {
-        std::string text;
-        double value;
-    };
-    for (const Case& c : {Case{"", 0},
-                          {"abc", 0},
-                          {"inf", 0},
-                          {"nan", 0},
-                          {"infinity", 0},
-                          {"0x1F", 0},
-                          {"12abc", 12},
-                          {"-3.5%", -3.5},
-                          {".5", 0.5},
-                          {"5.", 5},
-                          {"+7", 7},
-                          {" \t7", 7},
-                          {"- 7", 0},
-                          {"1,5", 1},
-                          {"1e3", 1000},
-                          {"1e", 1},
-                          {"1e+", 1},
-                          {"2E-1x", 0.2},
-                          {"--1", 0},
-                          {".", 0},
-                          {"1e400", infinity},
-                          {"-1e400", -infinity},
-                          {"1e-400", 0},
-                          {"0.0001e400", infinity},
-                          {std::string(400, '1') + "e-10", infinity},
-                          {std::string(400, '1') + "e-399", 1.1111111111111112},
-                          {"1e99999999999999999999", infinity},
-                          {"1e-9223372036854775808", 0},
-                          {"0e99999999999999999999", 0},
-                          {"0.0", 0},
-                          {std::string(400, '9'), infinity},
-                          {"0." + std::string(400, '0') + "1", 0},
-                          {std::string(5000, '0') + "42", 42}})
-        EXPECT_EQ(Val(c.text), c.value) << c.text;
+    for (const char* none : {"", "abc", "inf", "nan", "infinity", "0x1F", "- 7", "--1", ".",
+                             "1e-400", "1e-9223372036854775808", "0e99999999999999999999"})
+        EXPECT_EQ(Val(none), 0) << none;
+    for (const char* tooLarge : {"1e400", "0.0001e400", "1e99999999999999999999"}) {
+        EXPECT_EQ(Val(tooLarge), infinity) << tooLarge;
+        EXPECT_EQ(Val(std::string("-") + tooLarge), -infinity) << tooLarge;
+    }
+    using Case = std::pair<const char*, double>;
+    for (const auto& [text, value] :
+         {Case{"12abc", 12}, Case{"-3.5%", -3.5}, Case{".5", 0.5}, Case{"5.", 5}, Case{"+7", 7},
+          Case{" \t7", 7}, Case{"1,5", 1}, Case{"1e3", 1000}, Case{"1e", 1}, Case{"1e+", 1},
+          Case{"2E-1x", 0.2}})
+        EXPECT_EQ(Val(text), value) << text;
+    const std::string ones(400, '1');
+    EXPECT_EQ(Val(ones + "e-10"), infinity);
+    EXPECT_EQ(Val(ones + "e-399"), 1.1111111111111112);
+    EXPECT_EQ(Val("0." + std::string(400, '0') + "1"), 0);
+    EXPECT_EQ(Val(std::string(5000, '0') + "42"), 42);
 }
 
 TEST(Text, SearchingIgnoresCaseInEveryScriptAndCountsBytesOfTheOriginal) {
-    EXPECT_EQ(InStr("xx-kqs_DISK/7", "KQS_disk"), 4);
-    EXPECT_EQ(InStr("abc", "d"), 0);
-    EXPECT_EQ(InStr("abc", ""), 1);
-    EXPECT_EQ(InStr("", "a"), 0);
-    EXPECT_EQ(InStr("ÄÖÜ-x", "äöü"), 1);
-    EXPECT_EQ(InStr("x\u00C4", "\u00E4"), 2);
-    // Letters whose folded form has another length in bytes don't move what stands behind them.
-    EXPECT_EQ(ReplaceAll("\u0130.appBrackwater", ".APP", ""), "\u0130Brackwater");
-    EXPECT_EQ(ReplaceAll("\u212A.app\u212A", "k", "-"), "-.app-");
-    EXPECT_TRUE(EqualsIgnoringCase("Straße", "STRAßE"));
-    EXPECT_FALSE(EqualsIgnoringCase("Straße", "Strasse"));
-    EXPECT_TRUE(EqualsIgnoringCase("ПРИВЕТ", "привет"));
-    EXPECT_FALSE(EqualsIgnoringCase("abc", "ab"));
-    EXPECT_FALSE(EqualsIgnoringCase("I", "\u0131"));
-    EXPECT_TRUE(EqualsIgnoringCase("\u13A0 \u03C3 \u01C5", "\uAB70 \u03C2 \u01C4"));
-    EXPECT_EQ(InStr("-.\u212A-.k.", ".k."), 7);
-}
-
-TEST(Text, BytesThatAreNoTextSurvive) {
-    const std::string broken = "a\xFF\xC3/b\x80";
-    EXPECT_EQ(ReplaceAll(broken, "/", "//"), "a\xFF\xC3//b\x80");
-    EXPECT_EQ(NthField(broken, "/", 1), "a\xFF\xC3");
-    EXPECT_TRUE(EqualsIgnoringCase(broken, "A\xFF\xC3/B\x80"));
-    EXPECT_FALSE(EqualsIgnoringCase("\xFF", "\xFE"));
+    using Search = std::tuple<const char*, const char*, int>;
+    for (const auto& [text, part, place] :
+         {Search{"xx-kqs_DISK/7", "KQS_disk", 4}, Search{"abc", "d", 0}, Search{"abc", "", 1},
+          Search{"", "a", 0}, Search{"ÄÖÜ-x", "äöü", 1}, Search{"x\u00C4", "\u00E4", 2},
+          Search{"-.\u212A-.k.", ".k.", 7}})
+        EXPECT_EQ(InStr(text, part), place) << text;
+    using Pair = std::tuple<const char*, const char*, bool>;
+    for (const auto& [one, other, equal] :
+         {Pair{"Straße", "STRAßE", true}, Pair{"Straße", "Strasse", false},
+          Pair{"ПРИВЕТ", "привет", true}, Pair{"abc", "ab", false}, Pair{"I", "\u0131", false},
+          Pair{"\xFF", "\xFE", false}, Pair{"\u13A0 \u03C3 \u01C5", "\uAB70 \u03C2 \u01C4", true},
+          Pair{"a\xFF\xC3/b\x80", "A\xFF\xC3/B\x80", true}})
+        EXPECT_EQ(EqualsIgnoringCase(one, other), equal) << one << ' ' << other;
 }
 
 TEST(Text, ReplacingGoesOnceFromTheLeft) {
-    EXPECT_EQ(ReplaceAll("a///b", "//", "/"), "a//b");
-    EXPECT_EQ(ReplaceAll("aAaA", "aa", "a"), "aa");
-    EXPECT_EQ(ReplaceAll("x", "", "y"), "x");
-    EXPECT_EQ(ReplaceAll("the theleft", "THELEFT", "5"), "the 5");
+    // Letters whose folded form has another length in bytes don't move what stands behind them, and
+    // bytes that are no text survive.
+    using Case = std::tuple<const char*, const char*, const char*, const char*>;
+    for (const auto& [text, from, to, result] :
+         {Case{"a///b", "//", "/", "a//b"}, Case{"aAaA", "aa", "a", "aa"}, Case{"x", "", "y", "x"},
+          Case{"the theleft", "THELEFT", "5", "the 5"},
+          Case{"\u0130.appBrackwater", ".APP", "", "\u0130Brackwater"},
+          Case{"\u212A.app\u212A", "k", "-", "-.app-"},
+          Case{"a\xFF\xC3/b\x80", "/", "//", "a\xFF\xC3//b\x80"}})
+        EXPECT_EQ(ReplaceAll(text, from, to), result) << text;
 }
 
 TEST(Text, FieldsCountFromOneAndEndInEmptyOnes) {
-    const std::string text = "a:B::c";
-    const char* fields[] = {"", "a", "B", "", "c", "", ""};
-    for (int number = 0; number < 7; ++number)
-        EXPECT_EQ(NthField(text, ":", number), fields[number]) << number;
-    EXPECT_EQ(CountFields(text, ":"), 4);
-    EXPECT_EQ(CountFields("", ":"), 0);
-    EXPECT_EQ(CountFields(":", ":"), 2);
-    EXPECT_EQ(CountFields("abc", ""), 1);
+    const char* fields[] = {"", "a\xFF\xC3", "B", "", "c", "", ""};
+    for (int number = -1; number < 7; ++number)
+        EXPECT_EQ(NthField("a\xFF\xC3:B::c", ":", number), fields[std::max(number, 0)]) << number;
     EXPECT_EQ(NthField("<KEY>x</key>y", "<key>", 2), "x</key>y");
     EXPECT_EQ(NthField("", ":", 1), "");
-    EXPECT_EQ(NthField("x", ":", -1), "");
+    EXPECT_EQ(CountFields("a:B::c", ":"), 4);
+    EXPECT_EQ(CountFields("", ":"), 0);
+    EXPECT_EQ(CountFields("abc", ""), 1);
 }
 
 TEST(Text, FormatRoundsTiesAwayFromZero) {
-    struct Case {
-        double number;
-        const char* mask;
-        std::string text;
-    };
-    for (const Case& c : {Case{0, "##0.00", "0.00"},
-                          {0.004, "##0.00", "0.00"},
-                          {0.006, "##0.00", "0.01"},
-                          {0.125, "##0.00", "0.13"},
-                          {0.625, "##0.00", "0.63"},
-                          {1.125, "##0.00", "1.13"},
-                          {45.6, "##0.00", "45.60"},
-                          {99.994, "##0.00", "99.99"},
-                          {99.996, "##0.00", "100.00"},
-                          {123.45, "##0.00", "123.45"},
-                          {1234.5, "##0.00", "1234.50"},
-                          {-1, "##0.00", "-1.00"},
-                          {-0.004, "##0.00", "0.00"},
-                          {-0.005, "##0.00", "-0.01"},
-                          {0.3, "#", ""},
-                          {0.5, "#", "1"},
-                          {2.5, "#", "3"},
-                          {37.6, "#", "38"},
-                          {99.6, "#", "100"},
-                          {0, "#", ""},
-                          {1.5, "0.#", "1.5"},
-                          {1.0, "0.#", "1"},
-                          {7, "000", "007"}})
-        EXPECT_EQ(Format(c.number, c.mask), c.text) << c.number << ' ' << c.mask;
+    using Case = std::pair<double, const char*>;
+    for (const auto& [number, text] :
+         {Case{0, "0.00"}, Case{0.004, "0.00"}, Case{0.006, "0.01"}, Case{0.125, "0.13"},
+          Case{0.625, "0.63"}, Case{45.6, "45.60"}, Case{99.996, "100.00"}, Case{1234.5, "1234.50"},
+          Case{-1, "-1.00"}, Case{-0.004, "0.00"}, Case{-0.005, "-0.01"}})
+        EXPECT_EQ(Format(number, "##0.00"), text);
+    for (const auto& [number, text] : {Case{0, ""}, Case{0.3, ""}, Case{0.5, "1"}, Case{2.5, "3"},
+                                       Case{37.6, "38"}, Case{99.6, "100"}})
+        EXPECT_EQ(Format(number, "#"), text);
+    EXPECT_EQ(Format(1.5, "0.#") + Format(1.0, "0.#") + Format(7, "000"), "1.51007");
     EXPECT_EQ(Format(1e300, "##0.00").size(), 304U);
     for (const double odd : {std::numeric_limits<double>::infinity(),
                              -std::numeric_limits<double>::infinity(), std::nan("")})
