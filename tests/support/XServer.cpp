@@ -27,19 +27,7 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
     return pointers;
 }
 
-struct Pipe {
-    std::array<int, 2> ends{-1, -1};
-    Pipe() {
-        if (pipe2(ends.data(), O_CLOEXEC) != 0)
-            throw std::runtime_error("no pipe");
-    }
-    ~Pipe() {
-        for (const int end : ends)
-            close(end);
-    }
-};
-
-/// The line that the X server writes when it is ready: its display number.
+/// The line that the X server writes when it is ready: its display number. Empty if it ended.
 std::string NumberFrom(int descriptor) {
     std::string number;
     pollfd ready{descriptor, POLLIN, 0};
@@ -49,8 +37,6 @@ std::string NumberFrom(int descriptor) {
             break;
         number += c;
     }
-    if (number.empty())
-        throw std::runtime_error("Xvfb did not start");
     return number;
 }
 } // namespace
@@ -60,24 +46,19 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command,
     : pid_(-1) {
     const auto arguments = Pointers(command);
     const auto variables = Pointers(environment);
-    const Pipe failure;
     pid_ = fork();
-    if (pid_ == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (inherited >= 0)
-            fcntl(inherited, F_SETFD, 0);
-        const int silence = open("/dev/null", O_RDWR);
-        for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-            dup2(silence, standard);
-        execvpe(arguments[0], arguments.data(), variables.data());
-        const int error = errno;
-        _exit(write(failure.ends[1], &error, sizeof error) > 0 ? 127 : 126);
-    }
-    close(failure.ends[1]);
-    const_cast<Pipe&>(failure).ends[1] = -1;
-    int error = 0;
-    if (pid_ < 0 || read(failure.ends[0], &error, sizeof error) > 0)
-        throw std::runtime_error("cannot be started: " + command.front());
+    if (pid_ < 0)
+        throw std::runtime_error("no process for " + command.front());
+    if (pid_ > 0)
+        return;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (inherited >= 0)
+        fcntl(inherited, F_SETFD, 0);
+    const int silence = open("/dev/null", O_RDWR);
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        dup2(silence, standard);
+    execvpe(arguments[0], arguments.data(), variables.data());
+    _exit(127);
 }
 
 ChildProcess::~ChildProcess() {
@@ -91,12 +72,19 @@ XServer::XServer(const std::string& screen) {
     if (mkdtemp(folder.data()) == nullptr)
         throw std::runtime_error("no folder for the X server");
     home_ = folder;
-    const Pipe answer;
+    std::array<int, 2> answer{};
+    if (pipe2(answer.data(), O_CLOEXEC) != 0)
+        throw std::runtime_error("no pipe to the X server");
     server_ = std::make_unique<ChildProcess>(
-        std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(answer.ends[1]), "-screen",
-                                 "0", screen, "-nolisten", "tcp", "-ac", "-noreset"},
-        std::vector<std::string>{"PATH=/usr/bin:/bin", "HOME=" + home_}, answer.ends[1]);
-    display_ = ":" + NumberFrom(answer.ends[0]);
+        std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(answer[1]), "-screen", "0",
+                                 screen, "-nolisten", "tcp", "-ac", "-noreset"},
+        std::vector<std::string>{"PATH=/usr/bin:/bin", "HOME=" + home_}, answer[1]);
+    close(answer[1]);
+    const std::string number = NumberFrom(answer[0]);
+    close(answer[0]);
+    if (number.empty())
+        throw std::runtime_error("Xvfb did not start");
+    display_ = ":" + number;
     setenv("DISPLAY", display_.c_str(), 1);
 }
 

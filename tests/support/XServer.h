@@ -10,8 +10,7 @@ namespace kqu::x11test {
 /// A program that runs for as long as this lives, and no longer than the tests.
 class ChildProcess {
   public:
-    /// Raises std::runtime_error if the program can't be started. `inherited` is a descriptor that
-    /// it gets, or -1.
+    /// `inherited` is a descriptor that it gets, or -1.
     ChildProcess(const std::vector<std::string>& command,
                  const std::vector<std::string>& environment, int inherited);
     ~ChildProcess();
