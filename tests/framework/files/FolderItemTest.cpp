@@ -5,6 +5,7 @@
 #include "framework/files/SpecialFolder.h"
 #include "framework/files/TextInputStream.h"
 #include "framework/files/TextOutputStream.h"
+#include "tests/support/MadeUpTree.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <system_error>
 
@@ -29,46 +29,33 @@ std::string HomeOf(uid_t user) {
 
 class FolderItemTest : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kqu-files-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        root = pattern;
-        FolderItem::SetRoot(root);
+    FolderItemTest() { FolderItem::SetRoot(tree.Root()); }
+    ~FolderItemTest() override { FolderItem::SetRoot("/"); }
+    static Ref<FolderItem> Item(const std::string& path) {
+        return GetFolderItem(path, PathForm::Absolute);
     }
-    void TearDown() override {
-        FolderItem::SetRoot("/");
-        std::filesystem::remove_all(root);
-    }
-    void Write(const std::string& name, const std::string& text) {
-        std::ofstream(root / name, std::ios::binary) << text;
-    }
-    std::filesystem::path root;
+    simulation::MadeUpTree tree;
 };
 
 TEST_F(FolderItemTest, PathsResolveUnderTheRootInBothForms) {
-    std::filesystem::create_directories(root / "A B/C");
-    Write("A B/C/d", "x");
+    tree.Write("A B/C/d", "x");
+    tree.Link("dangling", "nowhere");
     const auto item = GetFolderItem("/A\\ B/C/d", PathForm::Shell);
     EXPECT_TRUE(item->Exists());
     EXPECT_EQ(item->AbsolutePath(), "/A B/C/d");
     EXPECT_EQ(item->Name(), "d");
     EXPECT_TRUE(item->Parent()->IsFolder());
-    EXPECT_FALSE(GetFolderItem("/A\\ B/C/d", PathForm::Absolute)->Exists());
-    EXPECT_TRUE(
-        GetFolderItem("/", PathForm::Shell)->Child("A B")->Child("C")->Child("d")->Exists());
-    EXPECT_EQ(GetFolderItem("/", PathForm::Absolute)->Parent(), nullptr);
-    EXPECT_EQ(GetFolderItem("", PathForm::Absolute), nullptr);
-    EXPECT_EQ(GetFolderItem("relative", PathForm::Absolute), nullptr);
-    EXPECT_EQ(GetFolderItem("//A B/./C//", PathForm::Absolute)->AbsolutePath(), "/A B/C");
-    EXPECT_EQ(GetFolderItem("/A B", PathForm::Absolute)->Child("/etc"), nullptr);
-    EXPECT_EQ(GetFolderItem("/A B", PathForm::Absolute)->Child(""), nullptr);
-    std::filesystem::create_symlink("nowhere", root / "dangling");
-    EXPECT_TRUE(GetFolderItem("/dangling", PathForm::Absolute)->Exists());
+    EXPECT_FALSE(Item("/A\\ B/C/d")->Exists());
+    EXPECT_TRUE(Item("/")->Child("A B")->Child("C")->Child("d")->Exists());
+    EXPECT_EQ(Item("//A B/./C//")->AbsolutePath(), "/A B/C");
+    EXPECT_TRUE(Item("/dangling")->Exists());
+    for (const auto& none : {Item("/")->Parent(), Item(""), Item("relative"),
+                             Item("/A B")->Child("/etc"), Item("/A B")->Child("")})
+        EXPECT_EQ(none, nullptr);
 }
 
 TEST_F(FolderItemTest, FilesAreReadAndReplacedAndFoldersNeverOpen) {
-    const auto file = GetFolderItem("/file", PathForm::Absolute);
+    const auto file = Item("/file");
     EXPECT_EQ(file->OpenAsTextFile(), nullptr);
     const std::string text = std::string("one\rtwo\0three", 13) + std::string(200000, 'x');
     const auto out = file->CreateTextFile();
@@ -81,83 +68,66 @@ TEST_F(FolderItemTest, FilesAreReadAndReplacedAndFoldersNeverOpen) {
     EXPECT_EQ(binary->Read(text.size()).size(), text.size() - 3);
     file->Delete();
     EXPECT_FALSE(file->Exists());
-    const auto folder = GetFolderItem("/", PathForm::Absolute);
-    EXPECT_EQ(folder->OpenAsTextFile(), nullptr);
-    EXPECT_EQ(folder->OpenAsBinaryFile(), nullptr);
-    EXPECT_EQ(folder->Child("absent")->Child("x")->CreateTextFile(), nullptr);
+    EXPECT_EQ(Item("/")->OpenAsTextFile(), nullptr);
+    EXPECT_EQ(Item("/")->OpenAsBinaryFile(), nullptr);
+    EXPECT_EQ(Item("/absent/x")->CreateTextFile(), nullptr);
 }
 
-TEST_F(FolderItemTest, APipeWithoutAWriterHoldsNobody) {
-    ASSERT_EQ(mkfifo((root / "pipe").c_str(), 0600), 0);
-    const auto pipe = GetFolderItem("/pipe", PathForm::Absolute)->OpenAsTextFile();
-    ASSERT_NE(pipe, nullptr);
-    EXPECT_EQ(pipe->ReadAll(), "");
-}
-
-TEST_F(FolderItemTest, AFileWithoutAnEndIsReadToABound) {
+TEST_F(FolderItemTest, FilesWithoutAnEndOrAWriterOrRoomHoldNobody) {
+    ASSERT_EQ(mkfifo((tree.Root() / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(Item("/pipe")->OpenAsTextFile()->ReadAll(), "");
     FolderItem::SetRoot("/");
-    const auto endless = GetFolderItem("/dev/zero", PathForm::Absolute)->OpenAsTextFile();
-    EXPECT_EQ(endless->ReadAll().size(), std::size_t{64} << 20U);
+    EXPECT_EQ(Item("/dev/zero")->OpenAsTextFile()->ReadAll().size(), std::size_t{64} << 20U);
+    const auto full = Item("/dev/full")->CreateTextFile();
+    EXPECT_THROW(full->Write("x"), RuntimeException);
 }
 
 TEST_F(FolderItemTest, OpenFilesAreClosedInCommandsThatAreStarted) {
-    const auto file = GetFolderItem("/file", PathForm::Absolute);
-    const auto out = file->CreateTextFile();
-    const auto text = file->OpenAsTextFile();
-    const auto binary = file->OpenAsBinaryFile();
+    const auto out = Item("/file")->CreateTextFile();
+    const auto text = Item("/file")->OpenAsTextFile();
+    const auto binary = Item("/file")->OpenAsBinaryFile();
     int found = 0;
     std::error_code gone;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
-        if (std::filesystem::read_symlink(entry, gone) == root / "file") {
+        if (std::filesystem::read_symlink(entry, gone) == tree.Root() / "file") {
             ++found;
             EXPECT_NE(fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC, 0);
         }
     EXPECT_EQ(found, 3);
 }
 
-TEST_F(FolderItemTest, AFullDiskRaises) {
-    FolderItem::SetRoot("/");
-    const auto stream = GetFolderItem("/dev/full", PathForm::Absolute)->CreateTextFile();
-    ASSERT_NE(stream, nullptr);
-    EXPECT_THROW(stream->Write("x"), RuntimeException);
-}
-
 TEST_F(FolderItemTest, PreferencesFolderFollowsTheBaseDirectoryRules) {
+    const auto folder = [](const char* config) {
+        setenv("XDG_CONFIG_HOME", config, 1);
+        return PreferencesFolder()->AbsolutePath();
+    };
     setenv("HOME", "/home/somebody", 1);
-    setenv("XDG_CONFIG_HOME", "/elsewhere", 1);
-    EXPECT_EQ(PreferencesFolder()->AbsolutePath(), "/elsewhere");
-    setenv("XDG_CONFIG_HOME", "relative/is/ignored", 1);
-    EXPECT_EQ(PreferencesFolder()->AbsolutePath(), "/home/somebody/.config");
-    unsetenv("XDG_CONFIG_HOME");
-    EXPECT_EQ(PreferencesFolder()->AbsolutePath(), "/home/somebody/.config");
+    EXPECT_EQ(folder("/elsewhere"), "/elsewhere");
+    EXPECT_EQ(folder("relative/is/ignored"), "/home/somebody/.config");
+    EXPECT_EQ(folder(""), "/home/somebody/.config");
     unsetenv("HOME");
-    EXPECT_EQ(PreferencesFolder()->AbsolutePath(), HomeOf(getuid()) + "/.config");
+    EXPECT_EQ(folder(""), HomeOf(getuid()) + "/.config");
     if (getuid() != 0)
         return; // Nobody else can become another user.
     constexpr uid_t nobody = 65534;
-    setenv("XDG_CONFIG_HOME", "/elsewhere", 1);
     setenv("HOME", "/elsewhere", 1);
     const auto becomeNobody = [&] {
         const bool changed = setresuid(nobody, nobody, nobody) == 0;
-        const auto folder = PreferencesFolder();
-        _exit(changed && folder->AbsolutePath() == HomeOf(nobody) + "/.config" ? 0 : 1);
+        _exit(changed && folder("/elsewhere") == HomeOf(nobody) + "/.config" ? 0 : 1);
     };
     EXPECT_EXIT(becomeNobody(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(FolderItemTest, ABundleIsAFolderWithADescription) {
-    const auto url = [](const char* path) {
-        return CFURL::FromFolderItem(GetFolderItem(path, PathForm::Absolute));
-    };
-    EXPECT_EQ(CFBundle::FromURL(url("/absent")), nullptr);
-    std::filesystem::create_directories(root / "bundle");
-    EXPECT_EQ(CFBundle::FromURL(url("/bundle"))->InfoDictionary(), nullptr);
-    Write("bundle/Info.plist", "<plist><array/></plist>");
-    EXPECT_EQ(CFBundle::FromURL(url("/bundle"))->InfoDictionary(), nullptr);
-    Write("bundle/Info.plist",
-          "<plist version=\"1.0\"><dict><key>Name</key><string>KQU</string></dict></plist>");
-    const auto info = CFBundle::FromURL(url("/bundle"))->InfoDictionary();
-    EXPECT_EQ(CFCast<CFString>(info->Value("Name"))->Text(), "KQU");
+    const auto bundle = [] { return CFBundle::FromURL(CFURL::FromFolderItem(Item("/bundle"))); };
+    EXPECT_EQ(bundle(), nullptr);
+    tree.Write("bundle/other", "");
+    EXPECT_EQ(bundle()->InfoDictionary(), nullptr);
+    tree.Write("bundle/Info.plist", "<plist><array/></plist>");
+    EXPECT_EQ(bundle()->InfoDictionary(), nullptr);
+    tree.Write("bundle/Info.plist",
+               "<plist version=\"1.0\"><dict><key>Name</key><string>KQU</string></dict></plist>");
+    EXPECT_EQ(CFCast<CFString>(bundle()->InfoDictionary()->Value("Name"))->Text(), "KQU");
 }
 
 } // namespace
