@@ -68,17 +68,13 @@ ChildProcess::~ChildProcess() {
 }
 
 XServer::XServer(const std::string& screen) {
-    std::string folder = std::filesystem::temp_directory_path() / "kqu-x11-XXXXXX";
-    if (mkdtemp(folder.data()) == nullptr)
-        throw std::runtime_error("no folder for the X server");
-    home_ = folder;
     std::array<int, 2> answer{};
     if (pipe2(answer.data(), O_CLOEXEC) != 0)
         throw std::runtime_error("no pipe to the X server");
     server_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(answer[1]), "-screen", "0",
                                  screen, "-nolisten", "tcp", "-ac", "-noreset"},
-        std::vector<std::string>{"PATH=/usr/bin:/bin", "HOME=" + home_}, answer[1]);
+        std::vector<std::string>{"PATH=/usr/bin:/bin"}, answer[1]);
     close(answer[1]);
     const std::string number = NumberFrom(answer[0]);
     close(answer[0]);
@@ -86,6 +82,10 @@ XServer::XServer(const std::string& screen) {
         throw std::runtime_error("Xvfb did not start");
     display_ = ":" + number;
     setenv("DISPLAY", display_.c_str(), 1);
+    std::string folder = std::filesystem::temp_directory_path() / "kqu-x11-XXXXXX";
+    if (mkdtemp(folder.data()) == nullptr)
+        throw std::runtime_error("no folder for the window managers");
+    home_ = folder;
 }
 
 XServer::~XServer() {

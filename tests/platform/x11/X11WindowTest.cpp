@@ -18,9 +18,14 @@ using Lines = std::vector<std::string>;
 constexpr Rect content{100, 50, 340, 73};
 
 struct X11WindowTest : testing::Test {
-    static void SetUpTestSuite() { server = std::make_unique<XServer>(); }
-    static void TearDownTestSuite() { server.reset(); }
-    static inline std::unique_ptr<XServer> server;
+    static void TearDownTestSuite() { shared.reset(); }
+    static inline std::unique_ptr<XServer> shared;
+    /// Made by the first test: one that can't be made fails a test, and not only the suite.
+    static XServer& Shared() {
+        if (!shared)
+            shared = std::make_unique<XServer>();
+        return *shared;
+    }
 
     X11WindowTest() {
         onlooker.MoveTo({900, 700});
@@ -33,6 +38,7 @@ struct X11WindowTest : testing::Test {
             onlooker, [&] { return panel.told.size() >= count; }, "the owner to hear");
     }
 
+    XServer& server = Shared();
     Onlooker onlooker;
     TestPanel panel{content};
 };
