@@ -1,235 +1,220 @@
 #include "platform/logind/LogindPowerMessages.h"
 
-#include "tests/support/BusDaemon.h"
-#include "tests/support/FakeLoginManager.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/SourcePump.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <array>
 #include <cstdlib>
-#include <filesystem>
-#include <iterator>
-#include <memory>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace kqu::platform {
 namespace {
 
 using namespace std::chrono_literals;
-using testing_support::BusDaemon;
-using testing_support::FakeLoginManager;
-using testing_support::RunCommand;
+using testing_support::PrivateBus;
 using testing_support::SourcePump;
 
 constexpr std::uint32_t mayItSleep = 0xE0000270;
+constexpr const char* path = "/org/freedesktop/login1";
+constexpr const char* interface = "org.freedesktop.login1.Manager";
+
+/// A login manager as far as locks and announcements go, in the same loop as the one who uses it.
+class StandIn final : public EventSource {
+  public:
+    explicit StandIn(const PrivateBus& bus) : bus_(bus.Connect()) {
+        const auto answer = [](sd_bus_message* call, void* self, sd_bus_error*) {
+            return static_cast<StandIn*>(self)->Answer(call);
+        };
+        EXPECT_GE(sd_bus_add_object(bus_.get(), nullptr, path, answer, this), 0);
+        EXPECT_GE(sd_bus_request_name(bus_.get(), "org.freedesktop.login1", 0), 0);
+    }
+    ~StandIn() override {
+        for (const auto& [description, watched] : locks_)
+            close(watched);
+    }
+
+    /// The locks that are held now: "mode what who why".
+    std::vector<std::string> Locks() {
+        std::vector<std::string> held;
+        for (const auto& [description, watched] : locks_) {
+            pollfd end{watched, 0, 0};
+            if (poll(&end, 1, 0) == 0)
+                held.push_back(description);
+        }
+        return held;
+    }
+    void Announce(const char* signal, bool begins) {
+        EXPECT_GE(sd_bus_emit_signal(bus_.get(), path, interface, signal, "b", begins ? 1 : 0), 0);
+    }
+    void AnnounceKind(bool begins, const std::string& kind) {
+        EXPECT_GE(sd_bus_emit_signal(bus_.get(), path, interface, "PrepareForShutdownWithMetadata",
+                                     "ba{sv}", begins ? 1 : 0, 2, "other", "u", 7U, "type", "s",
+                                     kind.c_str()),
+                  0);
+    }
+    [[nodiscard]] pollfd Watch() const override {
+        return {sd_bus_get_fd(bus_.get()), static_cast<short>(sd_bus_get_events(bus_.get())), 0};
+    }
+    bool Collect(EventQueue&) override {
+        while (sd_bus_process(bus_.get(), nullptr) > 0)
+            ;
+        return false;
+    }
+
+    /// What was scheduled; without one the property does not exist, and "?" is never answered.
+    std::string scheduled;
+
+  private:
+    int Answer(sd_bus_message* call) {
+        if (sd_bus_message_is_method_call(call, interface, "Inhibit") > 0)
+            return Grant(call);
+        if (scheduled == "?")
+            return 1;
+        if (scheduled.empty())
+            return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_PROPERTY, "None");
+        return sd_bus_reply_method_return(call, "v", "(st)", scheduled.c_str(), std::uint64_t{1});
+    }
+    int Grant(sd_bus_message* call) {
+        std::array<const char*, 4> said{};
+        std::array<int, 2> ends{};
+        EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+        EXPECT_GE(sd_bus_message_read(call, "ssss", &said[0], &said[1], &said[2], &said[3]), 0);
+        std::string description = said[3];
+        for (std::size_t i = 0; i < 3; ++i)
+            description += std::string(" ") + said[i];
+        locks_.emplace_back(description, ends[0]);
+        const int result = sd_bus_reply_method_return(call, "h", ends[1]);
+        close(ends[1]);
+        return result;
+    }
+
+    PrivateBus::Connection bus_;
+    std::vector<std::pair<std::string, int>> locks_;
+};
 
 class LogindPowerMessagesTest : public testing::Test {
   protected:
     LogindPowerMessagesTest() {
         setenv("DBUS_SYSTEM_BUS_ADDRESS", bus.Address().c_str(), 1);
-        manager = std::make_unique<FakeLoginManager>(bus.Address());
+        bus.Run();
+        manager.emplace(bus);
     }
     ~LogindPowerMessagesTest() override { unsetenv("DBUS_SYSTEM_BUS_ADDRESS"); }
 
-    void Listen() {
+    void Listen(const std::string& why = "") {
+        running = why;
         listening = power.Listen(
             [this](std::int32_t message) {
                 const auto value = static_cast<std::uint32_t>(message);
                 if (value == mayItSleep)
-                    return ++questions, objects;
+                    return !running.empty();
                 heard.push_back(value);
-                locksWhenHeard = manager ? Count("delay") : 0;
+                locksWhenHeard = Locks();
                 return false;
             },
             [this] { return running; });
     }
-    void Object(const std::string& why) {
-        objects = true;
-        running = why;
-        power.AnswerMayHaveChanged();
+    /// The modes of the program's locks.
+    std::string Locks() {
+        std::string modes;
+        for (const std::string& lock : manager->Locks())
+            if (lock.find(" sleep:shutdown KQU Messenger ") != std::string::npos)
+                modes += lock.substr(0, 5) + " ";
+        return modes;
     }
-    void StopObjecting() {
-        objects = false;
-        running.clear();
-        power.AnswerMayHaveChanged();
+    bool Until(const std::function<bool()>& condition) {
+        return SourcePump({&power, &*manager}).Until(condition);
     }
-
-    std::ptrdiff_t Count(const std::string& mode) {
-        const auto locks = manager->Locks();
-        return std::count_if(locks.begin(), locks.end(), [&](const std::string& lock) {
-            return lock.starts_with(mode + " sleep:shutdown KQU Messenger ");
-        });
-    }
-    SourcePump Pump() {
-        std::vector<EventSource*> sources{&power};
-        if (manager)
-            sources.push_back(manager.get());
-        return SourcePump(sources);
-    }
-    bool Until(const std::function<bool()>& condition) { return Pump().Until(condition, 10s); }
-    bool UntilLocks(std::ptrdiff_t delay, std::ptrdiff_t block) {
-        return Until([=, this] { return Count("delay") == delay && Count("block") == block; });
-    }
-    /// With nothing on its way any more.
-    std::ptrdiff_t DescriptorsAtRest() {
-        Pump().For(50ms);
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    bool UntilLocks(const std::string& modes) {
+        return Until([&] { return Locks() == modes; });
     }
     bool UntilHeard(std::uint32_t message) {
-        return Until([=, this] { return !heard.empty() && heard.back() == message; });
+        return Until([&] { return !heard.empty() && heard.back() == message; });
     }
 
-    BusDaemon bus;
-    std::unique_ptr<FakeLoginManager> manager;
+    PrivateBus bus;
+    std::optional<StandIn> manager;
     LogindPowerMessages power{100ms};
     Registration listening;
-    bool objects = false;
     std::string running;
-    int questions = 0;
     std::vector<std::uint32_t> heard;
-    std::ptrdiff_t locksWhenHeard = -1;
+    std::string locksWhenHeard;
 };
 
-TEST_F(LogindPowerMessagesTest, TheBlockIsHeldFromTheObjectionToItsEnd) {
-    // Before somebody listens the bus is left alone.
-    Pump().For(100ms);
-    EXPECT_EQ(manager->requests, 0);
-    Listen();
-    EXPECT_EQ(questions, 0);
-    ASSERT_TRUE(UntilLocks(1, 0));
-    Object("Scanning Da\tta \xFF" + std::string(400, 'x'));
-    ASSERT_TRUE(UntilLocks(1, 1));
+TEST_F(LogindPowerMessagesTest, LocksAreAskedForAnewOfEachManagerAndEndWithTheListening) {
+    Listen("Scanning Da\tta \xFF" + std::string(400, 'x'));
+    for (int round = 0; round < 4; ++round) {
+        if (round > 0)
+            manager.reset();
+        if (round % 2 == 1) {
+            bus.Stop();
+            SourcePump({&power}).For(50ms);
+            bus.Run();
+        }
+        if (round > 0)
+            manager.emplace(bus);
+        ASSERT_TRUE(UntilLocks("delay block ")) << round;
+    }
     // Whatever the tools are called, the text is one that the bus takes.
     const std::string lock = manager->Locks().back();
     EXPECT_NE(lock.find("Scanning Da ta \xEF\xBF\xBDxxx"), std::string::npos) << lock;
     EXPECT_LT(lock.size(), 300U);
-    StopObjecting();
-    ASSERT_TRUE(UntilLocks(1, 0));
-    Object("Scanning");
-    ASSERT_TRUE(UntilLocks(1, 1));
+    // While something runs, a change is noticed without being told.
+    running.clear();
+    EXPECT_TRUE(UntilLocks("delay "));
+    EXPECT_TRUE(Until([this] { return !power.Due(); })) << "nobody is woken any more";
     listening.Drop();
-    EXPECT_TRUE(UntilLocks(0, 0));
+    EXPECT_TRUE(UntilLocks(""));
 }
 
-TEST_F(LogindPowerMessagesTest, WhileSomethingRunsAChangeIsNoticedWithoutBeingTold) {
-    Listen();
-    Object("Scanning");
-    ASSERT_TRUE(UntilLocks(1, 1));
-    const int requests = manager->requests;
-    const int before = questions;
-    Pump().For(1700ms);
-    EXPECT_GE(questions - before, 2);
-    EXPECT_EQ(manager->requests, requests);
-    // The machine was unplugged.
-    objects = false;
-    ASSERT_TRUE(UntilLocks(1, 0));
-    // With nothing left that runs, nobody is woken any more.
-    StopObjecting();
-    const int last = questions;
-    ASSERT_TRUE(Until([&] { return questions > last; }));
-    EXPECT_EQ(power.Due(), std::nullopt);
-}
-
-TEST_F(LogindPowerMessagesTest, SleepIsAnnouncedUnderTheDelayAndItsEndIsTold) {
-    Listen();
-    Object("Scanning");
-    ASSERT_TRUE(UntilLocks(1, 1));
+TEST_F(LogindPowerMessagesTest, SleepIsAnnouncedUnderTheDelayByTheManagerAlone) {
+    Listen("Scanning");
+    ASSERT_TRUE(UntilLocks("delay block "));
+    const auto stranger = bus.Connect();
+    EXPECT_GE(sd_bus_emit_signal(stranger.get(), path, interface, "PrepareForSleep", "b", 0), 0);
+    sd_bus_flush(stranger.get());
+    SourcePump({&power, &*manager}).For(100ms);
     manager->Announce("PrepareForSleep", true);
     ASSERT_TRUE(UntilHeard(0xE0000280));
-    EXPECT_EQ(locksWhenHeard, 1);
-    EXPECT_TRUE(UntilLocks(0, 1));
+    EXPECT_EQ(locksWhenHeard, "delay block ");
+    EXPECT_TRUE(UntilLocks("block "));
     manager->Announce("PrepareForSleep", false);
     ASSERT_TRUE(UntilHeard(0xE0000300));
-    EXPECT_TRUE(UntilLocks(1, 1));
+    EXPECT_TRUE(UntilLocks("block delay "));
     EXPECT_EQ(heard.size(), 2U);
 }
 
 TEST_F(LogindPowerMessagesTest, AShutdownIsAnnouncedOnceByItsKind) {
     struct Case {
-        std::string scheduled;
+        const char* scheduled;
         std::string told;
-        FakeLoginManager::Manners manners;
         std::uint32_t message;
     };
-    using enum FakeLoginManager::Manners;
     Listen();
-    for (const Case& c : {Case{"", "", Prompt, 0xE0000250},
-                          {"poweroff", "", Prompt, 0xE0000250},
-                          {"reboot", "", Prompt, 0xE0000310},
-                          {"", "reboot", Prompt, 0xE0000310},
-                          {"", "halt", Prompt, 0xE0000250},
-                          {"reboot", "poweroff", Prompt, 0xE0000250},
-                          // One that doesn't say is not waited for.
-                          {"reboot", "", Hung, 0xE0000250}}) {
-        ASSERT_TRUE(UntilLocks(1, 0)) << c.scheduled << " " << c.told;
+    for (const auto& [scheduled, told, message] : {Case{"", "", 0xE0000250},
+                                                   {"poweroff", "", 0xE0000250},
+                                                   {"reboot", "", 0xE0000310},
+                                                   {"", "reboot", 0xE0000310},
+                                                   {"", "halt", 0xE0000250},
+                                                   {"reboot", "poweroff", 0xE0000250},
+                                                   // One that doesn't say is not waited for.
+                                                   {"?", "", 0xE0000250}}) {
+        ASSERT_TRUE(UntilLocks("delay ")) << scheduled << " " << told;
         heard.clear();
-        manager->scheduledKind = c.scheduled;
-        manager->manners = c.manners;
-        if (!c.told.empty())
-            manager->AnnounceKind(true, c.told);
-        manager->Announce("PrepareForShutdown", true);
-        ASSERT_TRUE(UntilHeard(c.message)) << c.scheduled << " " << c.told;
-        EXPECT_EQ(locksWhenHeard, 1);
-        ASSERT_TRUE(UntilLocks(0, 0));
-        manager->manners = Prompt;
-        // It was called off.
-        if (!c.told.empty())
-            manager->AnnounceKind(false, c.told);
-        manager->Announce("PrepareForShutdown", false);
-        ASSERT_TRUE(UntilLocks(1, 0));
+        manager->scheduled = scheduled;
+        for (const bool begins : {true, false}) {
+            if (!told.empty())
+                manager->AnnounceKind(begins, told);
+            manager->Announce("PrepareForShutdown", begins);
+            ASSERT_TRUE(UntilHeard(message)) << scheduled << " " << told;
+            ASSERT_TRUE(UntilLocks(begins ? "" : "delay "));
+        }
+        EXPECT_EQ(locksWhenHeard, "delay ");
         EXPECT_EQ(heard.size(), 1U);
     }
-}
-
-TEST_F(LogindPowerMessagesTest, AHungManagerHoldsNothingUp) {
-    manager->manners = FakeLoginManager::Manners::Hung;
-    Listen();
-    Object("Scanning");
-    ASSERT_TRUE(Until([this] { return manager->requests == 2; }));
-    StopObjecting();
-    const int before = questions;
-    ASSERT_TRUE(Until([&] { return questions > before; }));
-    const auto descriptors = DescriptorsAtRest();
-    manager->Answer();
-    ASSERT_TRUE(UntilLocks(1, 0));
-    // The lock that is held and the end that the stand-in watches.
-    EXPECT_EQ(DescriptorsAtRest(), descriptors + 2);
-}
-
-TEST_F(LogindPowerMessagesTest, OnlyTheManagerIsHeard) {
-    Listen();
-    ASSERT_TRUE(UntilLocks(1, 0));
-    EXPECT_EQ(RunCommand("dbus-send --bus=" + bus.Address() +
-                         " --type=signal /org/freedesktop/login1 "
-                         "org.freedesktop.login1.Manager.PrepareForSleep boolean:true"),
-              0);
-    Pump().For(300ms);
-    EXPECT_TRUE(heard.empty());
-    EXPECT_EQ(Count("delay"), 1);
-}
-
-TEST_F(LogindPowerMessagesTest, AManagerOrABusThatComesBackIsAskedForAllLocksAgain) {
-    manager.reset();
-    bus.Stop();
-    Listen();
-    Object("Scanning");
-    Pump().For(300ms);
-    EXPECT_EQ(questions, 0);
-    std::ptrdiff_t descriptors = 0;
-    for (int round = 0; round < 4; ++round) {
-        manager.reset();
-        if (round % 2 == 0) {
-            bus.Stop();
-            Pump().For(50ms);
-            bus.Run();
-        }
-        manager = std::make_unique<FakeLoginManager>(bus.Address());
-        ASSERT_TRUE(UntilLocks(1, 1)) << round;
-        const auto now = DescriptorsAtRest();
-        EXPECT_EQ(now, round == 0 ? now : descriptors);
-        descriptors = now;
-    }
-    EXPECT_TRUE(heard.empty());
 }
 
 } // namespace

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/CDeleter.h"
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+
+namespace kqu::testing_support {
+
+/// A server that lives no longer than this object, or than the test.
+class ServerProcess {
+  public:
+    /// Runs a command line, and returns once the server has told on its standard output that it
+    /// listens. Raises std::runtime_error if it ends instead.
+    explicit ServerProcess(const std::string& command)
+        : output_(
+              popen(("echo $$; exec setpriv --pdeathsig KILL " + command + " 2>/dev/null").c_str(),
+                    "re")),
+          process_(std::stoi(Line())),
+          told_(Line()) {
+        if (told_.empty())
+            throw std::runtime_error("cannot be started: " + command);
+    }
+    ~ServerProcess() { End(SIGTERM); }
+    ServerProcess(const ServerProcess&) = delete;
+    ServerProcess& operator=(const ServerProcess&) = delete;
+
+    /// The line that it wrote when it was ready.
+    [[nodiscard]] const std::string& Told() const { return told_; }
+    /// Returns when it is gone.
+    void End(int signal) {
+        if (output_)
+            kill(process_, signal);
+        output_.reset();
+    }
+
+  private:
+    std::string Line() {
+        std::array<char, 256> line{};
+        std::string text = fgets(line.data(), line.size(), output_.get()) ? line.data() : "";
+        return text.substr(0, text.find('\n'));
+    }
+
+    platform::CPointer<FILE, pclose> output_;
+    pid_t process_;
+    std::string told_;
+};
+
+} // namespace kqu::testing_support
