@@ -9,8 +9,6 @@
 namespace kqu {
 
 namespace {
-constexpr int pictureDepth = 32;
-
 // The sprite's columns.
 constexpr int sliceWidth = 5;
 constexpr int tickWidth = 2;
@@ -25,9 +23,6 @@ struct StripColumns {
 constexpr StripColumns fillColumns{15, 20, 25};
 constexpr StripColumns trackColumns{30, 35, 40};
 
-constexpr Colour separatorColour = RGB(0, 0, 0);
-/// Lets about a fifth of the separator's black through.
-constexpr Colour separatorMask = RGB(200, 200, 200);
 constexpr Colour white = RGB(255, 255, 255);
 
 /// Values of a bar that is not to be seen; below it the track alone is.
@@ -114,18 +109,6 @@ bool IsOfWidth(const Ref<Picture>& strip, std::int32_t width) {
     return strip && strip->Width() == width;
 }
 } // namespace
-
-MyEventList::MyEventList(Window& ownerWindow, const CanvasSettings& settings)
-    : Canvas(ownerWindow, settings) {
-    Open = [this] { Event_Open(); };
-}
-
-void MyEventList::Event_Open() {
-    MyDict = std::make_shared<Dictionary>();
-    MySep = NewPicture(1, 1, pictureDepth);
-    MySep->Graphics().SetPixel(0, 0, separatorColour);
-    MaskOf(*MySep).SetPixel(0, 0, separatorMask);
-}
 
 void MyEventList::ListProgress(std::int32_t width, double value, double maximum,
                                Dictionary& record) {

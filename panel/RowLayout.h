@@ -6,7 +6,6 @@
 /// row's top and the list's left, and the place of a line of text is its baseline.
 namespace kqu::rowlayout {
 
-inline constexpr int pictureDepth = 32;
 inline constexpr int textSize = 11;
 
 // Stripes and the line on top of each.

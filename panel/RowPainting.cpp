@@ -1,4 +1,5 @@
 #include "framework/values/Required.h"
+#include "monitor/TaskRecord.h"
 #include "panel/RowLayout.h"
 #include "panel/RowParts.h"
 
@@ -10,11 +11,6 @@ namespace kqu {
 using namespace rowlayout;
 
 namespace {
-// The kinds of task.
-constexpr std::int32_t scannerTask = 1;
-constexpr std::int32_t defragTask = 2;
-constexpr std::int32_t backupTask = 6;
-
 int RowCount(const Ref<Dictionary>& table) {
     const int count = table && table->Count() > 0 ? table->Count() : 0;
     return count < 1 ? 1 : count;
@@ -31,13 +27,14 @@ void PaintStripe(Window1& panel, Graphics& picture, int row) {
 }
 
 int PaintByTask(const RowPainting& row) {
-    const std::int32_t task = row.Has("task") ? row.record.Value("task").Int32Value() : 0;
-    switch (task) {
-    case backupTask:
+    if (!row.Has("task"))
+        return 0;
+    switch (static_cast<TaskCode>(row.record.Value("task").Int32Value())) {
+    case TaskCode::Backup:
         return PaintBackupRow(row);
-    case scannerTask:
+    case TaskCode::Scanner:
         return PaintScannerRow(row);
-    case defragTask:
+    case TaskCode::Defragmenter:
         return PaintDefragRow(row);
     default:
         return 0;

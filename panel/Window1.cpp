@@ -17,7 +17,6 @@ constexpr std::uint32_t zoomAttributes = 6;
 constexpr std::uint32_t collapseAttribute = 8;
 
 constexpr int gripGrey = 30;
-constexpr int pictureDepth = 32;
 
 std::unique_ptr<Window1> panel;
 

@@ -12,14 +12,9 @@
 namespace kqu {
 
 namespace {
-constexpr std::uint32_t canSystemPowerOff = 0xE0000240;
-constexpr std::uint32_t systemWillPowerOff = 0xE0000250;
-constexpr std::uint32_t canSystemSleep = 0xE0000270;
-constexpr std::uint32_t systemWillSleep = 0xE0000280;
-constexpr std::uint32_t systemWillRestart = 0xE0000310;
-
 /// Questions and announcements are treated alike; any other message is never refused.
 bool IsRefusable(std::int32_t message) {
+    using namespace platform;
     constexpr std::array refusable{canSystemPowerOff, systemWillPowerOff, canSystemSleep,
                                    systemWillSleep, systemWillRestart};
     return std::find(refusable.begin(), refusable.end(), static_cast<std::uint32_t>(message)) !=

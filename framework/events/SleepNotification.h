@@ -1,6 +1,7 @@
 #pragma once
 
 #include "framework/values/Object.h"
+#include "platform/interfaces/PowerMessages.h"
 #include "platform/interfaces/Registration.h"
 
 #include <cstdint>

@@ -6,10 +6,7 @@
 namespace kqu {
 
 Canvas::Canvas(Window& ownerWindow, const CanvasSettings& settings)
-    : Control(ownerWindow, settings),
-      useFocusRing_(settings.UseFocusRing),
-      acceptTabs_(settings.AcceptTabs),
-      eraseBackground_(settings.EraseBackground) {}
+    : Control(ownerWindow, settings) {}
 
 std::unique_ptr<kqu::Graphics> Canvas::Graphics() {
     return ownerWindow().GraphicsFor(*this);

@@ -19,10 +19,6 @@ class Canvas : public Control {
   public:
     Canvas(Window& ownerWindow, const CanvasSettings& settings);
 
-    [[nodiscard]] bool UseFocusRing() const { return useFocusRing_; }
-    [[nodiscard]] bool AcceptTabs() const { return acceptTabs_; }
-    [[nodiscard]] bool EraseBackground() const { return eraseBackground_; }
-
     /// Draws on the canvas at once, outside its `Paint` event; what was drawn is shown with the
     /// window's next change.
     [[nodiscard]] std::unique_ptr<kqu::Graphics> Graphics();
@@ -38,11 +34,6 @@ class Canvas : public Control {
     void TakeDrag(platform::Point point) override;
     void TakeRelease(platform::Point point) override;
     bool TakeWheel(platform::Point point, int deltaX, int deltaY) override;
-
-  private:
-    bool useFocusRing_;
-    bool acceptTabs_;
-    bool eraseBackground_;
 };
 
 } // namespace kqu

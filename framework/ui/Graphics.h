@@ -35,11 +35,9 @@ class Graphics {
     Graphics(const Graphics&) = delete;
     Graphics& operator=(const Graphics&) = delete;
 
-    [[nodiscard]] Colour ForeColor() const { return foreColor_; }
     void SetForeColor(Colour colour) { foreColor_ = colour; }
 
     /// Pixels to the em, whatever the resolution of the display.
-    [[nodiscard]] int TextSize() const { return textSize_; }
     void SetTextSize(int pixels) { textSize_ = pixels; }
 
     void FillRect(int x, int y, int width, int height);

@@ -60,6 +60,9 @@ class Picture : public Object {
     kqu::Graphics graphics_;
 };
 
+/// Bits per pixel of every picture.
+inline constexpr int pictureDepth = 32;
+
 /// A new white picture without a mask. The depth, bits per pixel, is always 32.
 /// Raises a RuntimeException when the width or the height is below 1.
 [[nodiscard]] Ref<Picture> NewPicture(int width, int height, int depth);

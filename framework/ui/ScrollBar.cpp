@@ -15,8 +15,8 @@ constexpr int shortestThumb = 18;
 
 const Colour trackColour = RGB(250, 251, 252);
 const Colour trackEdgeColour = RGB(226, 230, 236);
-const Colour thumbColour = RGB(176, 187, 203);
-const Colour heldThumbColour = RGB(101, 124, 157);
+const Colour thumbColour = RGB(132, 148, 172);
+const Colour heldThumbColour = RGB(84, 105, 138);
 } // namespace
 
 ScrollBar::ScrollBar(Window& ownerWindow, const ScrollBarSettings& settings)

@@ -1,8 +1,8 @@
 #include "framework/values/CaseFolding.h"
 
-#include <glib.h>
+#include "platform/CDeleter.h"
 
-#include <memory>
+#include <glib.h>
 
 namespace kqu {
 
@@ -13,8 +13,8 @@ constexpr char32_t strayByteBase = 0x110000;
 /// Simple folding: one character for one character. Where the full folding gives several, the
 /// character stays, unless it has a plain small letter of its own.
 char32_t Folded(std::string_view character, char32_t code) {
-    const std::unique_ptr<gchar, decltype(&g_free)> folded(
-        g_utf8_casefold(character.data(), static_cast<gssize>(character.size())), &g_free);
+    const platform::CPointer<gchar, g_free> folded(
+        g_utf8_casefold(character.data(), static_cast<gssize>(character.size())));
     if (g_utf8_strlen(folded.get(), -1) == 1)
         // Cherokee letters fold to capitals here, and the capitals to small ones.
         return g_unichar_tolower(g_utf8_get_char(folded.get()));

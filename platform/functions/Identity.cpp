@@ -100,7 +100,10 @@ bool BecomeForGood(uid_t user) {
     if (seteuid(root) != 0)
         return false;
     const Groups groups = CurrentGroups();
-    if (TakeOn(GroupsOf(user)) && SettleOn(user, {user, root, root}))
+    // Where groups can't be set (a container may forbid it) keeping them is the lesser evil: root
+    // itself must go in any case.
+    static_cast<void>(TakeOn(GroupsOf(user)));
+    if (SettleOn(user, {user, root, root}))
         return true;
     static_cast<void>(TakeOn(groups));
     static_cast<void>(seteuid(before.effective));

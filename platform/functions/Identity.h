@@ -13,7 +13,8 @@ namespace kqu::platform {
 /// real, effective or saved one; all three become that user's. A process that has root as one of
 /// the three (if only as the real and saved one, as seteuid leaves it) also takes on the user's
 /// group and supplementary groups, as they are in the account database, and lets all capabilities
-/// go: nothing that root had is left, and root can't be regained. A user without an account gets no
+/// go: nothing that root had is left, and root can't be regained. Only where setting groups is
+/// forbidden to root itself do the groups stay. A user without an account gets no
 /// supplementary groups and the group of nobody, since a group of the same number may well be
 /// somebody's. To settle on root is to stay root, groups and all.
 [[nodiscard]] bool BecomeForGood(uid_t user);

@@ -8,6 +8,14 @@
 
 namespace kqu::platform {
 
+// The system's power messages: questions, announcements, and one that tells of the resume.
+inline constexpr std::uint32_t canSystemPowerOff = 0xE0000240;
+inline constexpr std::uint32_t systemWillPowerOff = 0xE0000250;
+inline constexpr std::uint32_t canSystemSleep = 0xE0000270;
+inline constexpr std::uint32_t systemWillSleep = 0xE0000280;
+inline constexpr std::uint32_t systemHasPoweredOn = 0xE0000300;
+inline constexpr std::uint32_t systemWillRestart = 0xE0000310;
+
 /// The system's power messages and their answers.
 class PowerMessages {
   public:

@@ -9,12 +9,6 @@
 namespace kqu::platform {
 
 namespace {
-constexpr std::uint32_t systemWillPowerOff = 0xE0000250;
-constexpr std::uint32_t canSystemSleep = 0xE0000270;
-constexpr std::uint32_t systemWillSleep = 0xE0000280;
-constexpr std::uint32_t systemHasPoweredOn = 0xE0000300;
-constexpr std::uint32_t systemWillRestart = 0xE0000310;
-
 /// Texts of tools may be of any length and hold any bytes; a D-Bus string may not.
 constexpr std::size_t longestReason = 200;
 

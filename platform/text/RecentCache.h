@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -12,8 +13,10 @@
 namespace kqu::platform {
 
 /// Keeps what was made of texts for as long as it is in use: what nobody asked for during
-/// `lifetime` goes at the next entry, and however busy it is, the cache never holds more than
-/// `limit` bytes. So it is as large as what is on show, and texts that change leave nothing behind.
+/// `lifetime` goes at the next entry. So it is as large as what is on show, and texts that change
+/// leave nothing behind. Beyond `limit` bytes, one entry or growth more or less, nothing is entered
+/// in place of what is still in use: a list that doesn't fit as a whole keeps the part that does,
+/// instead of driving each text out just before it is wanted again.
 template <class Value>
 class RecentCache {
   public:
@@ -33,14 +36,16 @@ class RecentCache {
     }
 
     /// Enters a value for a key that is not there. `bytes` is what the value takes besides itself.
+    /// What finds no room is good until the next entry.
     Value& Enter(std::string key, Value value, std::size_t bytes, Moment now) {
+        while (!entries_.empty() && now - entries_.back().lastUse > lifetime_)
+            DropOldest();
+        if (bytes_ >= limit_)
+            return homeless_.emplace(std::move(value));
         entries_.push_front({std::move(key), std::move(value), bytes, now});
         Entry& entry = entries_.front();
         places_.emplace(entry.key, entries_.begin());
         bytes_ += CostOf(entry);
-        while (entries_.size() > 1 &&
-               (bytes_ > limit_ || now - entries_.back().lastUse > lifetime_))
-            DropOldest();
         return entry.value;
     }
 
@@ -78,6 +83,7 @@ class RecentCache {
     std::chrono::milliseconds lifetime_;
     std::size_t limit_;
     std::size_t bytes_ = 0;
+    std::optional<Value> homeless_;
     /// The latest used first.
     Entries entries_;
     std::unordered_map<std::string_view, typename Entries::iterator> places_;

@@ -68,7 +68,7 @@ TextImage Frame(const ShapedLine& line, int size) {
     const PangoRectangle ink = line.Ink();
     TextImage image;
     image.left = std::clamp(ink.x, -widestImage, widestImage);
-    image.top = std::max(ink.y, -TextLayout::reach * size);
+    image.top = std::clamp(ink.y, -TextLayout::reach * size, TextLayout::reach * size);
     image.width = std::clamp(ink.x + ink.width - image.left, 0, widestImage);
     image.height = std::clamp(ink.y + ink.height, image.top, TextLayout::reach * size) - image.top;
     return image;
@@ -120,10 +120,11 @@ TextLayout& TextLayout::Shared() {
     return shared;
 }
 
-TextLayout::TextLayout() : fontMap_(std::make_unique<FontMap>()) {
-    // Settings of the user's fonts that can't be read are complained of when they are first needed;
-    // the load waits until all of them have been.
+TextLayout::TextLayout() {
+    // Settings of the user's fonts that can't be read are complained of, in a thread that begins
+    // with the font map and that the first load waits for.
     const QuietErrors quiet;
+    fontMap_ = std::make_unique<FontMap>();
     const PangoContextPointer context = MakeContext(fontMap_->object.get(), smallestSize);
     const CPointer<PangoFontMetrics, pango_font_metrics_unref> metrics(
         pango_context_get_metrics(context.get(), nullptr, nullptr));

@@ -85,6 +85,9 @@ class EchoFilter {
         return Tell();
     }
 
+    /// Gives up on what is due; the next observation may make something due again.
+    void StopWaiting() { due_.reset(); }
+
     /// From here on the value is taken for what is there, and nothing is owed.
     void Assume(const Value& value) {
         actual_ = value;

@@ -25,15 +25,16 @@ void X11Window::CommitGeometry(Moment now) {
     const bool resizes = content.Extent() != size_.Believed();
     if (!moves && !resizes)
         return;
-    // The hints go first: a manager holds a window to the limits that it knows.
-    hints_.WritePlaceAndSize(content);
     if (resizes && mapping_ == Mapping::Up) {
-        // Finished pixels of the new size are in place before the server can want them.
+        // Finished pixels of the new size are in place before the server can want them, which may
+        // be as soon as a manager sees the new limits.
         surface_.Rebuild(content.Extent(), owner_.CurrentFrame());
         changed_ = {};
         hasNewContentForIcon_ = true;
         repaintAt_ = now + settleTime;
     }
+    // The hints go before the request: a manager holds a window to the limits that it knows.
+    hints_.WritePlaceAndSize(content);
     // A place that is not asked for is the manager's to keep.
     Configure(content, static_cast<std::uint16_t>(
                            (moves ? XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y : 0) |
@@ -143,9 +144,12 @@ std::optional<Moment> X11Window::Due() const {
         if (moment && (!first || *moment < *first))
             first = moment;
     };
-    noLaterThan(placeCheckAt_);
-    noLaterThan(place_.Due());
-    noLaterThan(size_.Due());
+    // Only a window that can be seen is waited for.
+    if (mapping_ == Mapping::Up) {
+        noLaterThan(placeCheckAt_);
+        noLaterThan(place_.Due());
+        noLaterThan(size_.Due());
+    }
     if (mapping_ == Mapping::Withdrawing && wantsToBeUp_)
         noLaterThan(withdrawnAtLatest_);
     return first;

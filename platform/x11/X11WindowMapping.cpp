@@ -60,6 +60,9 @@ void X11Window::Withdraw(Moment now) {
     withdrawnAtLatest_ = now + withdrawalLimit;
     repaintAt_.reset();
     placeCheckAt_.reset();
+    // Nothing that is still owed is waited for: an unseen window wakes nobody.
+    place_.StopWaiting();
+    size_.StopWaiting();
 }
 
 void X11Window::FinishWithdrawing() {
@@ -74,7 +77,8 @@ void X11Window::FinishWithdrawing() {
 }
 
 void X11Window::OnMapped() {
-    if (std::exchange(awaitsMap_, false))
+    // A slow manager may map what has been withdrawn since.
+    if (std::exchange(awaitsMap_, false) && mapping_ == Mapping::Up)
         placeCheckAt_ = std::chrono::steady_clock::now() + mapAnswerTime;
 }
 
