@@ -162,17 +162,5 @@ TEST_F(GripAndScrollingTest, APressThatNoControlTakesDragsThePanel) {
     }
 }
 
-TEST_F(GripAndScrollingTest, TheGripFollowsTheStripeThatItSitsOn) {
-    AddRows(1);
-    machine.Advance(600ms);
-    EXPECT_EQ(panel().thedragcolor, RGB(241, 245, 250));
-    const SimulatedWindow& screen = *machine.windows.window;
-    EXPECT_EQ(screen.PixelOnScreen(322, 131), 0xF1F5FAU);
-    panel().ChangeWindowSize(340, 73, true, true);
-    machine.Advance(600ms);
-    EXPECT_EQ(panel().thedragcolor, RGB(255, 255, 255));
-    EXPECT_EQ(screen.PixelOnScreen(322, 60), 0xFFFFFFU);
-}
-
 } // namespace
 } // namespace kqu
