@@ -1,6 +1,8 @@
 """The panel on a real X server: unseen before its first row, then growing with its rows, under two
 reparenting window managers and with none."""
 
+import time
+
 from support import DesktopTest, posting
 from support.panel import ROW
 from support.waiting import hold, wait_until
@@ -89,6 +91,28 @@ class PanelWithoutManager(DesktopTest):
             self.panel.wait_hidden()
         self.assertFalse((self.desktop.folder / "config" /
                           "com.brackwater.KQU_Messenger.plist").exists())
+
+
+    def test_no_frame_shows_a_row_that_is_not_its_own(self):
+        """New rows appear as a whole: whatever frame is caught, each row shows its own icon."""
+        self.listen()
+        tools = ("scanner", "backup", "defragmenter")
+        icon = [(x, y) for x in range(10, 58, 6) for y in range(9, 57, 6)]
+        frames = []
+        for number in range(9):
+            self.desktop.post(f"KQS_disk.{number}", tools[number % 3], PID=self.job.pid)
+            end = time.monotonic() + (0.4 if number % 2 == 0 else 0)
+            while time.monotonic() < end:
+                if self.panel.is_visible():
+                    frames.append(self.panel.screenshot())
+        last = frames[-1]
+        self.assertEqual(last.height, 9 * ROW)
+        self.assertGreater(len(frames), 10)
+        for frame in frames:
+            for row in range(frame.height // ROW):
+                shown = [frame.pixel(x, row * ROW + y) for x, y in icon]
+                self.assertEqual(shown, [last.pixel(x, row * ROW + y) for x, y in icon],
+                                 f"row {row} of {frame.height // ROW}")
 
 
 class ManagedPanel:
