@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -33,6 +34,23 @@ class PanelSizingTest : public testing::Test {
     }
     void ChangeFromOutside(int width, int height) {
         machine.windows.ChangeFromOutside({100, 100, width, height});
+        machine.Advance();
+    }
+    /// A place on the grip, on the desktop.
+    [[nodiscard]] platform::Point OnGrip(int x, int y) {
+        return {panel().Left() + panel().Canvas1->Left() + x,
+                panel().Top() + panel().Canvas1->Top() + y};
+    }
+    void Press(platform::Point point) {
+        machine.windows.Press(point);
+        machine.Advance();
+    }
+    void Move(platform::Point point) {
+        machine.windows.MoveTo(point);
+        machine.Advance();
+    }
+    void Release() {
+        machine.windows.Release();
         machine.Advance();
     }
     [[nodiscard]] Window1& panel() { return machine.Panel(); }
@@ -65,28 +83,22 @@ TEST_F(PanelSizingTest, ControlsStandWhereTheTableSays) {
     }
 }
 
-TEST_F(PanelSizingTest, HeightMovesByOneRowPastHalfARow) {
-    TableOf(5);
-    using Case = std::array<int, 3>;
-    for (const auto& [from, asked, becomes] :
-         {Case{146, 182, 146}, Case{146, 183, 219}, Case{146, 110, 146}, Case{146, 109, 73},
-          Case{146, 1000, 219}, Case{219, -500, 146}, Case{73, 20, 73}, Case{73, 110, 146}}) {
-        panel().ChangeWindowSize(340, from, true, true);
-        panel().ChangeWindowSize(340, asked, false, false);
-        EXPECT_EQ(panel().Height(), becomes) << from << " -> " << asked;
-    }
-}
-
-TEST_F(PanelSizingTest, SizesAreClampedAlsoInExactMode) {
-    using Case = std::array<int, 5>;
-    for (const auto& [rows, width, height, becomesWidth, becomesHeight] :
-         {Case{2, 340, 100, 340, 100}, Case{1, 340, 100, 340, 73}, Case{2, 340, 20, 340, 73},
-          Case{0, 340, 500, 340, 73}, Case{1, 100, 73, 270, 73}, Case{1, 900, 73, 500, 73},
-          Case{1, -5, -5, 270, 73}}) {
+TEST_F(PanelSizingTest, SizesAreClampedAndTheHeightMovesByOneRowPastHalfARow) {
+    enum Mode { byRows, exact };
+    using Case = std::tuple<Mode, int, int, platform::Size, platform::Size>;
+    for (const auto& [mode, rows, from, asked, becomes] :
+         {Case{byRows, 5, 146, {340, 182}, {340, 146}},
+          Case{byRows, 5, 146, {340, 183}, {340, 219}},
+          Case{byRows, 5, 146, {340, 110}, {340, 146}}, Case{byRows, 5, 146, {340, 109}, {340, 73}},
+          Case{byRows, 5, 146, {340, 1000}, {340, 219}},
+          Case{byRows, 5, 219, {340, -500}, {340, 146}}, Case{byRows, 5, 73, {340, 20}, {340, 73}},
+          Case{exact, 2, 73, {340, 100}, {340, 100}}, Case{exact, 1, 73, {340, 100}, {340, 73}},
+          Case{exact, 2, 146, {340, 20}, {340, 73}}, Case{exact, 0, 73, {100, 500}, {270, 73}},
+          Case{exact, 1, 73, {900, 73}, {500, 73}}, Case{exact, 1, 73, {-5, -5}, {270, 73}}}) {
         TableOf(rows);
-        panel().ChangeWindowSize(width, height, true, false);
-        EXPECT_EQ(panel().Width(), becomesWidth) << width;
-        EXPECT_EQ(panel().Height(), becomesHeight) << height;
+        panel().ChangeWindowSize(340, from, true, true);
+        panel().ChangeWindowSize(asked.width, asked.height, mode == exact, false);
+        EXPECT_EQ((platform::Size{panel().Width(), panel().Height()}), becomes) << asked.height;
     }
 }
 
@@ -169,6 +181,86 @@ TEST_F(PanelSizingTest, ScreenUpdatesAlwaysPairAndThePanelShowsOneChange) {
     machine.screenUpdates.Enable();
     machine.Advance();
     EXPECT_EQ(machine.windows.window->presents, before + 1);
+}
+
+TEST_F(PanelSizingTest, APressWithoutWayKeepsTheWidthAtEveryColumn) {
+    AddRows(1);
+    for (int x = 0; x < 17; ++x) {
+        const platform::Point start = OnGrip(x, 8);
+        Press(start);
+        EXPECT_TRUE(panel().indrag);
+        Move({start.x, start.y + 1});
+        EXPECT_EQ(panel().Width(), 340) << x;
+        Move({start.x + 3, start.y + 1});
+        EXPECT_EQ(panel().Width(), 343) << x;
+        Move(start);
+        Release();
+        EXPECT_FALSE(panel().indrag);
+        EXPECT_EQ(panel().Width(), 340);
+    }
+    EXPECT_EQ(machine.windows.window->drags, 0);
+}
+
+TEST_F(PanelSizingTest, HeightGoesByOneRowPerEventFromThePressedLine) {
+    AddRows(10);
+    // Where the grip was taken decides how far the pointer has to go.
+    using Case = std::tuple<int, int, int>;
+    for (const auto& [line, way, height] :
+         {Case{0, 51, 146}, Case{0, 52, 219}, Case{13, 38, 146}, Case{13, 39, 219},
+          Case{0, -21, 146}, Case{0, -22, 73}, Case{13, -34, 146}, Case{13, -35, 73}}) {
+        panel().ChangeWindowSize(340, 146, true, true);
+        const platform::Point start = OnGrip(8, line);
+        Press(start);
+        Move({start.x, start.y + way});
+        EXPECT_EQ(panel().Height(), height) << line << ", " << way;
+        Release();
+    }
+}
+
+TEST_F(PanelSizingTest, EveryEventOfADragJudgesAnewAndMovesByOneRow) {
+    AddRows(1);
+    const platform::Point start = OnGrip(8, 8);
+    Press(start);
+    // A new row grows the panel at once.
+    AddRows(1);
+    EXPECT_EQ(panel().Height(), 146);
+    Move({start.x + 1, start.y});
+    EXPECT_EQ(panel().Width(), 341);
+    EXPECT_EQ(panel().Height(), 73);
+    AddRows(8);
+    panel().ChangeWindowSize(340, 73, true, true);
+    // A pointer that runs ahead needs further events.
+    Move({start.x, start.y + 600});
+    machine.Advance(2s);
+    EXPECT_EQ(panel().Height(), 146);
+    Move({start.x, start.y + 601});
+    EXPECT_EQ(panel().Height(), 219);
+}
+
+TEST_F(PanelSizingTest, TheWheelGoesByRowsAndTheScrollBarByPages) {
+    AddRows(1);
+    const auto wheel = [&](int deltaX, int deltaY) {
+        machine.windows.Wheel({panel().Left() + 100, panel().Top() + 30}, deltaX, deltaY);
+        machine.Advance();
+        return panel().ScrollBar1->Value();
+    };
+    EXPECT_EQ(wheel(0, 1), 0);
+    AddRows(24);
+    panel().ChangeWindowSize(340, 73, true, true);
+    using Turn = std::tuple<int, int, int>;
+    for (const auto& [deltaX, deltaY, value] :
+         {Turn{0, 1, 1}, Turn{0, 7, 2}, Turn{0, 0, 2}, Turn{5, 0, 2}, Turn{0, -3, 1},
+          Turn{0, -1, 0}, Turn{0, -1, 0}})
+        EXPECT_EQ(wheel(deltaX, deltaY), value);
+    for (const auto& [line, value] : {std::pair{55, 20}, {55, 24}, {2, 4}}) {
+        Press({panel().Left() + panel().ScrollBar1->Left() + 5, panel().Top() + line});
+        Release();
+        EXPECT_EQ(panel().ScrollBar1->Value(), value);
+    }
+    // Only what no control takes drags the panel; the list leaves the last column free.
+    EXPECT_EQ(machine.windows.window->drags, 0);
+    Press({panel().Left() + 339, panel().Top() + 20});
+    EXPECT_EQ(machine.windows.calls.back(), "drag " + std::to_string(panel().Left() + 339) + " 62");
 }
 
 TEST(PanelSizing, HistoriesEndAlikeWithSizesToldAtOnceLateOrNever) {

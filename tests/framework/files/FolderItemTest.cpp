@@ -1,6 +1,4 @@
 #include "framework/files/FolderItem.h"
-#include "framework/corefoundation/CFBundle.h"
-#include "framework/corefoundation/CFString.h"
 #include "framework/files/BinaryStream.h"
 #include "framework/files/SpecialFolder.h"
 #include "framework/files/TextInputStream.h"
@@ -116,18 +114,6 @@ TEST_F(FolderItemTest, PreferencesFolderFollowsTheBaseDirectoryRules) {
         _exit(changed && folder("/elsewhere") == HomeOf(nobody) + "/.config" ? 0 : 1);
     };
     EXPECT_EXIT(becomeNobody(), testing::ExitedWithCode(0), "");
-}
-
-TEST_F(FolderItemTest, ABundleIsAFolderWithADescription) {
-    const auto bundle = [] { return CFBundle::FromURL(CFURL::FromFolderItem(Item("/bundle"))); };
-    EXPECT_EQ(bundle(), nullptr);
-    tree.Write("bundle/other", "");
-    EXPECT_EQ(bundle()->InfoDictionary(), nullptr);
-    tree.Write("bundle/Info.plist", "<plist><array/></plist>");
-    EXPECT_EQ(bundle()->InfoDictionary(), nullptr);
-    tree.Write("bundle/Info.plist",
-               "<plist version=\"1.0\"><dict><key>Name</key><string>KQU</string></dict></plist>");
-    EXPECT_EQ(CFCast<CFString>(bundle()->InfoDictionary()->Value("Name"))->Text(), "KQU");
 }
 
 } // namespace

@@ -117,11 +117,6 @@ TEST(Picture, SqueezesToTheAverageOfWhatIsCovered) {
         for (std::size_t x = 0; x < greys.size(); ++x)
             EXPECT_EQ(At(result, 1 + static_cast<int>(x), 0), Grey(greys[x]));
     }
-    // Far beyond the target only the first column is in sight.
-    const Ref<Picture> wide = NewPicture(262, 6, 32);
-    wide->Graphics().DrawPicture(*Columns(47, 6), 0, 0, most, 6);
-    for (const int x : {0, 1, 130, 261})
-        EXPECT_EQ(At(wide, x, 3), RGB(0, 0, 255));
 }
 
 TEST(Picture, OddPlacesAndSizesDrawNothingOrWhatIsInSight) {
