@@ -1,387 +1,434 @@
-#include "tests/support/TestPanel.h"
-#include "tests/support/XServer.h"
+#include "platform/x11/X11Window.h"
+
+#include "platform/CDeleter.h"
+#include "platform/loop/SignalSource.h"
+#include "platform/x11/X11WindowSystem.h"
+#include "tests/support/ServerProcess.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
 #include <gtest/gtest.h>
-#include <string_view>
+#include <poll.h>
+#include <utility>
+#include <vector>
+#include <xcb/xcb.h>
 
-// The window on a bare X server: what it does by itself, without a window manager.
+// The window on a bare X server: what nobody sees who looks at the program from outside only.
 
+namespace kqu::platform {
 namespace {
 
-using namespace kqu::x11test;
 using namespace std::chrono_literals;
-using kqu::platform::Point;
-using kqu::platform::Rect;
 using Lines = std::vector<std::string>;
+using Words = std::vector<std::uint32_t>;
 
 constexpr Rect content{100, 50, 340, 73};
 
-struct X11WindowTest : testing::Test {
-    static void TearDownTestSuite() { shared.reset(); }
-    static inline std::unique_ptr<XServer> shared;
-    /// Made by the first test: one that can't be made fails a test, and not only the suite.
-    static XServer& Shared() {
-        if (!shared)
-            shared = std::make_unique<XServer>();
-        return *shared;
+/// A window whose owner fills it and records what it is told ("content 100 50 340 73"), and a
+/// client of its own that sees what anybody can see and does what a manager does.
+class X11WindowTest : public testing::Test, public EventQueue, public NativeWindowOwner {
+  protected:
+    explicit X11WindowTest(const std::string& screen = "1024x768x24")
+        : server("Xvfb -displayfd 1 -nolisten tcp -ac -noreset -screen 0 " + screen) {
+        setenv("DISPLAY", (":" + server.Told()).c_str(), 1);
+        looker.reset(xcb_connect(nullptr, nullptr));
+        root = xcb_setup_roots_iterator(xcb_get_setup(looker.get())).data->root;
+        system = X11WindowSystem::Open();
+        NativeWindowSettings settings;
+        settings.content = content;
+        settings.globalFloating = true;
+        window = system->MakeWindow(settings, *this);
+        id = static_cast<X11Window&>(*window).Id();
+        Resize(content.Extent());
+        Fill(0x3366CC, 0, content.height);
+        RoundTrip();
     }
 
-    X11WindowTest() {
-        onlooker.MoveTo({900, 700});
-        // The window is on the server from here on.
-        static_cast<void>(panel.System().PointerPosition());
+    // The owner.
+    void Resize(Size size) {
+        extent = size;
+        pixels.assign(static_cast<std::size_t>(size.width * size.height), 0xFFFFFF);
+        window->SetSize(size);
+        window->Present({0, 0, size.width, size.height});
+    }
+    void Fill(std::uint32_t colour, int first, int last) {
+        std::fill(pixels.begin() + first * extent.width, pixels.begin() + last * extent.width,
+                  colour);
+        window->Present({0, first, extent.width, last - first});
+    }
+    void Round() {
+        window->Commit();
+        static_cast<void>(system->Collect(*this));
+        for (auto left = queue.size(); left > 0; --left) {
+            const auto delivery = std::move(queue.front());
+            queue.pop_front();
+            delivery();
+        }
+        window->Commit();
+    }
+    /// Returns when the server has done all that the window asked for.
+    void RoundTrip() {
+        Round();
+        static_cast<void>(system->Collect(*this));
+        static_cast<void>(system->PointerPosition());
+    }
+    void RunFor(std::chrono::milliseconds time) {
+        const auto end = std::chrono::steady_clock::now() + time;
+        while (std::chrono::steady_clock::now() < end) {
+            Round();
+            pollfd watch = system->Watch();
+            poll(&watch, 1, 5);
+        }
+    }
+    /// Waits with the program, or without it.
+    void Await(const std::function<bool()>& condition, bool programRuns = true) {
+        const auto end = std::chrono::steady_clock::now() + 20s;
+        bool holds = condition();
+        for (; !holds && std::chrono::steady_clock::now() < end; holds = condition())
+            if (programRuns)
+                RunFor(2ms);
+        EXPECT_TRUE(holds);
+    }
+    void Appear() {
+        window->Show();
+        window->SetAlpha(1.0F);
+        Await([this] { return IsViewable(id); });
+    }
+    void AwaitTold(const std::string& line) {
+        Await([&] { return !told.empty() && told.back() == line; });
     }
 
-    void RunUntilTold(std::size_t count) {
-        panel.RunUntil(
-            onlooker, [&] { return panel.told.size() >= count; }, "the owner to hear");
+    // The looker.
+    template <auto TakeReply, class Cookie>
+    auto Answer(Cookie cookie) const {
+        auto* reply = TakeReply(looker.get(), cookie, nullptr);
+        return CPointer<std::remove_pointer_t<decltype(reply)>, std::free>(reply);
+    }
+    void Sync() const { Answer<xcb_get_input_focus_reply>(xcb_get_input_focus(looker.get())); }
+    xcb_atom_t Atom(const std::string& name) const {
+        const auto length = static_cast<std::uint16_t>(name.size());
+        return Answer<xcb_intern_atom_reply>(xcb_intern_atom(looker.get(), 0, length, name.c_str()))
+            ->atom;
+    }
+    Rect Place() const {
+        const auto size = Answer<xcb_get_geometry_reply>(xcb_get_geometry(looker.get(), id));
+        return {size->x, size->y, size->width, size->height};
+    }
+    bool IsViewable(xcb_window_t seen) const {
+        return Answer<xcb_get_window_attributes_reply>(
+                   xcb_get_window_attributes(looker.get(), seen))
+                   ->map_state == XCB_MAP_STATE_VIEWABLE;
+    }
+    std::uint32_t PixelAt(int x, int y) const {
+        const auto image = Answer<xcb_get_image_reply>(
+            xcb_get_image(looker.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, root,
+                          static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 1, 1, ~0U));
+        std::uint32_t pixel = 0;
+        std::memcpy(&pixel, xcb_get_image_data(image.get()), image->depth > 16 ? 4 : 2);
+        return pixel & 0xFFFFFF;
+    }
+    Words Property(const char* name) const {
+        const auto reply = Answer<xcb_get_property_reply>(
+            xcb_get_property(looker.get(), 0, id, Atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, 5000));
+        Words words(static_cast<std::size_t>(xcb_get_property_value_length(reply.get())) / 4);
+        if (!words.empty())
+            std::memcpy(words.data(), xcb_get_property_value(reply.get()), words.size() * 4);
+        return words;
+    }
+    void SetProperty(const char* name, const Words& words) const {
+        xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, Atom(name), Atom(name), 32,
+                            static_cast<std::uint32_t>(words.size()), words.data());
+        Sync();
+    }
+    void Configure(const Rect& to) const {
+        xcb_configure_window_value_list_t values{};
+        values.x = to.x;
+        values.y = to.y;
+        values.width = static_cast<std::uint32_t>(to.width);
+        values.height = static_cast<std::uint32_t>(to.height);
+        xcb_configure_window_aux(looker.get(), id, 0x0F, &values);
+        Sync();
+    }
+    void SendProtocol(const char* protocol) const {
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = id;
+        message.type = Atom("WM_PROTOCOLS");
+        message.data.data32[0] = Atom(protocol);
+        xcb_send_event(looker.get(), 0, id, 0, reinterpret_cast<const char*>(&message));
+        Sync();
+    }
+    void MovePointer(int x, int y) const {
+        xcb_warp_pointer(looker.get(), 0, root, 0, 0, 0, 0, static_cast<std::int16_t>(x),
+                         static_cast<std::int16_t>(y));
+        Sync();
+    }
+    void Watch(xcb_window_t seen, std::uint32_t events) const {
+        xcb_change_window_attributes(looker.get(), seen, XCB_CW_EVENT_MASK, &events);
+        Sync();
+    }
+    /// What happened since to what is watched: "property WM_NAME", "configure 146", "map",
+    /// "unmap", "message".
+    Lines Happened() const {
+        Sync();
+        Lines lines;
+        while (const CPointer<xcb_generic_event_t, std::free> event{
+            xcb_poll_for_event(looker.get())}) {
+            const void* any = event.get();
+            const auto* property = static_cast<const xcb_property_notify_event_t*>(any);
+            const auto* configure = static_cast<const xcb_configure_notify_event_t*>(any);
+            const int type = event->response_type & 0x7F;
+            if (type == XCB_PROPERTY_NOTIFY) {
+                const auto name = Answer<xcb_get_atom_name_reply>(
+                    xcb_get_atom_name(looker.get(), property->atom));
+                lines.push_back("property " +
+                                std::string(xcb_get_atom_name_name(name.get()), name->name_len));
+            } else if (type == XCB_CONFIGURE_NOTIFY) {
+                lines.push_back("configure " + std::to_string(configure->height));
+            } else {
+                lines.emplace_back(type == XCB_MAP_NOTIFY     ? "map"
+                                   : type == XCB_UNMAP_NOTIFY ? "unmap"
+                                                              : "message");
+            }
+        }
+        return lines;
     }
 
-    XServer& server = Shared();
-    Onlooker onlooker;
-    TestPanel panel{content};
+    void Post(std::function<void()> delivery) override { queue.push_back(std::move(delivery)); }
+    void ContentChanged(const Rect& to) override {
+        told.push_back("content " + std::to_string(to.x) + " " + std::to_string(to.y) + " " +
+                       std::to_string(to.width) + " " + std::to_string(to.height));
+        if (onContent)
+            onContent(to);
+    }
+    void ButtonPressed(Point) override { told.emplace_back("press"); }
+    void ButtonReleased(Point) override { told.emplace_back("release"); }
+    void PointerMoved(Point) override { told.emplace_back("move"); }
+    void WheelTurned(Point, int, int) override { told.emplace_back("wheel"); }
+    void CloseRequested() override { told.emplace_back("close"); }
+    Frame CurrentFrame() override {
+        return {pixels.data(), extent.width, extent.height, extent.width};
+    }
+
+    testing_support::ServerProcess server;
+    CPointer<xcb_connection_t, xcb_disconnect> looker;
+    xcb_window_t root = 0;
+    std::unique_ptr<X11WindowSystem> system;
+    Words pixels;
+    Size extent;
+    std::deque<std::function<void()>> queue;
+    Lines told;
+    std::function<void(const Rect&)> onContent;
+    std::unique_ptr<NativeWindow> window;
+    xcb_window_t id = 0;
 };
 
-/// Where a line stands first; behind the end if it is not there.
-std::ptrdiff_t PlaceOf(const Lines& lines, std::string_view line) {
-    return std::find(lines.begin(), lines.end(), line) - lines.begin();
+constexpr std::uint32_t ofWindow = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+
+/// Whether each of these comes before that, and that does come.
+void ExpectBefore(const Lines& happened, const Lines& first, const std::string& then) {
+    const auto last = std::find(happened.begin(), happened.end(), then);
+    EXPECT_NE(last, happened.end());
+    for (const std::string& line : first)
+        EXPECT_NE(std::find(happened.begin(), last, line), last) << line;
 }
 
-TEST_F(X11WindowTest, IsMappedExactlyWhileShownAndNotTransparent) {
-    onlooker.Watch(panel.Id());
-    panel.RunFor(20ms);
-    panel.Window().SetAlpha(0.0F);
-    panel.Window().Show();
-    panel.RunFor(20ms);
-    panel.Window().SetAlpha(1.0F);
-    panel.Window().SetAlpha(0.0F);
-    panel.RunFor(20ms);
-    Lines happened = onlooker.Happened();
-    EXPECT_EQ(std::count(happened.begin(), happened.end(), "map"), 0);
-    EXPECT_EQ(onlooker.Words(panel.Id(), "_NET_WM_WINDOW_OPACITY"), std::vector<std::uint32_t>{0});
+TEST_F(X11WindowTest, ItsPixelsAreThereAtOnceWhileTheProgramSleeps) {
+    window->Show();
+    window->Commit();
+    Await([this] { return IsViewable(id); }, false);
+    EXPECT_EQ(PixelAt(100, 50), 0x3366CCU);
+    EXPECT_EQ(PixelAt(439, 122), 0x3366CCU);
+    EXPECT_NE(PixelAt(440, 122), 0x3366CCU);
+    const xcb_window_t cover = xcb_generate_id(looker.get());
+    const std::uint32_t background = 0x010203;
+    xcb_create_window(looker.get(), 0, cover, root, 90, 40, 400, 400, 0, 1, 0, XCB_CW_BACK_PIXEL,
+                      &background);
+    xcb_map_window(looker.get(), cover);
+    EXPECT_EQ(PixelAt(200, 100), 0x010203U);
+    xcb_destroy_window(looker.get(), cover);
+    EXPECT_EQ(PixelAt(200, 100), 0x3366CCU);
 
-    panel.Appear(onlooker);
-    EXPECT_TRUE(onlooker.Words(panel.Id(), "_NET_WM_WINDOW_OPACITY").empty());
-    panel.Window().Hide();
-    panel.RoundTrip();
-    EXPECT_FALSE(onlooker.IsViewable(panel.Id()));
+    Resize({400, 146});
+    Fill(0x00FF00, 0, 73);
+    Fill(0x0000FF, 73, 146);
+    EXPECT_EQ(PixelAt(120, 60), 0x3366CCU) << "nothing before the commit";
+    window->Commit();
+    Await([this] { return Place().height == 146; }, false);
+    EXPECT_EQ(PixelAt(499, 122), 0x00FF00U);
+    EXPECT_EQ(PixelAt(499, 123), 0x0000FFU);
+    EXPECT_EQ(PixelAt(499, 195), 0x0000FFU);
+
+    Fill(0xFF0000, 10, 20);
+    Fill(0xFFFF00, 40, 41);
+    RoundTrip();
+    for (const auto& [line, colour] : std::vector<std::pair<int, std::uint32_t>>{
+             {9, 0x00FF00}, {19, 0xFF0000}, {20, 0x00FF00}, {40, 0xFFFF00}, {41, 0x00FF00}})
+        EXPECT_EQ(PixelAt(120, 50 + line), colour) << line;
 }
 
-TEST_F(X11WindowTest, TheSameAgainDoesNothing) {
-    panel.Window().SetTitle("One");
-    panel.FillAll(0x102030);
-    panel.Appear(onlooker);
-    panel.RunFor(300ms);
-    onlooker.Watch(panel.Id());
-    static_cast<void>(onlooker.Happened());
-    panel.Window().SetAlpha(1.0F);
-    panel.Window().Show();
-    panel.Window().SetTitle("One");
-    panel.Window().SetPosition(content.Origin());
-    panel.Window().SetSize(content.Extent());
-    panel.Window().ChangeAttributes(0, 6);
-    panel.FillAll(0x102030);
-    panel.RunFor(300ms);
-    EXPECT_EQ(onlooker.Happened(), Lines());
-    EXPECT_EQ(panel.told, Lines());
-    EXPECT_FALSE(panel.System().Due()) << "idle means asleep";
-}
-
-TEST_F(X11WindowTest, TheFirstTitleIsTheOneThatIsMeant) {
-    onlooker.Watch(panel.Id());
-    EXPECT_EQ(onlooker.Text(panel.Id(), "_NET_WM_NAME"), "");
-    panel.Window().SetTitle(" Layout");
-    panel.Window().SetTitle("Brackwater Scheduled T\u00e4sk");
-    panel.Appear(onlooker);
-    const Lines happened = onlooker.Happened();
+TEST_F(X11WindowTest, WhatAManagerReadsIsWrittenBeforeWhatItActsOn) {
+    window->SetTitle(" Layout");
+    window->SetTitle("T\u00e4sk");
+    window->SetAlpha(0.0F);
+    window->Show();
+    Watch(id, ofWindow);
+    RunFor(20ms);
+    Lines happened = Happened();
     EXPECT_EQ(std::count(happened.begin(), happened.end(), "property _NET_WM_NAME"), 1);
-    EXPECT_LT(PlaceOf(happened, "property WM_NAME"), PlaceOf(happened, "map"));
-    EXPECT_LT(PlaceOf(happened, "property _NET_WM_NAME"), PlaceOf(happened, "map"));
-    for (const char* name : {"_NET_WM_NAME", "WM_NAME", "WM_ICON_NAME"})
-        EXPECT_EQ(onlooker.Text(panel.Id(), name), "Brackwater Scheduled T\u00e4sk");
-}
-
-TEST_F(X11WindowTest, TellsManagersWhatItIsBeforeEachMap) {
-    panel.Window().ChangeAttributes(2 | 4, 0);
+    EXPECT_EQ(std::count(happened.begin(), happened.end(), "map"), 0) << "it is transparent";
     for (int round = 0; round < 2; ++round) {
-        onlooker.Watch(panel.Id());
-        panel.Appear(onlooker);
-        const Lines happened = onlooker.Happened();
-        for (const char* hint : {"WM_NORMAL_HINTS", "WM_HINTS", "_NET_WM_STATE",
-                                 "_NET_WM_WINDOW_TYPE", "_NET_WM_USER_TIME", "_MOTIF_WM_HINTS"})
-            EXPECT_LT(PlaceOf(happened, std::string("property ") + hint), PlaceOf(happened, "map"))
-                << hint;
-        panel.Vanish(onlooker);
+        Appear();
+        ExpectBefore(Happened(),
+                     {"property WM_NORMAL_HINTS", "property WM_HINTS", "property _NET_WM_STATE",
+                      "property _NET_WM_WINDOW_TYPE", "property _NET_WM_USER_TIME"},
+                     "map");
+        window->Hide();
+        RoundTrip();
+        EXPECT_FALSE(IsViewable(id));
     }
-    const auto id = panel.Id();
-    using Words = std::vector<std::uint32_t>;
-    EXPECT_EQ(onlooker.Text(id, "WM_CLASS"), std::string("kqu-messenger\0KQU_Messenger\0", 28));
-    EXPECT_EQ(onlooker.Words(id, "_NET_WM_PID"), Words{static_cast<std::uint32_t>(getpid())});
-    EXPECT_NE(onlooker.Text(id, "WM_CLIENT_MACHINE"), "");
-    EXPECT_EQ(onlooker.Names(id, "WM_PROTOCOLS"), (Lines{"WM_DELETE_WINDOW", "_NET_WM_PING"}));
-    EXPECT_EQ(onlooker.Names(id, "_NET_WM_STATE"),
-              (Lines{"_NET_WM_STATE_ABOVE", "_NET_WM_STATE_SKIP_TASKBAR"}));
-    EXPECT_EQ(onlooker.Names(id, "_NET_WM_WINDOW_TYPE"), Lines{"_NET_WM_WINDOW_TYPE_UTILITY"});
-    EXPECT_EQ(onlooker.Words(id, "_NET_WM_USER_TIME"), Words{0});
-    const Words hints = onlooker.Words(id, "WM_HINTS");
-    ASSERT_GE(hints.size(), 3U);
-    EXPECT_EQ(hints[0] & 1, 1U) << "says something about input";
-    EXPECT_EQ(hints[1], 0U) << "wants no input";
-    // Flags, functions (move, maximise), decorations (border, title, menu, maximise).
-    EXPECT_EQ(onlooker.Words(id, "_MOTIF_WM_HINTS"), (Words{3, 4 | 16, 2 | 8 | 16 | 64, 0, 0}));
-    panel.Window().ChangeAttributes(8, 6);
-    panel.RoundTrip();
-    EXPECT_EQ(onlooker.Words(id, "_MOTIF_WM_HINTS"), (Words{3, 4 | 8, 2 | 8 | 16 | 32, 0, 0}));
+    EXPECT_EQ(Property("_NET_WM_STATE"),
+              (Words{Atom("_NET_WM_STATE_ABOVE"), Atom("_NET_WM_STATE_SKIP_TASKBAR")}));
+    EXPECT_EQ(Property("_NET_WM_USER_TIME"), Words{0});
+    EXPECT_EQ(Property("WM_HINTS").at(1), 0U) << "wants no input";
+
+    Appear();
+    static_cast<void>(Happened());
+    Resize({340, 146});
+    RoundTrip();
+    ExpectBefore(Happened(), {"property WM_NORMAL_HINTS"}, "configure 146");
+    const Words hints = Property("WM_NORMAL_HINTS");
+    EXPECT_EQ(Words(hints.begin() + 5, hints.begin() + 9), (Words{340, 146, 340, 146}));
+    EXPECT_EQ(hints.at(17), 10U) << "static gravity";
+
+    // The same again does nothing, and idle means asleep.
+    RunFor(300ms);
+    static_cast<void>(Happened());
+    window->SetAlpha(1.0F);
+    window->Show();
+    window->SetTitle("T\u00e4sk");
+    window->SetSize({340, 146});
+    window->SetPosition(content.Origin());
+    Fill(0x3366CC, 0, 73);
+    RunFor(300ms);
+    EXPECT_EQ(Happened(), Lines());
+    EXPECT_FALSE(system->Due());
 }
 
-TEST_F(X11WindowTest, SizeLimitsFollowTheSizeAndComeBeforeIt) {
-    panel.Appear(onlooker);
-    onlooker.Watch(panel.Id());
-    panel.Resize({340, 146});
-    panel.RoundTrip();
-    const Lines happened = onlooker.Happened();
-    EXPECT_LT(PlaceOf(happened, "property WM_NORMAL_HINTS"),
-              PlaceOf(happened, "configure 340 146"));
-    EXPECT_LT(PlaceOf(happened, "configure 340 146"), std::ssize(happened));
-    const auto hints = onlooker.Words(panel.Id(), "WM_NORMAL_HINTS");
-    ASSERT_EQ(hints.size(), 18U);
-    constexpr std::uint32_t usPosition = 1, pPosition = 4, pMinSize = 16, pMaxSize = 32,
-                            pGravity = 512, staticGravity = 10;
-    for (const auto flag : {usPosition, pPosition, pMinSize, pMaxSize, pGravity})
-        EXPECT_NE(hints[0] & flag, 0U) << flag;
-    const std::vector<std::uint32_t> limits(hints.begin() + 5, hints.begin() + 9);
-    EXPECT_EQ(limits, (std::vector<std::uint32_t>{340, 146, 340, 146}));
-    EXPECT_EQ(hints[17], staticGravity);
-}
-
-TEST_F(X11WindowTest, ItsPixelsAreThereWithTheMapAndNeedNoRedrawing) {
-    panel.FillAll(0x3366CC);
-    panel.Window().Show();
-    panel.Window().Commit();
-    // From here on the program sleeps.
-    onlooker.WaitFor([&] { return onlooker.IsViewable(panel.Id()); }, "the map");
-    for (const Point corner : {Point{100, 50}, Point{439, 122}})
-        EXPECT_EQ(onlooker.PixelAt(corner), 0x3366CCU);
-    EXPECT_NE(onlooker.PixelAt({440, 122}), 0x3366CCU);
-    const auto cover = onlooker.MakeWindow({90, 40, 400, 400});
-    onlooker.WaitFor([&] { return onlooker.PixelAt({200, 100}) != 0x3366CC; }, "the cover");
-    onlooker.DestroyWindow(cover);
-    EXPECT_EQ(onlooker.PixelAt({200, 100}), 0x3366CCU);
-
-    panel.Resize({400, 146});
-    panel.Fill(0x00FF00, 0, 73);
-    panel.Fill(0x0000FF, 73, 146);
-    panel.Window().Commit();
-    onlooker.WaitFor([&] { return onlooker.ContentOf(panel.Id()).height == 146; }, "the resize");
-    EXPECT_EQ(onlooker.PixelAt({499, 122}), 0x00FF00U);
-    EXPECT_EQ(onlooker.PixelAt({499, 123}), 0x0000FFU);
-    EXPECT_EQ(onlooker.PixelAt({499, 195}), 0x0000FFU);
-}
-
-TEST_F(X11WindowTest, AChangeOfSomeLinesIsShownByCommitAndNotBefore) {
-    panel.FillAll(0xFFFFFF);
-    panel.Appear(onlooker);
-    panel.Fill(0xFF0000, 10, 20);
-    panel.Fill(0x00FF00, 40, 41);
-    EXPECT_EQ(onlooker.PixelAt({120, 60}), 0xFFFFFFU);
-    panel.Window().Commit();
-    onlooker.WaitFor([&] { return onlooker.PixelAt({120, 60}) == 0xFF0000; }, "the change");
-    const std::vector<std::pair<int, std::uint32_t>> lines{{0, 0xFFFFFF},  {9, 0xFFFFFF},
-                                                           {19, 0xFF0000}, {20, 0xFFFFFF},
-                                                           {40, 0x00FF00}, {41, 0xFFFFFF}};
-    for (const auto& [line, colour] : lines)
-        EXPECT_EQ(onlooker.PixelAt({120, 50 + line}), colour) << line;
-}
-
-TEST_F(X11WindowTest, AWindowThatIsLargerThanItsContentShowsTheContentOnce) {
-    panel.FillAll(0x00FF00);
-    panel.Appear(onlooker);
-    onlooker.Configure(panel.Id(), {100, 50, 600, 300});
-    RunUntilTold(1);
-    EXPECT_EQ(panel.told.back(), "content 100 50 600 300");
-    panel.Fill(0xFF0000, 0, 73);
-    panel.RunUntil(
-        onlooker,
-        [&] {
-            return onlooker.PixelAt({100, 50}) == 0xFF0000;
-        },
-        "the content");
-    EXPECT_EQ(onlooker.PixelAt({439, 122}), 0xFF0000U);
-    EXPECT_EQ(onlooker.PixelAt({440, 122}), 0xFFFFFFU);
-    EXPECT_EQ(onlooker.PixelAt({100, 123}), 0xFFFFFFU);
-}
-
-TEST_F(X11WindowTest, TheWheelIsNoButton) {
-    panel.Appear(onlooker);
-    onlooker.MoveTo({110, 70});
-    const std::vector<std::pair<int, std::string>> steps{{4, "wheel 10 20 0 -1"},
-                                                         {5, "wheel 10 20 0 1"},
-                                                         {6, "wheel 10 20 -1 0"},
-                                                         {7, "wheel 10 20 1 0"}};
-    for (const auto& [button, line] : steps) {
-        onlooker.Press(button);
-        onlooker.MoveTo({111, 71});
-        onlooker.MoveTo({110, 70});
-        onlooker.Release(button);
-        RunUntilTold(1);
-        EXPECT_EQ(panel.told, Lines{line});
-        panel.told.clear();
-    }
-    for (const int other : {2, 3}) {
-        onlooker.Press(other);
-        onlooker.Release(other);
-    }
-    panel.RunFor(20ms);
-    EXPECT_EQ(panel.told, Lines());
-}
-
-TEST_F(X11WindowTest, APressHoldsThePointerUntilItsReleaseWhereverThatIs) {
-    panel.Appear(onlooker);
-    onlooker.MoveTo({110, 70});
-    panel.RunFor(10ms);
-    onlooker.Press(1);
-    RunUntilTold(1);
-    onlooker.MoveTo({112, 70});
-    RunUntilTold(2);
-    // Motions that are taken in together come as the last of them; one that ends where it began is
-    // none.
-    onlooker.MoveTo({500, 400});
-    onlooker.MoveTo({600, 500});
-    RunUntilTold(3);
-    onlooker.MoveTo({601, 500});
-    onlooker.MoveTo({600, 500});
-    panel.RunFor(20ms);
-    onlooker.Release(1);
-    RunUntilTold(4);
-    onlooker.MoveTo({110, 70});
-    panel.RunFor(20ms);
-    EXPECT_EQ(panel.told, (Lines{"press 10 20", "move 12 20", "move 500 450", "release 500 450"}));
-}
-
-TEST_F(X11WindowTest, AWindowThatVanishesWhileItIsHeldIsReleased) {
-    panel.Appear(onlooker);
-    onlooker.MoveTo({110, 70});
-    onlooker.Press(1);
-    RunUntilTold(1);
-    panel.Vanish(onlooker);
-    RunUntilTold(2);
-    EXPECT_EQ(panel.told, (Lines{"press 10 20", "release 10 20"}));
-    onlooker.Release(1);
-    panel.RunFor(20ms);
-    EXPECT_EQ(panel.told.size(), 2U);
-}
-
-TEST_F(X11WindowTest, ADragMovesByThePointersWayWhileTheProgramLives) {
-    panel.Appear(onlooker);
-    panel.onPress = [&](Point at) {
-        panel.Window().BeginDrag({content.x + at.x, content.y + at.y});
-    };
-    onlooker.MoveTo({110, 70});
-    onlooker.Press(1);
-    RunUntilTold(1);
-    onlooker.MoveTo({117, 74});
-    panel.RunUntil(
-        onlooker, [&] { return onlooker.ContentOf(panel.Id()).x == 107; }, "the drag");
-    panel.Resize({340, 146});
-    onlooker.MoveTo({147, 81});
-    onlooker.Release(1);
-    panel.RunUntil(
-        onlooker, [&] { return panel.told.back() == "release 10 20"; }, "the end");
-    EXPECT_EQ(onlooker.ContentOf(panel.Id()), (Rect{137, 61, 340, 146}));
-    EXPECT_EQ(panel.told[panel.told.size() - 2], "content 137 61 340 146");
-    onlooker.MoveTo({300, 300});
-    panel.RunFor(300ms);
-    EXPECT_EQ(onlooker.ContentOf(panel.Id()), (Rect{137, 61, 340, 146}));
-    EXPECT_EQ(panel.told.back(), "release 10 20");
-}
-
-TEST_F(X11WindowTest, OutsideChangesAreToldAndOwnOnesAreNot) {
-    panel.Appear(onlooker);
+TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
+    Appear();
     for (int rows = 2; rows <= 9; ++rows) {
-        panel.Resize({340, 73 * rows});
-        panel.Round();
+        Resize({340, 73 * rows});
+        Round();
     }
-    panel.Window().SetPosition({20, 30});
-    panel.RunFor(500ms);
-    EXPECT_EQ(panel.told, Lines());
-    EXPECT_EQ(onlooker.ContentOf(panel.Id()), (Rect{20, 30, 340, 657}));
-    onlooker.Configure(panel.Id(), {30, 40, 500, 300});
-    RunUntilTold(1);
-    EXPECT_EQ(panel.told, Lines{"content 30 40 500 300"});
-    // Places while it is withdrawn are nobody's wish, and the next map is at the wanted place.
-    panel.Vanish(onlooker);
-    onlooker.Configure(panel.Id(), {1, 2, 500, 300});
-    panel.RunFor(20ms);
-    panel.Appear(onlooker);
-    panel.RunFor(300ms);
-    EXPECT_EQ(panel.told.size(), 1U);
-    EXPECT_EQ(onlooker.ContentOf(panel.Id()), (Rect{30, 40, 500, 300}));
-}
-
-TEST_F(X11WindowTest, AnOutsideMoveDoesNotUndoAResizeThatWaitsForCommit) {
-    panel.Appear(onlooker);
-    panel.RunFor(300ms);
-    panel.onContent = [&](const Rect& told) {
-        if (told.height == 73)
-            panel.Resize({340, 146});
+    window->SetPosition({20, 30});
+    RunFor(500ms);
+    EXPECT_EQ(told, Lines());
+    EXPECT_EQ(Place(), (Rect{20, 30, 340, 657}));
+    Configure({30, 40, 400, 700});
+    AwaitTold("content 30 40 400 700");
+    // Larger than the content: that is seen once, and the rest is white.
+    Fill(0xFF0000, 0, 657);
+    Await([this] { return PixelAt(30, 40) == 0xFF0000; });
+    EXPECT_EQ(PixelAt(369, 696), 0xFF0000U);
+    EXPECT_EQ(PixelAt(370, 696), 0xFFFFFFU);
+    EXPECT_EQ(PixelAt(30, 697), 0xFFFFFFU);
+    // A place while it is withdrawn is nobody's wish.
+    window->SetAlpha(0.0F);
+    RoundTrip();
+    Configure({1, 2, 400, 700});
+    RunFor(20ms);
+    Appear();
+    RunFor(300ms);
+    EXPECT_EQ(Place(), (Rect{30, 40, 400, 700}));
+    EXPECT_EQ(told.size(), 1U);
+    // Two moves are waiting when the owner, told of the first, changes its size.
+    onContent = [this](const Rect& to) {
+        if (to.height == 700)
+            Resize({340, 146});
     };
-    // Both are waiting when the owner, told of the first, changes its size.
-    onlooker.Configure(panel.Id(), {110, 50, 340, 73});
-    onlooker.Configure(panel.Id(), {120, 50, 340, 73});
-    panel.RunFor(400ms);
-    EXPECT_EQ(onlooker.ContentOf(panel.Id()), (Rect{120, 50, 340, 146}));
-    EXPECT_EQ(panel.told, (Lines{"content 110 50 340 73", "content 120 50 340 146"}));
+    Configure({110, 50, 400, 700});
+    Configure({120, 50, 400, 700});
+    RunFor(400ms);
+    EXPECT_EQ(Place(), (Rect{120, 50, 340, 146}));
+    EXPECT_EQ(told.back(), "content 120 50 340 146");
 }
 
-TEST_F(X11WindowTest, ClosesOnRequestAndAnswersPings) {
-    panel.Appear(onlooker);
-    const auto protocols = onlooker.Atom("WM_DELETE_WINDOW");
-    onlooker.Send(panel.Id(), panel.Id(), "WM_PROTOCOLS", {onlooker.Atom("WM_TAKE_FOCUS"), 0});
-    onlooker.Send(panel.Id(), panel.Id(), "WM_PROTOCOLS", {protocols, 0});
-    RunUntilTold(1);
-    EXPECT_EQ(panel.told, Lines{"close"});
-    onlooker.Watch(onlooker.Root());
-    onlooker.Send(panel.Id(), panel.Id(), "WM_PROTOCOLS",
-                  {onlooker.Atom("_NET_WM_PING"), 77, panel.Id()});
-    panel.RunUntil(
-        onlooker, [&] { return onlooker.Happened() == Lines{"WM_PROTOCOLS _NET_WM_PING 77"}; },
-        "the answer");
-}
-
-TEST_F(X11WindowTest, TheIconIsDrawnAnewWhenTheContentChanged) {
-    panel.FillAll(0x00AA00);
-    panel.Appear(onlooker);
-    onlooker.Watch(panel.Id());
+TEST_F(X11WindowTest, HearsAManagersMessagesAndStates) {
+    Appear();
+    SendProtocol("WM_TAKE_FOCUS");
+    SendProtocol("WM_DELETE_WINDOW");
+    AwaitTold("close");
+    Watch(root, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+    SendProtocol("_NET_WM_PING");
+    Await([this] { return Happened() == Lines{"message"}; });
+    for (const std::uint32_t state : {3U, 1U}) {
+        SetProperty("WM_STATE", {state, 0});
+        Await([&] { return window->IsCollapsed() == (state == 3); });
+    }
+    EXPECT_EQ(told, Lines{"close"});
     for (const std::uint32_t colour : {0x00AA00U, 0xAA0000U}) {
-        panel.FillAll(colour);
-        panel.Window().UpdateDockTile();
-        panel.Round();
-        panel.Window().UpdateDockTile();
-        panel.RoundTrip();
-        EXPECT_EQ(onlooker.Happened(), Lines{"property _NET_WM_ICON"});
-        const auto icon = onlooker.Words(panel.Id(), "_NET_WM_ICON");
+        Fill(colour, 0, 73);
+        window->UpdateDockTile();
+        RoundTrip();
+        const Words icon = Property("_NET_WM_ICON");
         ASSERT_EQ(icon.size(), 2U + 48 * 48 + 2 + 32 * 32);
         EXPECT_EQ(icon[2 + 24 * 48 + 24], 0xFF000000 | colour);
-        EXPECT_EQ(icon[2], 0U);
     }
 }
 
-TEST(X11WindowOnOtherDisplaysTest, ColoursAreConvertedForASixteenBitScreen) {
-    const XServer server("640x480x16");
-    const Onlooker onlooker;
-    TestPanel panel({10, 10, 341, 73});
-    panel.FillAll(0xFF8000);
-    panel.Appear(onlooker);
-    EXPECT_EQ(onlooker.PixelAt({10, 10}), 0xFC00U);
-    panel.Fill(0x0000FF, 5, 6);
-    panel.RunUntil(
-        onlooker,
-        [&] {
-            return onlooker.PixelAt({350, 15}) == 0x001F;
-        },
-        "the change");
-    EXPECT_EQ(onlooker.PixelAt({350, 16}), 0xFC00U);
+TEST_F(X11WindowTest, AServerThatIsHeldByAnotherDoesNotHoldTheProgram) {
+    MovePointer(10, 20);
+    Await([this] { return system->PointerPosition() == Point{10, 20}; });
+    MovePointer(30, 40);
+    xcb_grab_server(looker.get());
+    Sync();
+    const auto begin = std::chrono::steady_clock::now();
+    for (int round = 0; round < 100; ++round) {
+        Round();
+        EXPECT_EQ(system->PointerPosition(), (Point{10, 20}));
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s);
+    xcb_ungrab_server(looker.get());
+    Sync();
+    Await([this] { return system->PointerPosition() == Point{30, 40}; });
+}
+
+TEST_F(X11WindowTest, ADisplayThatGoesAwayIsToldOnceAndEverythingStaysSafe) {
+    const SignalSource peaceFromBrokenPipes([] {});
+    int lost = 0;
+    Appear();
+    system->OnDisplayLost([&] { ++lost; });
+    server.End(SIGKILL);
+    // The writes meet a socket that nobody reads any more.
+    for (int round = 0; round < 50; ++round) {
+        Resize({340, 73 + round});
+        window->SetAlpha(round % 2 == 0 ? 0.0F : 1.0F);
+        window->UpdateDockTile();
+        RoundTrip();
+    }
+    EXPECT_EQ(lost, 1);
+    EXPECT_EQ(system->Watch().fd, -1);
+    EXPECT_FALSE(system->Due());
+    EXPECT_EQ(system->Screens(), (std::vector<Rect>{{0, 0, 1024, 768}}));
+}
+
+struct X11WindowInSixteenBitsTest : X11WindowTest {
+    X11WindowInSixteenBitsTest() : X11WindowTest("640x480x16") {}
+};
+
+TEST_F(X11WindowInSixteenBitsTest, ColoursAreConverted) {
+    Resize({341, 73});
+    Fill(0xFF8000, 0, 73);
+    Fill(0x0000FF, 5, 6);
+    Appear();
+    EXPECT_EQ(PixelAt(100, 50), 0xFC00U);
+    EXPECT_EQ(PixelAt(440, 55), 0x001FU);
+    EXPECT_EQ(PixelAt(440, 56), 0xFC00U);
 }
 
 } // namespace
+} // namespace kqu::platform
