@@ -12,44 +12,38 @@ namespace {
 
 constexpr std::uint32_t utf8 = 0x08000100;
 
-TEST(CoreFoundationFunctionsTest, ATextIsConvertedWholeOrNotAtAll) {
+struct CoreFoundationFunctionsTest : testing::Test {
+    CoreFoundationFunctionsTest() { RegisterCoreFoundationFunctions(table, handles); }
+    FunctionTable table;
+    Handles handles;
+};
+
+TEST_F(CoreFoundationFunctionsTest, ATextIsConvertedWholeOrNotAtAll) {
     struct Case {
-        std::string text;
+        std::int32_t handle;
         std::int32_t size;
-        bool succeeds;
+        std::string text;
         std::uint32_t encoding = utf8;
     };
-    FunctionTable table;
-    Handles handles;
-    RegisterCoreFoundationFunctions(table, handles);
-    const std::vector both{*table.Find<functions::CFStringGetCString>(),
-                           *table.Find<functions::CFStringGetCStringOfCarbon>()};
+    const auto name = handles.AddText("sda1");
     // Bytes count, not characters: two for each "ä".
-    for (const Case& c : std::vector<Case>{{"sda1", 5, true},
-                                           {"sda1", 4, false},
-                                           {"", 1, true},
-                                           {"sda1", 1024, false, 0},
-                                           {"ää", 5, true},
-                                           {"ää", 4, false}})
-        for (const auto& getCString : both) {
+    const auto letters = handles.AddText("ää");
+    const std::vector<Case> cases{
+        {name, 5, "sda1"},  {name, 4, ""},    {name, 1024, "", 0},
+        {letters, 5, "ää"}, {letters, 4, ""}, {0, 2, ""},
+        {12345, 2, ""},     {-1, 2, ""},      {handles.AddBlob("b"), 2, ""}};
+    for (const auto& getCString : {*table.Find<functions::CFStringGetCString>(),
+                                   *table.Find<functions::CFStringGetCStringOfCarbon>()})
+        for (const auto& [handle, size, text, encoding] : cases) {
             // Exactly as long as it is said to be, so that a byte too many is found out.
-            std::vector<char> buffer(static_cast<std::size_t>(c.size), '?');
-            EXPECT_EQ(getCString(handles.AddText(c.text), buffer.data(), c.size, c.encoding),
-                      c.succeeds);
-            EXPECT_STREQ(buffer.data(), c.succeeds ? c.text.c_str() : "") << c.size;
+            std::vector<char> buffer(static_cast<std::size_t>(size), '?');
+            EXPECT_EQ(getCString(handle, buffer.data(), size, encoding), !text.empty());
+            EXPECT_STREQ(buffer.data(), text.c_str()) << handle << " " << size;
+            EXPECT_FALSE(getCString(handle, nullptr, 0, encoding));
         }
-    for (const std::int32_t handle : {0, -1, 12345, handles.AddBlob("blob")}) {
-        std::vector<char> buffer{'?', '?'};
-        EXPECT_FALSE(both[0](handle, buffer.data(), 2, utf8));
-        EXPECT_EQ(buffer, (std::vector{'\0', '?'}));
-    }
-    EXPECT_FALSE(both[0](handles.UnownedText("x"), nullptr, 0, utf8));
 }
 
-TEST(CoreFoundationFunctionsTest, ReleasingEndsWhatIsOwnedAndNothingElse) {
-    FunctionTable table;
-    Handles handles;
-    RegisterCoreFoundationFunctions(table, handles);
+TEST_F(CoreFoundationFunctionsTest, ReleasingEndsWhatIsOwnedAndNothingElse) {
     const auto release = *table.Find<functions::CFRelease>();
     const auto unowned = handles.UnownedText("AC Power");
     const auto blob = handles.AddBlob("blob");

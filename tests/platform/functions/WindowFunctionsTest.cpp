@@ -22,32 +22,21 @@ struct NoOwner final : platform::NativeWindowOwner {
 TEST(WindowFunctionsTest, EachGoesToTheWindowThatItIsCalledWithAndNoneToNone) {
     platform::FunctionTable table;
     platform::RegisterWindowFunctions(table);
-    const auto setAlpha = table.Find<functions::SetWindowAlpha>();
-    const auto changeAttributes = table.Find<functions::ChangeWindowAttributes>();
-    const auto isCollapsed = table.Find<functions::IsWindowCollapsed>();
-    const auto updateTile = table.Find<functions::UpdateCollapsedWindowDockTile>();
-    const auto size = table.Find<functions::SizeWindow>();
-    const auto drag = table.Find<functions::DragWindow>();
-    ASSERT_TRUE(setAlpha && changeAttributes && isCollapsed && updateTile && size && drag);
-
-    EXPECT_NE((*setAlpha)(nullptr, 1.0F), 0);
-    EXPECT_NE((*changeAttributes)(nullptr, 8, 0), 0);
-    EXPECT_NE((*updateTile)(nullptr), 0);
-    EXPECT_FALSE((*isCollapsed)(nullptr));
-    (*size)(nullptr, 1, 1, 0);
-    (*drag)(nullptr, {1, 1}, nullptr);
-
     simulation::SimulatedWindows windows;
     NoOwner owner;
     const auto made = windows.MakeWindow({{0, 0, 340, 73}}, owner);
     windows.window->collapsed = true;
     windows.calls.clear();
-    EXPECT_EQ((*setAlpha)(made.get(), 0.0F), 0);
-    EXPECT_EQ((*changeAttributes)(made.get(), 6, 8), 0);
-    EXPECT_TRUE((*isCollapsed)(made.get()));
-    EXPECT_EQ((*updateTile)(made.get()), 0);
-    (*size)(made.get(), 340, 146, 0);
-    (*drag)(made.get(), {-5, 7}, nullptr);
+    for (platform::NativeWindow* window :
+         {static_cast<platform::NativeWindow*>(nullptr), made.get()}) {
+        const bool isNone = window == nullptr;
+        EXPECT_EQ((*table.Find<functions::SetWindowAlpha>())(window, 0.0F) != 0, isNone);
+        EXPECT_EQ((*table.Find<functions::ChangeWindowAttributes>())(window, 6, 8) != 0, isNone);
+        EXPECT_NE((*table.Find<functions::IsWindowCollapsed>())(window), isNone);
+        EXPECT_EQ((*table.Find<functions::UpdateCollapsedWindowDockTile>())(window) != 0, isNone);
+        (*table.Find<functions::SizeWindow>())(window, 340, 146, 0);
+        (*table.Find<functions::DragWindow>())(window, {-5, 7}, nullptr);
+    }
     EXPECT_EQ(windows.calls,
               (std::vector<std::string>{"alpha 0", "attributes 6 8", "size 340 146", "drag -5 7"}));
     EXPECT_EQ(windows.window->tileUpdates, 1);

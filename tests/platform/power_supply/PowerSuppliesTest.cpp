@@ -4,90 +4,62 @@
 #include "tests/support/MadeUpTree.h"
 
 #include <gtest/gtest.h>
-
-#include <vector>
+#include <sstream>
 
 namespace kqu::platform {
 namespace {
 
 using simulation::MadeUpTree;
 
-/// A supply by name, and its files.
-struct Supply {
-    std::string name;
-    std::vector<std::pair<std::string, std::string>> files;
-};
-
-const Supply acOffline{"AC", {{"type", "Mains"}, {"online", "0"}}};
-const Supply acOnline{"AC", {{"type", "Mains"}, {"online", "1"}}};
-const Supply discharging{"BAT0",
-                         {{"type", "Battery"}, {"present", "1"}, {"status", "Discharging"}}};
-const Supply charging{"BAT0", {{"type", "Battery"}, {"present", "1"}, {"status", "Charging"}}};
-const Supply emptyBay{"BAT1", {{"type", "Battery"}, {"present", "0"}, {"status", "Discharging"}}};
-const Supply mouse{"hidpp_battery_0",
-                   {{"type", "Battery"}, {"scope", "Device"}, {"status", "Discharging"}}};
-const Supply ups{"ups", {{"type", "UPS"}, {"status", "Discharging"}}};
-const Supply usbCharger{"ucsi-source-psy-0", {{"type", "USB"}, {"online", "2"}}};
-
-Supply UsbPort(const std::string& firstRole, const std::string& secondRole) {
-    return {"ucsi-source-psy-0",
-            {{"type", "USB"},
-             {"online", "1"},
-             {"device/typec/port0/power_role", firstRole},
-             {"device/typec/port1/power_role", secondRole}}};
+/// Supplies with their files: "BAT0 type Battery status Full" and so on, one to a line.
+void Plug(const MadeUpTree& tree, const std::string& supplies) {
+    std::istringstream lines(supplies);
+    for (std::string line, name, file, value; std::getline(lines, line);) {
+        std::istringstream words(line);
+        for (words >> name; words >> file && std::getline(words >> std::ws, value, ',');)
+            tree.Write("sys/class/power_supply/" + name + "/" + file, value + "\n");
+    }
 }
 
-void Plug(const MadeUpTree& tree, const Supply& supply) {
-    for (const auto& [file, value] : supply.files)
-        tree.Write("sys/class/power_supply/" + supply.name + "/" + file, value + "\n");
-}
+const std::string acOffline = "AC type Mains, online 0\n";
+const std::string acOnline = "AC type Mains, online 1\n";
+const std::string discharging = "BAT0 type Battery, present 1, status Discharging\n";
+const std::string emptyBay = "BAT1 type Battery, present 0, status Discharging\n";
+const std::string ups = "ups type UPS, status Discharging\n";
 
 TEST(PowerSuppliesTest, WhatProvidesPower) {
-    struct Case {
-        const char* machine;
-        std::vector<Supply> supplies;
-        std::string_view source;
+    const std::string usb = "ucsi type USB, online ";
+    const std::string role = ", device/typec/port0/power_role ";
+    const std::string otherRole = ", device/typec/port1/power_role [source] sink\n";
+    const std::pair<std::string, std::string_view> cases[] = {
+        {"", "AC Power"},
+        {acOnline + "BAT0 type Battery, present 1, status Charging\n", "AC Power"},
+        {acOnline + discharging, "AC Power"},
+        {acOffline + discharging, "Battery Power"},
+        {discharging + emptyBay, "Battery Power"},
+        {acOffline + "BAT0 type Battery, status Full", "AC Power"},
+        // A battery that does not tell, and empty bays on a dead mains.
+        {acOffline + "BAT0 type Battery", "Battery Power"},
+        {acOffline + emptyBay, "AC Power"},
+        // USB ports that charge, that are fed, that feed a telephone, and without a charger.
+        {acOffline + discharging + usb + "2", "AC Power"},
+        {discharging + usb + "1" + role + "source [sink]" + otherRole, "AC Power"},
+        {discharging + usb + "1" + role + "[source] sink" + otherRole, "Battery Power"},
+        {discharging + usb + "0", "Battery Power"},
+        // A mouse, and a graphics tablet on its own mains, are not the machine's.
+        {"hidpp_battery_0 type Battery, scope Device, status Discharging", "AC Power"},
+        {discharging + "wacom type Mains, scope Device, online 1", "Battery Power"},
+        {acOffline + ups, "UPS Power"},
+        {discharging + ups, "UPS Power"},
+        {acOnline + ups, "AC Power"},
+        // One of an unknown kind, and one without files.
+        {"odd type Wireless, online 1", "AC Power"},
+        {discharging + "bare device/x -", "Battery Power"},
     };
-    const std::vector<Case> cases{
-        {"desktop without any supply", {}, "AC Power"},
-        {"laptop on mains", {acOnline, charging}, "AC Power"},
-        {"laptop on mains that draws on its battery too", {acOnline, discharging}, "AC Power"},
-        {"laptop on battery", {acOffline, discharging}, "Battery Power"},
-        {"laptop that has only batteries", {discharging, emptyBay}, "Battery Power"},
-        {"laptop unplugged and full",
-         {acOffline, {"BAT0", {{"type", "Battery"}, {"status", "Full"}}}},
-         "AC Power"},
-        {"battery that does not tell",
-         {acOffline, {"BAT0", {{"type", "Battery"}}}},
-         "Battery Power"},
-        {"laptop with empty bays on a dead mains", {acOffline, emptyBay}, "AC Power"},
-        {"laptop charged over USB", {acOffline, usbCharger, discharging}, "AC Power"},
-        {"USB port that is fed",
-         {UsbPort("source [sink]", "[source] sink"), discharging},
-         "AC Power"},
-        {"USB port that feeds a telephone",
-         {UsbPort("[source] sink", "[source] sink"), discharging},
-         "Battery Power"},
-        {"USB port without a charger",
-         {{"ucsi-source-psy-0", {{"type", "USB"}, {"online", "0"}}}, discharging},
-         "Battery Power"},
-        {"desktop with a mouse", {mouse}, "AC Power"},
-        {"graphics tablet on its own mains",
-         {{"wacom", {{"type", "Mains"}, {"scope", "Device"}, {"online", "1"}}}, discharging},
-         "Battery Power"},
-        {"machine on a UPS", {acOffline, ups}, "UPS Power"},
-        {"machine on a UPS with a battery of its own", {discharging, ups}, "UPS Power"},
-        {"machine with a UPS on mains", {acOnline, ups}, "AC Power"},
-        {"supply of an unknown kind",
-         {{"odd", {{"type", "Wireless"}, {"online", "1"}}}},
-         "AC Power"},
-        {"supply without files", {{"bare", {{"device/x", ""}}}, discharging}, "Battery Power"},
-    };
-    for (const Case& c : cases) {
+    for (const auto& [supplies, source] : cases) {
         const MadeUpTree tree;
-        for (const Supply& supply : c.supplies)
-            Plug(tree, supply);
-        EXPECT_EQ(PowerSupplies(tree.Root()).ProvidingSource(), c.source) << c.machine;
+        Plug(tree, supplies);
+        EXPECT_EQ(PowerSupplies(tree.Root()).ProvidingSource(), source) << supplies;
     }
 }
 

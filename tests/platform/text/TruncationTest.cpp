@@ -14,39 +14,20 @@ const std::string ellipsis = "…";
 
 /// Pieces that each stand for themselves: letters of several scripts, letters with marks, emoji
 /// made of several characters, a control character and a byte that is no UTF-8.
-const std::vector<std::string> clusters = {"a",
-                                           "i",
-                                           "W",
-                                           ".",
-                                           " ",
-                                           "/",
-                                           "é",
-                                           "e\u0301",
-                                           "n\u0303\u0323",
-                                           "ß",
-                                           "日",
-                                           "本",
-                                           "ш",
-                                           "ъ",
-                                           "ع",
-                                           "م",
-                                           "א",
-                                           "ש",
-                                           "\U0001F600",
-                                           "\U0001F469\u200D\U0001F469\u200D\U0001F467",
-                                           "\U0001F44D\U0001F3FD",
-                                           "\n",
-                                           "\xFF"};
-
-std::string RandomText(std::mt19937& random, std::size_t length, std::vector<std::size_t>& bounds) {
-    std::string text;
-    bounds = {0};
-    for (std::size_t i = 0; i < length; ++i) {
-        text += clusters[random() % clusters.size()];
-        bounds.push_back(text.size());
-    }
-    return text;
-}
+const std::string clusters[] = {"a",
+                                "W",
+                                ".",
+                                " ",
+                                "é",
+                                "n\u0303\u0323",
+                                "日",
+                                "ш",
+                                "ع",
+                                "א",
+                                "\n",
+                                "\xFF",
+                                "\U0001F469\u200D\U0001F469\u200D\U0001F467",
+                                "\U0001F44D\U0001F3FD"};
 
 double WidthOf(const std::string& text) {
     return TextLayout::Shared().Width(text, size);
@@ -66,8 +47,12 @@ std::pair<std::string, std::string> Halves(const std::string& shortened) {
 TEST(Truncation, RemovesTheMinimumAtTheBoundsOfWholeCharacters) {
     std::mt19937 random(20240611);
     for (int round = 0; round < 400; ++round) {
-        std::vector<std::size_t> bounds;
-        const std::string text = RandomText(random, 1 + random() % 90, bounds);
+        std::string text;
+        std::vector<std::size_t> bounds{0};
+        for (auto length = 1 + random() % 90; length > 0; --length) {
+            text += clusters[random() % std::size(clusters)];
+            bounds.push_back(text.size());
+        }
         const int limit = 20 + static_cast<int>(random() % 400);
         const std::string shortened = Shorten(text, limit);
         SCOPED_TRACE(text + " -> " + shortened + " within " + std::to_string(limit));
@@ -90,8 +75,7 @@ TEST(Truncation, RemovesTheMinimumAtTheBoundsOfWholeCharacters) {
 }
 
 TEST(Truncation, KeepsTheSameFromBothEndsOrOnlyTheStart) {
-    const std::string text = std::string(60, 'm') + std::string(60, 'm');
-    const auto [first, last] = Halves(Shorten(text, 200));
+    const auto [first, last] = Halves(Shorten(std::string(120, 'm'), 200));
     EXPECT_GE(first.size(), last.size());
     EXPECT_LE(first.size() - last.size(), 1U);
 
@@ -117,34 +101,19 @@ TEST(Truncation, AnyLimitGivesAResultThatFits) {
 }
 
 TEST(Truncation, LongTextsTakeNoLongerThanTheirEnds) {
-    const auto repeated = [](const std::string& piece, std::size_t bytes) {
+    for (const std::string piece : {"x", "日本語", "\xFF\xC0", "e\u0301\u0302"}) {
         std::string text;
-        while (text.size() < bytes)
+        while (text.size() < 500000)
             text += piece;
-        return text;
-    };
-    struct Case {
-        std::string text;
-        bool fits;
-    };
-    const std::vector<Case> cases = {
-        {repeated("x", 100000), false},        {repeated("日本語", 1000000), false},
-        {repeated("\xFF\xC0", 100000), false}, {repeated("e\u0301\u0302", 100000), false},
-        {repeated("\u200B", 20000), true},
-    };
-    for (const auto& [text, fits] : cases) {
         const auto start = std::chrono::steady_clock::now();
         const std::string shortened = Shorten(text, 310);
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
         // A search that looks at the whole text at each step would take many seconds.
-        EXPECT_LT(taken.count(), 2.0) << text.substr(0, 10);
+        EXPECT_LT(taken.count(), 2.0) << piece;
         EXPECT_LE(WidthOf(shortened), 310);
-        EXPECT_EQ(shortened == text, fits);
-        if (!fits) {
-            const auto [first, last] = Halves(shortened);
-            EXPECT_TRUE(text.starts_with(first) && text.ends_with(last));
-            EXPECT_GT(first.size() * last.size(), 0U);
-        }
+        const auto [first, last] = Halves(shortened);
+        EXPECT_TRUE(text.starts_with(first) && text.ends_with(last));
+        EXPECT_GT(first.size() * last.size(), 0U);
     }
 }
 
