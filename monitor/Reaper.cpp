@@ -24,10 +24,10 @@ void Window1::MyTimer3_Action() {
     const Ref<Dictionary> table = MyWindowEventList->MyDict;
     if (!table || table->Count() <= 0)
         return;
-    // Backwards, so that removing a row leaves the lower indices valid. Not atomic: a pump may add
-    // rows, or let a nested pass remove them, and an index beyond the end then raises. A program
-    // that is ending has nothing left to reap for.
     const Application& application = Application::Current();
+    // Backwards, so that removing a row leaves the lower indices valid. Not atomic: a pump may add
+    // rows, or let a nested pass remove them, and an index beyond the end then raises.
+    // A program that is ending stops: each further row would cost it one more list of processes.
     for (int index = table->Count() - 1; index >= 0 && !application.IsQuitting(); --index) {
         const Ref<Dictionary> row = table->Value(table->Key(index)).ObjectAs<Dictionary>();
         if (!row || !row->HasKey("pid"))

@@ -13,8 +13,8 @@ constexpr std::size_t chunkSize = 2048;
 constexpr int handleSize = 4;
 const std::string twoNuls(2, '\0');
 
-/// Holds for every handle, none being both: a command that could not be started reads as one that is
-/// at its end.
+/// Holds for every handle, none being both: a command that could not be started reads as one that
+/// is at its end.
 bool IsUsable(std::int32_t stream) {
     const bool isSome = stream != 0;
     const bool isNoError = stream != -1;

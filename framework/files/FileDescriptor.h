@@ -24,7 +24,7 @@ class FileDescriptor {
     /// Up to `count` bytes, fewer only at the end, after an error, or beyond 64 MiB, which none of
     /// the suite's files reaches.
     [[nodiscard]] std::string Read(std::size_t count);
-    /// Writes all of it. Raises a RuntimeException when the disk doesn't take it.
+    /// Writes as much of it as the disk takes; what it doesn't take is lost without a word.
     void Write(std::string_view bytes);
     void Close();
 

@@ -13,7 +13,7 @@ class TextOutputStream : public Object {
     explicit TextOutputStream(const std::filesystem::path& path)
         : file_(path, FileDescriptor::Access::CreateNew) {}
     [[nodiscard]] bool IsOpen() const { return file_.IsOpen(); }
-    /// Raises a RuntimeException when the disk doesn't take the text.
+    /// What the disk doesn't take is lost without a word.
     void Write(std::string_view text) { file_.Write(text); }
     void Close() { file_.Close(); }
 

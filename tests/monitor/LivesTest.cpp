@@ -251,9 +251,8 @@ TEST_F(Lives, AnExceptionInAnyHandlerEndsTheProgramWithStatusZero) {
 TEST_F(Lives, AnEndingProgramReapsNoFurther) {
     for (int i = 1; i <= 5; ++i)
         TaskAt(1s, "KQS_disk." + std::to_string(i), i * 10);
-    machine.At(2s, [&] {
-        machine.processes.whileReading = [&] { machine.windows.RequestClose(); };
-    });
+    machine.At(2s,
+               [&] { machine.processes.whileReading = [&] { machine.windows.RequestClose(); }; });
     EXPECT_EQ(machine.RunToEnd(), 3.0);
     EXPECT_EQ(PsRuns(), 1);
 }
