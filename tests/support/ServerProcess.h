@@ -2,7 +2,6 @@
 
 #include "platform/CDeleter.h"
 
-#include <array>
 #include <csignal>
 #include <cstdio>
 #include <stdexcept>
@@ -18,17 +17,17 @@ class ServerProcess {
     explicit ServerProcess(const std::string& command)
         : output_(
               popen(("echo $$; exec setpriv --pdeathsig KILL " + command + " 2>/dev/null").c_str(),
-                    "re")),
-          process_(std::stoi(Line())),
-          told_(Line()) {
-        if (told_.empty())
+                    "re")) {
+        char word[256];
+        if (fscanf(output_.get(), "%d %255s", &process_, word) != 2)
             throw std::runtime_error("cannot be started: " + command);
+        told_ = word;
     }
     ~ServerProcess() { End(SIGTERM); }
     ServerProcess(const ServerProcess&) = delete;
     ServerProcess& operator=(const ServerProcess&) = delete;
 
-    /// The line that it wrote when it was ready.
+    /// The first word that it wrote when it was ready.
     [[nodiscard]] const std::string& Told() const { return told_; }
     /// Returns when it is gone.
     void End(int signal) {
@@ -38,14 +37,8 @@ class ServerProcess {
     }
 
   private:
-    std::string Line() {
-        std::array<char, 256> line{};
-        std::string text = fgets(line.data(), line.size(), output_.get()) ? line.data() : "";
-        return text.substr(0, text.find('\n'));
-    }
-
     platform::CPointer<FILE, pclose> output_;
-    pid_t process_;
+    pid_t process_ = 0;
     std::string told_;
 };
 

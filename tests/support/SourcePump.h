@@ -3,7 +3,6 @@
 #include "platform/interfaces/EventSource.h"
 
 #include <algorithm>
-#include <deque>
 #include <utility>
 #include <vector>
 
@@ -22,8 +21,7 @@ class SourcePump final : public platform::EventQueue {
                std::chrono::milliseconds patience = std::chrono::seconds(20)) {
         const auto end = std::chrono::steady_clock::now() + patience;
         for (; !condition() && std::chrono::steady_clock::now() < end; ++rounds)
-            if (!Round())
-                Sleep();
+            Round();
         return condition();
     }
     void For(std::chrono::milliseconds time) {
@@ -34,36 +32,28 @@ class SourcePump final : public platform::EventQueue {
     std::size_t rounds = 0;
 
   private:
-    bool Round() {
+    void Round() {
         bool more = false;
-        for (platform::EventSource* source : sources_) {
-            const std::size_t before = queue_.size();
-            more = source->Collect(*this) || more;
-            largestBatch = std::max(largestBatch, queue_.size() - before);
-        }
-        for (; !queue_.empty(); more = true) {
-            const auto delivery = std::move(queue_.front());
-            queue_.pop_front();
-            delivery();
-        }
-        return more;
-    }
-    void Sleep() const {
-        using namespace std::chrono_literals;
+        // Not for long, because conditions may lie outside of what the sources watch.
         const platform::Moment now = std::chrono::steady_clock::now();
-        // Short, because conditions may lie outside of what the sources watch.
-        platform::Moment until = now + 50ms;
+        platform::Moment until = now + std::chrono::milliseconds(50);
         std::vector<pollfd> watched;
-        for (const platform::EventSource* source : sources_) {
+        for (platform::EventSource* source : sources_) {
+            queue_.clear();
+            more = source->Collect(*this) || !queue_.empty() || more;
+            largestBatch = std::max(largestBatch, queue_.size());
+            for (const auto& delivery : std::exchange(queue_, {}))
+                delivery();
             watched.push_back(source->Watch());
             until = std::min(until, source->Due().value_or(until));
         }
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(std::max(until - now, 0ns));
-        poll(watched.data(), watched.size(), static_cast<int>(left.count()));
+        const auto left = std::max(std::chrono::nanoseconds(0), until - now);
+        const auto whole = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+        poll(watched.data(), watched.size(), more ? 0 : static_cast<int>(whole));
     }
 
     std::vector<platform::EventSource*> sources_;
-    std::deque<std::function<void()>> queue_;
+    std::vector<std::function<void()>> queue_;
 };
 
 } // namespace kqu::testing_support

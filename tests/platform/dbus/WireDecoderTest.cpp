@@ -178,18 +178,10 @@ TEST(WireDecoder, WhatIsBrokenAndAllBehindItIsAbsent) {
 
 TEST(WireDecoder, LargeMessagesComeWhole) {
     const std::string large(32U << 20, 'x');
-    const auto message = Make(Of("ssa{sv}", "n", "o", 1, "Item", "s", large.c_str()));
-    const PostedNotification posted = DecodePosted(*message);
-    ASSERT_TRUE(posted.userInfo);
-    EXPECT_EQ(std::get<std::string>(posted.userInfo->at(0).second), large);
+    const PostedNotification posted =
+        DecodePosted(*Make(Of("ssa{sv}", "n", "o", 1, "Item", "s", large.c_str())));
+    EXPECT_TRUE(std::get<std::string>(posted.userInfo.value().at(0).second) == large);
     EXPECT_GT(SizeInMemory(posted), large.size());
-
-    const auto bytes = Make([&](sd_bus_message* made) {
-        sd_bus_message_append(made, "s", "n");
-        sd_bus_message_append_array(made, 'y', large.data(), large.size());
-        sd_bus_message_append(made, "a{ss}", 1, "k", "v");
-    });
-    EXPECT_EQ(Shown(DecodePosted(*bytes)), "'n' other {k:'v' }");
 }
 
 } // namespace

@@ -49,11 +49,13 @@ class StandIn final : public EventSource {
     void Announce(const char* signal, bool begins) {
         EXPECT_GE(sd_bus_emit_signal(bus_.get(), path, interface, signal, "b", begins ? 1 : 0), 0);
     }
-    void AnnounceKind(bool begins, const std::string& kind) {
-        EXPECT_GE(sd_bus_emit_signal(bus_.get(), path, interface, "PrepareForShutdownWithMetadata",
-                                     "ba{sv}", begins ? 1 : 0, 2, "other", "u", 7U, "type", "s",
-                                     kind.c_str()),
-                  0);
+    /// A shutdown, as those managers do that tell its kind, unless there is none.
+    void AnnounceShutdown(bool begins, const std::string& kind) {
+        if (!kind.empty())
+            sd_bus_emit_signal(bus_.get(), path, interface, "PrepareForShutdownWithMetadata",
+                               "ba{sv}", begins ? 1 : 0, 2, "other", "u", 7U, "type", "s",
+                               kind.c_str());
+        Announce("PrepareForShutdown", begins);
     }
     [[nodiscard]] pollfd Watch() const override {
         return {sd_bus_get_fd(bus_.get()), static_cast<short>(sd_bus_get_events(bus_.get())), 0};
@@ -78,14 +80,11 @@ class StandIn final : public EventSource {
         return sd_bus_reply_method_return(call, "v", "(st)", scheduled.c_str(), std::uint64_t{1});
     }
     int Grant(sd_bus_message* call) {
-        std::array<const char*, 4> said{};
+        const char *what = nullptr, *who = nullptr, *why = nullptr, *mode = nullptr;
         std::array<int, 2> ends{};
         EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-        EXPECT_GE(sd_bus_message_read(call, "ssss", &said[0], &said[1], &said[2], &said[3]), 0);
-        std::string description = said[3];
-        for (std::size_t i = 0; i < 3; ++i)
-            description += std::string(" ") + said[i];
-        locks_.emplace_back(description, ends[0]);
+        EXPECT_GE(sd_bus_message_read(call, "ssss", &what, &who, &why, &mode), 0);
+        locks_.emplace_back(std::string(mode) + " " + what + " " + who + " " + why, ends[0]);
         const int result = sd_bus_reply_method_return(call, "h", ends[1]);
         close(ends[1]);
         return result;
@@ -146,17 +145,16 @@ class LogindPowerMessagesTest : public testing::Test {
 
 TEST_F(LogindPowerMessagesTest, LocksAreAskedForAnewOfEachManagerAndEndWithTheListening) {
     Listen("Scanning Da\tta \xFF" + std::string(400, 'x'));
-    for (int round = 0; round < 4; ++round) {
-        if (round > 0)
-            manager.reset();
-        if (round % 2 == 1) {
+    ASSERT_TRUE(UntilLocks("delay block "));
+    for (const bool busGoesToo : {true, false}) {
+        manager.reset();
+        if (busGoesToo) {
             bus.Stop();
             SourcePump({&power}).For(50ms);
             bus.Run();
         }
-        if (round > 0)
-            manager.emplace(bus);
-        ASSERT_TRUE(UntilLocks("delay block ")) << round;
+        manager.emplace(bus);
+        ASSERT_TRUE(UntilLocks("delay block ")) << busGoesToo;
     }
     // Whatever the tools are called, the text is one that the bus takes.
     const std::string lock = manager->Locks().back();
@@ -188,27 +186,23 @@ TEST_F(LogindPowerMessagesTest, SleepIsAnnouncedUnderTheDelayByTheManagerAlone) 
 }
 
 TEST_F(LogindPowerMessagesTest, AShutdownIsAnnouncedOnceByItsKind) {
-    struct Case {
-        const char* scheduled;
-        std::string told;
-        std::uint32_t message;
-    };
+    constexpr std::uint32_t off = 0xE0000250, restart = 0xE0000310;
+    const std::tuple<const char*, const char*, std::uint32_t> cases[] = {
+        {"", "", off},
+        {"poweroff", "", off},
+        {"reboot", "", restart},
+        {"", "reboot", restart},
+        {"", "halt", off},
+        {"reboot", "poweroff", off},
+        // One that doesn't say is not waited for.
+        {"?", "", off}};
     Listen();
-    for (const auto& [scheduled, told, message] : {Case{"", "", 0xE0000250},
-                                                   {"poweroff", "", 0xE0000250},
-                                                   {"reboot", "", 0xE0000310},
-                                                   {"", "reboot", 0xE0000310},
-                                                   {"", "halt", 0xE0000250},
-                                                   {"reboot", "poweroff", 0xE0000250},
-                                                   // One that doesn't say is not waited for.
-                                                   {"?", "", 0xE0000250}}) {
+    for (const auto& [scheduled, told, message] : cases) {
         ASSERT_TRUE(UntilLocks("delay ")) << scheduled << " " << told;
         heard.clear();
         manager->scheduled = scheduled;
         for (const bool begins : {true, false}) {
-            if (!told.empty())
-                manager->AnnounceKind(begins, told);
-            manager->Announce("PrepareForShutdown", begins);
+            manager->AnnounceShutdown(begins, told);
             ASSERT_TRUE(UntilHeard(message)) << scheduled << " " << told;
             ASSERT_TRUE(UntilLocks(begins ? "" : "delay "));
         }

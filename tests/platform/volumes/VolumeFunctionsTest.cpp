@@ -22,27 +22,23 @@ constexpr std::uint32_t everything = 0xFFFF;
 class VolumeFunctionsTest : public testing::Test {
   protected:
     VolumeFunctionsTest() {
-        tree_.Mount("8:1", "sda1", "/");
-        tree_.Mount("8:17", "sdb1", "/media/My Disk");
-        RegisterVolumeFunctions(table_, handles_, tree_.Root());
-        second_ = Mounted().at(1).reference;
+        tree.Mount("8:1", "sda1", "/");
+        tree.Mount("8:17", "sdb1", "/media/My Disk");
+        RegisterVolumeFunctions(table, handles, tree.Root());
+        second = (*table.Find<functions::MountedVolumes>())().at(1).reference;
     }
 
     template <class F, class... Arguments>
     auto Call(Arguments... arguments) {
-        return (*table_.Find<F>())(arguments...);
+        return (*table.Find<F>())(arguments...);
     }
-    std::vector<MountedVolume> Mounted() { return Call<functions::MountedVolumes>(); }
-
-    std::int32_t GetInfo(std::int32_t volume, std::uint32_t which, Info& info) {
-        return Call<functions::FSGetVolumeInfo>(volume, 0U, nullptr, which, info.data(), nullptr,
-                                                nullptr);
+    std::int32_t GetInfo(std::int32_t volume, std::uint32_t which, std::byte* info,
+                         std::byte* root = nullptr) {
+        return Call<functions::FSGetVolumeInfo>(volume, 0U, nullptr, which, info, nullptr, root);
     }
     Block RootOf(std::int32_t volume) {
         Block block{};
-        EXPECT_EQ(Call<functions::FSGetVolumeInfo>(volume, 0U, nullptr, 0U, nullptr, nullptr,
-                                                   block.data()),
-                  0);
+        EXPECT_EQ(GetInfo(volume, 0, nullptr, block.data()), 0);
         return block;
     }
     std::optional<Block> Entry(const Block& parent, std::u16string_view name) {
@@ -53,123 +49,101 @@ class VolumeFunctionsTest : public testing::Test {
         EXPECT_EQ(status != 0, block == Block{}) << "a failure writes nothing, a success something";
         return status == 0 ? std::optional(block) : std::nullopt;
     }
-    /// Nothing if the platform gives no path that fits.
-    std::optional<std::string> Path(const Block& reference, std::uint32_t size = 1024) {
+    /// "-" if the platform gives no path that fits.
+    std::string Path(const Block& reference, std::uint32_t size = 1024) {
         std::vector<char> buffer(size, '?');
-        if (Call<functions::FSRefMakePath>(reference.data(), buffer.data(), size) != 0)
-            return std::nullopt;
-        return std::string(buffer.data());
+        const auto status = Call<functions::FSRefMakePath>(reference.data(), buffer.data(), size);
+        return status == 0 ? buffer.data() : "-";
     }
 
-    simulation::MadeUpVolumes tree_;
-    Handles handles_;
-    FunctionTable table_;
-    std::int32_t second_ = 0;
+    simulation::MadeUpVolumes tree;
+    Handles handles;
+    FunctionTable table;
+    std::int32_t second = 0;
 };
 
 TEST_F(VolumeFunctionsTest, TheNumberOfFilesIsWrittenOnlyIfInformationIsWanted) {
     Info untouched;
     untouched.fill(std::byte{0x5A});
     Info info = untouched;
-    EXPECT_EQ(GetInfo(second_, 0, info), 0);
-    EXPECT_NE(GetInfo(second_ - 1, everything, info), 0);
+    EXPECT_EQ(GetInfo(second, 0, info.data()), 0);
+    EXPECT_NE(GetInfo(second - 1, everything, info.data()), 0);
     EXPECT_EQ(info, untouched);
 
-    EXPECT_EQ(GetInfo(second_, everything, info), 0);
+    EXPECT_EQ(GetInfo(second, everything, info.data()), 0);
     struct statvfs status {};
-    ASSERT_EQ(statvfs(tree_.Root().c_str(), &status), 0);
+    ASSERT_EQ(statvfs(tree.Root().c_str(), &status), 0);
     std::uint32_t files = 0;
     std::memcpy(&files, info.data() + 32, sizeof files);
     // Others may make and remove files meanwhile.
     EXPECT_NEAR(files, static_cast<double>(status.f_files - status.f_ffree), 10000);
     std::memcpy(info.data() + 32, untouched.data(), 4);
     EXPECT_EQ(info, untouched);
-
     // Its place has gone, as that of a device that was pulled out.
-    std::filesystem::remove(tree_.Root() / "media/My Disk");
-    EXPECT_NE(GetInfo(second_, everything, info), 0);
+    std::filesystem::remove(tree.Root() / "media/My Disk");
+    EXPECT_NE(GetInfo(second, everything, info.data()), 0);
     EXPECT_EQ(info, untouched);
-    EXPECT_EQ(GetInfo(second_, 0, info), 0);
+    EXPECT_EQ(GetInfo(second, 0, info.data()), 0);
 }
 
-TEST_F(VolumeFunctionsTest, VolumesAreFoundByIndexFromOneOn) {
-    tree_.Label("sdb1", "Photos\\x20\xF0\x9F\x93\xB7");
-    for (std::uint32_t index = 1; index <= 2; ++index) {
-        std::int32_t number = 0;
-        std::u16string name;
-        EXPECT_EQ(Call<functions::FSGetVolumeInfo>(0, index, &number, 0U, nullptr, &name, nullptr),
-                  0);
-        EXPECT_EQ(number, index == 1 ? bootVolume : second_);
-        EXPECT_EQ(name, index == 1 ? u"/" : u"Photos \U0001F4F7");
-    }
-    EXPECT_NE(Call<functions::FSGetVolumeInfo>(0, 3U, nullptr, 0U, nullptr, nullptr, nullptr), 0);
-    const auto mounted = Mounted();
-    ASSERT_EQ(mounted.size(), 2U);
-    EXPECT_EQ(mounted[0].name, "/");
-    EXPECT_EQ(mounted[1].name, "Photos \xF0\x9F\x93\xB7");
-    EXPECT_EQ(mounted[1].mountPoint, "/media/My Disk");
-}
+TEST_F(VolumeFunctionsTest, VolumesAreFoundByIndexFromOneOnAndTheirDisksByNumber) {
+    tree.Label("sdb1", "Photos\\x20\xF0\x9F\x93\xB7");
+    const auto info = *table.Find<functions::FSGetVolumeInfo>();
+    std::int32_t number = 0;
+    std::u16string name;
+    EXPECT_EQ(info(0, 1, &number, 0, nullptr, &name, nullptr), 0);
+    EXPECT_TRUE(number == bootVolume && name == u"/");
+    EXPECT_EQ(info(0, 2, &number, 0, nullptr, &name, nullptr), 0);
+    EXPECT_TRUE(number == second && name == u"Photos \U0001F4F7");
+    EXPECT_NE(info(0, 3, nullptr, 0, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(Call<functions::MountedVolumes>().at(1).mountPoint, "/media/My Disk");
 
-TEST_F(VolumeFunctionsTest, TheDiskIsHandedOverAsATextToRelease) {
     std::int32_t text = 77;
-    EXPECT_NE(Call<functions::FSCopyDiskIDForVolume>(second_ - 1, &text), 0);
+    EXPECT_NE(Call<functions::FSCopyDiskIDForVolume>(second - 1, &text), 0);
     EXPECT_EQ(text, 77);
-    EXPECT_EQ(Call<functions::FSCopyDiskIDForVolume>(second_, &text), 0);
-    ASSERT_NE(handles_.Text(text), nullptr);
-    EXPECT_EQ(*handles_.Text(text), "sdb1");
-    handles_.Release(text);
-    EXPECT_EQ(handles_.Text(text), nullptr);
-    tree_.UnmountAll();
-    for (const std::int32_t gone : {bootVolume, second_})
+    EXPECT_EQ(Call<functions::FSCopyDiskIDForVolume>(second, &text), 0);
+    ASSERT_NE(handles.Text(text), nullptr);
+    EXPECT_EQ(*handles.Text(text), "sdb1");
+    handles.Release(text);
+    EXPECT_EQ(handles.Text(text), nullptr) << "the caller's to release";
+    tree.UnmountAll();
+    for (const std::int32_t gone : {bootVolume, second})
         EXPECT_NE(Call<functions::FSCopyDiskIDForVolume>(gone, &text), 0) << gone;
 }
 
 TEST_F(VolumeFunctionsTest, ReferencesLeadFromTheRootToAFileByItsNames) {
-    const std::string camera = "\xF0\x9F\x93\xB7";
-    tree_.Write("media/My Disk/" + camera + "/ä", "");
-    tree_.Link("media/My Disk/dangling", "/nowhere");
-    const Block root = RootOf(second_);
+    const std::string camera = "/media/My Disk/\xF0\x9F\x93\xB7";
+    tree.Write(camera.substr(1) + "/ä", "");
+    tree.Link("media/My Disk/dangling", "/nowhere");
+    const Block root = RootOf(second);
     EXPECT_EQ(Path(RootOf(bootVolume)), "/");
-    EXPECT_EQ(Path(root), "/media/My Disk");
-    const auto folder = Entry(root, u"\U0001F4F7");
-    ASSERT_TRUE(folder);
-    const auto file = Entry(*folder, u"ä");
+    EXPECT_EQ(Path(*Entry(RootOf(bootVolume), u"media")), "/media");
+    const auto file = Entry(Entry(root, u"\U0001F4F7").value(), u"ä");
     ASSERT_TRUE(file);
-    EXPECT_EQ(Path(*file), "/media/My Disk/" + camera + "/ä");
+    EXPECT_EQ(Path(*file), camera + "/ä");
     // A link is an entry whatever it points to.
     EXPECT_TRUE(Entry(root, u"dangling"));
-    EXPECT_EQ(Path(*Entry(RootOf(bootVolume), u"media")), "/media");
-
     using namespace std::string_view_literals;
     for (const auto name : {u""sv, u"."sv, u".."sv, u"missing"sv, u"a/b"sv, u"/"sv, u"\xD83D"sv,
                             u"dangling\0x"sv, std::u16string_view(u"\U0001F4F7", 1)})
         EXPECT_FALSE(Entry(root, name)) << std::string(name.begin(), name.end());
     EXPECT_FALSE(Entry(*file, u"below a file"));
     EXPECT_FALSE(Entry(Block{}, u"media"));
-}
 
-TEST_F(VolumeFunctionsTest, APathComesWholeOrNotAtAll) {
-    const Block root = RootOf(second_);
+    // A path comes whole or not at all.
     const auto length = static_cast<std::uint32_t>(std::strlen("/media/My Disk"));
     EXPECT_EQ(Path(root, length + 1), "/media/My Disk");
-    EXPECT_EQ(Path(root, length), std::nullopt);
-    EXPECT_EQ(Path(root, 0), std::nullopt);
     Block garbage;
     garbage.fill(std::byte{0xFF});
-    EXPECT_EQ(Path(garbage), std::nullopt);
-    EXPECT_EQ(Path(Block{}), std::nullopt);
-
-    tree_.Write("file", "");
-    const auto file = Entry(RootOf(bootVolume), u"file");
-    ASSERT_TRUE(file);
-    EXPECT_EQ(Path(*file), "/file");
-    std::filesystem::remove(tree_.Root() / "file");
-    EXPECT_EQ(Path(*file), std::nullopt);
-
+    for (const auto& [reference, size] :
+         {std::pair(root, length), {root, 0U}, {garbage, 99U}, {Block{}, 99U}})
+        EXPECT_EQ(Path(reference, size), "-") << size;
+    std::filesystem::remove(tree.Root() / (camera.substr(1) + "/ä"));
+    EXPECT_EQ(Path(*file), "-");
     // References are for use soon; a forgotten one names nothing, and never another file.
     for (int i = 0; i < 256; ++i)
         static_cast<void>(RootOf(bootVolume));
-    EXPECT_EQ(Path(root), std::nullopt);
+    EXPECT_EQ(Path(root), "-");
 }
 
 } // namespace
