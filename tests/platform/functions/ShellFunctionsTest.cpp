@@ -12,7 +12,6 @@
 #include <iterator>
 #include <optional>
 #include <sys/resource.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 
 namespace kqu::platform {
@@ -116,20 +115,6 @@ TEST_F(ShellFunctionsTest, ACommandInheritsNothingAndStartsWithTheUsualSignals) 
     handles.reset();
     EXPECT_EQ(OpenDescriptors(), before) << "what nobody closed goes with the handles";
     EXPECT_FALSE(HasChildren());
-}
-
-TEST_F(ShellFunctionsTest, SignalsDuringAReadCutNothingShort) {
-    struct sigaction former {};
-    struct sigaction action {};
-    action.sa_handler = [](int) {};
-    action.sa_flags = SA_RESTART;
-    sigaction(SIGALRM, &action, &former);
-    const itimerval often{{0, 5000}, {0, 5000}};
-    const itimerval never{};
-    setitimer(ITIMER_REAL, &often, nullptr);
-    EXPECT_EQ(Output("for i in 1 2 3; do echo $i; sleep 0.03; done"), "1\n2\n3\n");
-    setitimer(ITIMER_REAL, &never, nullptr);
-    sigaction(SIGALRM, &former, nullptr);
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
@@ -22,54 +21,18 @@ constexpr const char* path = "/org/freedesktop/login1";
 constexpr const char* interface = "org.freedesktop.login1.Manager";
 
 /// A login manager as far as locks and announcements go, in the same loop as the one who uses it.
-class StandIn final : public EventSource {
-  public:
-    explicit StandIn(const PrivateBus& bus) : bus_(bus.Connect()) {
+struct StandIn final : EventSource {
+    explicit StandIn(const PrivateBus& on) : bus(on.Connect()) {
         const auto answer = [](sd_bus_message* call, void* self, sd_bus_error*) {
             return static_cast<StandIn*>(self)->Answer(call);
         };
-        EXPECT_GE(sd_bus_add_object(bus_.get(), nullptr, path, answer, this), 0);
-        EXPECT_GE(sd_bus_request_name(bus_.get(), "org.freedesktop.login1", 0), 0);
+        EXPECT_GE(sd_bus_add_object(bus.get(), nullptr, path, answer, this), 0);
+        EXPECT_GE(sd_bus_request_name(bus.get(), "org.freedesktop.login1", 0), 0);
     }
     ~StandIn() override {
-        for (const auto& [description, watched] : locks_)
+        for (const auto& [description, watched] : locks)
             close(watched);
     }
-
-    /// The locks that are held now: "mode what who why".
-    std::vector<std::string> Locks() {
-        std::vector<std::string> held;
-        for (const auto& [description, watched] : locks_) {
-            pollfd end{watched, 0, 0};
-            if (poll(&end, 1, 0) == 0)
-                held.push_back(description);
-        }
-        return held;
-    }
-    void Announce(const char* signal, bool begins) {
-        EXPECT_GE(sd_bus_emit_signal(bus_.get(), path, interface, signal, "b", begins ? 1 : 0), 0);
-    }
-    /// A shutdown, as those managers do that tell its kind, unless there is none.
-    void AnnounceShutdown(bool begins, const std::string& kind) {
-        if (!kind.empty())
-            sd_bus_emit_signal(bus_.get(), path, interface, "PrepareForShutdownWithMetadata",
-                               "ba{sv}", begins ? 1 : 0, 2, "other", "u", 7U, "type", "s",
-                               kind.c_str());
-        Announce("PrepareForShutdown", begins);
-    }
-    [[nodiscard]] pollfd Watch() const override {
-        return {sd_bus_get_fd(bus_.get()), static_cast<short>(sd_bus_get_events(bus_.get())), 0};
-    }
-    bool Collect(EventQueue&) override {
-        while (sd_bus_process(bus_.get(), nullptr) > 0)
-            ;
-        return false;
-    }
-
-    /// What was scheduled; without one the property does not exist, and "?" is never answered.
-    std::string scheduled;
-
-  private:
     int Answer(sd_bus_message* call) {
         if (sd_bus_message_is_method_call(call, interface, "Inhibit") > 0)
             return Grant(call);
@@ -81,28 +44,50 @@ class StandIn final : public EventSource {
     }
     int Grant(sd_bus_message* call) {
         const char *what = nullptr, *who = nullptr, *why = nullptr, *mode = nullptr;
-        std::array<int, 2> ends{};
-        EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+        int ends[2];
+        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
         EXPECT_GE(sd_bus_message_read(call, "ssss", &what, &who, &why, &mode), 0);
-        locks_.emplace_back(std::string(mode) + " " + what + " " + who + " " + why, ends[0]);
+        locks.emplace_back(std::string(mode) + " " + why, ends[0]);
         const int result = sd_bus_reply_method_return(call, "h", ends[1]);
         close(ends[1]);
         return result;
     }
+    /// The modes of the locks that are held now.
+    std::string Held() const {
+        std::string modes;
+        for (const auto& [description, watched] : locks) {
+            pollfd end{watched, 0, 0};
+            modes += poll(&end, 1, 0) == 0 ? description.substr(0, 6) : "";
+        }
+        return modes;
+    }
+    void Announce(const char* signal, bool begins) const {
+        EXPECT_GE(sd_bus_emit_signal(bus.get(), path, interface, signal, "b", begins ? 1 : 0), 0);
+    }
+    /// A shutdown; those managers that tell its kind do that before.
+    void AnnounceShutdown(bool begins, const char* kind) const {
+        if (*kind != '\0')
+            sd_bus_emit_signal(bus.get(), path, interface, "PrepareForShutdownWithMetadata",
+                               "ba{sv}", begins ? 1 : 0, 2, "other", "u", 7U, "type", "s", kind);
+        Announce("PrepareForShutdown", begins);
+    }
+    [[nodiscard]] pollfd Watch() const override {
+        return {sd_bus_get_fd(bus.get()), static_cast<short>(sd_bus_get_events(bus.get())), 0};
+    }
+    bool Collect(EventQueue&) override { return sd_bus_process(bus.get(), nullptr) > 0; }
 
-    PrivateBus::Connection bus_;
-    std::vector<std::pair<std::string, int>> locks_;
+    PrivateBus::Connection bus;
+    std::vector<std::pair<std::string, int>> locks;
+    /// What was scheduled; without one the property does not exist, and "?" is never answered.
+    std::string scheduled;
 };
 
-class LogindPowerMessagesTest : public testing::Test {
-  protected:
+struct LogindPowerMessagesTest : testing::Test {
     LogindPowerMessagesTest() {
         setenv("DBUS_SYSTEM_BUS_ADDRESS", bus.Address().c_str(), 1);
         bus.Run();
         manager.emplace(bus);
     }
-    ~LogindPowerMessagesTest() override { unsetenv("DBUS_SYSTEM_BUS_ADDRESS"); }
-
     void Listen(const std::string& why = "") {
         running = why;
         listening = power.Listen(
@@ -111,27 +96,18 @@ class LogindPowerMessagesTest : public testing::Test {
                 if (value == mayItSleep)
                     return !running.empty();
                 heard.push_back(value);
-                locksWhenHeard = Locks();
+                heldWhenHeard = manager->Held();
                 return false;
             },
             [this] { return running; });
     }
-    /// The modes of the program's locks.
-    std::string Locks() {
-        std::string modes;
-        for (const std::string& lock : manager->Locks())
-            if (lock.find(" sleep:shutdown KQU Messenger ") != std::string::npos)
-                modes += lock.substr(0, 5) + " ";
-        return modes;
-    }
-    bool Until(const std::function<bool()>& condition) {
-        return SourcePump({&power, &*manager}).Until(condition);
-    }
-    bool UntilLocks(const std::string& modes) {
-        return Until([&] { return Locks() == modes; });
+    bool UntilHeld(const std::string& modes) {
+        return SourcePump({&power, &*manager}).Until([&] { return manager->Held() == modes; });
     }
     bool UntilHeard(std::uint32_t message) {
-        return Until([&] { return !heard.empty() && heard.back() == message; });
+        return SourcePump({&power, &*manager}).Until([&] {
+            return !heard.empty() && heard.back() == message;
+        });
     }
 
     PrivateBus bus;
@@ -140,12 +116,12 @@ class LogindPowerMessagesTest : public testing::Test {
     Registration listening;
     std::string running;
     std::vector<std::uint32_t> heard;
-    std::string locksWhenHeard;
+    std::string heldWhenHeard;
 };
 
 TEST_F(LogindPowerMessagesTest, LocksAreAskedForAnewOfEachManagerAndEndWithTheListening) {
     Listen("Scanning Da\tta \xFF" + std::string(400, 'x'));
-    ASSERT_TRUE(UntilLocks("delay block "));
+    ASSERT_TRUE(UntilHeld("delay block "));
     for (const bool busGoesToo : {true, false}) {
         manager.reset();
         if (busGoesToo) {
@@ -154,34 +130,33 @@ TEST_F(LogindPowerMessagesTest, LocksAreAskedForAnewOfEachManagerAndEndWithTheLi
             bus.Run();
         }
         manager.emplace(bus);
-        ASSERT_TRUE(UntilLocks("delay block ")) << busGoesToo;
+        ASSERT_TRUE(UntilHeld("delay block ")) << busGoesToo;
     }
     // Whatever the tools are called, the text is one that the bus takes.
-    const std::string lock = manager->Locks().back();
+    const std::string lock = manager->locks.back().first;
     EXPECT_NE(lock.find("Scanning Da ta \xEF\xBF\xBDxxx"), std::string::npos) << lock;
     EXPECT_LT(lock.size(), 300U);
     // While something runs, a change is noticed without being told.
     running.clear();
-    EXPECT_TRUE(UntilLocks("delay "));
-    EXPECT_TRUE(Until([this] { return !power.Due(); })) << "nobody is woken any more";
+    EXPECT_TRUE(UntilHeld("delay "));
     listening.Drop();
-    EXPECT_TRUE(UntilLocks(""));
+    EXPECT_TRUE(UntilHeld(""));
 }
 
 TEST_F(LogindPowerMessagesTest, SleepIsAnnouncedUnderTheDelayByTheManagerAlone) {
     Listen("Scanning");
-    ASSERT_TRUE(UntilLocks("delay block "));
+    ASSERT_TRUE(UntilHeld("delay block "));
     const auto stranger = bus.Connect();
     EXPECT_GE(sd_bus_emit_signal(stranger.get(), path, interface, "PrepareForSleep", "b", 0), 0);
     sd_bus_flush(stranger.get());
     SourcePump({&power, &*manager}).For(100ms);
     manager->Announce("PrepareForSleep", true);
     ASSERT_TRUE(UntilHeard(0xE0000280));
-    EXPECT_EQ(locksWhenHeard, "delay block ");
-    EXPECT_TRUE(UntilLocks("block "));
+    EXPECT_EQ(heldWhenHeard, "delay block ");
+    EXPECT_TRUE(UntilHeld("block "));
     manager->Announce("PrepareForSleep", false);
     ASSERT_TRUE(UntilHeard(0xE0000300));
-    EXPECT_TRUE(UntilLocks("block delay "));
+    EXPECT_TRUE(UntilHeld("block delay "));
     EXPECT_EQ(heard.size(), 2U);
 }
 
@@ -198,15 +173,15 @@ TEST_F(LogindPowerMessagesTest, AShutdownIsAnnouncedOnceByItsKind) {
         {"?", "", off}};
     Listen();
     for (const auto& [scheduled, told, message] : cases) {
-        ASSERT_TRUE(UntilLocks("delay ")) << scheduled << " " << told;
+        ASSERT_TRUE(UntilHeld("delay ")) << scheduled << " " << told;
         heard.clear();
         manager->scheduled = scheduled;
         for (const bool begins : {true, false}) {
             manager->AnnounceShutdown(begins, told);
             ASSERT_TRUE(UntilHeard(message)) << scheduled << " " << told;
-            ASSERT_TRUE(UntilLocks(begins ? "" : "delay "));
+            ASSERT_TRUE(UntilHeld(begins ? "" : "delay "));
         }
-        EXPECT_EQ(locksWhenHeard, "delay ");
+        EXPECT_EQ(heldWhenHeard, "delay ");
         EXPECT_EQ(heard.size(), 1U);
     }
 }

@@ -18,15 +18,16 @@ struct EchoFilterTest : testing::Test {
 
     void Pass(std::chrono::milliseconds time) {
         const Moment end = now + time;
-        while (const auto due = filter.Due()) {
-            if (*due > end)
-                break;
+        for (auto due = filter.Due(); due && *due <= end; due = filter.Due()) {
             now = std::max(now, *due);
-            if (const auto change = filter.Settle(now))
-                told.push_back(*change);
+            Tell(filter.Settle(now));
             ASSERT_NE(filter.Due(), due) << "would be due for ever";
         }
         now = end;
+    }
+    void Tell(const std::optional<int>& change) {
+        if (change)
+            told.push_back(*change);
     }
     /// What is told by a course of "ask 146", "see 146", "quiet 146" and "pass <milliseconds>".
     std::vector<int> Told(const std::string& course) {
@@ -41,8 +42,8 @@ struct EchoFilterTest : testing::Test {
                 static_cast<void>(filter.Acknowledge(value, now));
             else if (what == "pass")
                 Pass(std::chrono::milliseconds(value));
-            else if (const auto change = filter.Observe(value, now))
-                told.push_back(*change);
+            else
+                Tell(filter.Observe(value, now));
         return told;
     }
 };
