@@ -1,3 +1,4 @@
+#include "bench/Allocations.h"
 #include "framework/ui/Picture.h"
 #include "platform/text/Truncation.h"
 #include "tests/support/SimulatedMachine.h"
@@ -79,8 +80,18 @@ Ref<Dictionary> FillTable(Window1& panel, int rows) {
     return table;
 }
 
+/// What every row's job does all the time.
+void ChangeTexts(const Dictionary& table) {
+    for (int i = 0; i < table.Count(); ++i)
+        table.Value(table.Key(i)).ObjectAs<Dictionary>()->SetValue("Status", NewPath());
+}
+
+/// What the rows show at each paint.
+enum class Texts { Same, New };
+enum class ScrolledTo { Top, Middle };
+
 /// One paint of the list, ten rows of which are in sight at most.
-void PaintList(benchmark::State& state, bool isChanging) {
+void PaintList(benchmark::State& state, Texts texts, ScrolledTo place) {
     simulation::SimulatedMachine machine;
     machine.Start();
     Window1& panel = machine.Panel();
@@ -90,27 +101,33 @@ void PaintList(benchmark::State& state, bool isChanging) {
     panel.SetHeight(height);
     panel.MyWindowEventList->SetWidth(panelWidth);
     panel.MyWindowEventList->SetHeight(height);
+    if (place == ScrolledTo::Middle) {
+        panel.ScrollBar1->SetMaximum(rows - rowsInSight);
+        panel.ScrollBar1->SetValue((rows - rowsInSight) / 2);
+    }
     const Ref<Picture> canvas = Picture::MakeBuffer(panelWidth, height);
-    for (auto _ : state) {
-        if (isChanging)
-            for (int i = 0; i < rows; ++i)
-                table->Value(table->Key(i)).ObjectAs<Dictionary>()->SetValue("Status", NewPath());
-        panel.MyWindowEventList_Paint(canvas->Graphics());
+    {
+        const bench::AllocationCount count(state);
+        for (auto _ : state) {
+            if (texts == Texts::New)
+                ChangeTexts(*table);
+            panel.MyWindowEventList_Paint(canvas->Graphics());
+        }
     }
     state.SetComplexityN(rows);
 }
-BENCHMARK_CAPTURE(PaintList, same_texts, false)
-    ->Arg(1)
-    ->Arg(10)
-    ->Arg(100)
+
+void ByRows(benchmark::internal::Benchmark* paint) {
+    paint->Arg(1)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
+}
+BENCHMARK_CAPTURE(PaintList, same_texts, Texts::Same, ScrolledTo::Top)->Apply(ByRows)->Complexity();
+BENCHMARK_CAPTURE(PaintList, new_texts, Texts::New, ScrolledTo::Top)->Apply(ByRows)->Complexity();
+BENCHMARK_CAPTURE(PaintList, same_texts_scrolled, Texts::Same, ScrolledTo::Middle)
     ->Arg(1000)
-    ->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(PaintList, new_texts, true)
-    ->Arg(1)
-    ->Arg(10)
-    ->Arg(100)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(PaintList, new_texts_scrolled, Texts::New, ScrolledTo::Middle)
     ->Arg(1000)
-    ->Unit(benchmark::kMicrosecond);
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace kqu
