@@ -241,6 +241,18 @@ TEST_F(Lives, RepaintsTwiceASecondWhileThereAreRowsAndNeverWithout) {
     EXPECT_EQ(machine.Panel().MyInc, 1);
 }
 
+TEST_F(Lives, AClockThatJumpsBringsOnePassAndNotMany) {
+    TaskAt(1s, "KQS_disk.1", 10);
+    machine.At(4s, [&] { machine.time.Pass(1h); });
+    LookAt(3604500ms, [&] {
+        // One pass before, one for all that were missed; the guard of the start found a row.
+        EXPECT_EQ(PsRuns(), 2);
+        EXPECT_TRUE(Visible());
+        machine.windows.RequestClose();
+    });
+    machine.RunToEnd();
+}
+
 TEST_F(Lives, AnExceptionInAnyHandlerEndsTheProgramWithStatusZero) {
     TaskAt(1s, "KQS_disk.1", 1);
     machine.At(2s, [&] { machine.functions.Remove<functions::pclose>(); });

@@ -1,9 +1,12 @@
 #include "platform/functions/Functions.h"
+#include "platform/functions/Handles.h"
+#include "platform/functions/ShellFunctions.h"
 #include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <unistd.h>
 
 namespace kqu {
 namespace {
@@ -101,6 +104,15 @@ TEST_F(GetShellTest, FunctionsAreLookedUpOnEveryPass) {
         EXPECT_EQ(error.Library(), "System.framework");
     }
     EXPECT_EQ(reads, 2);
+}
+
+TEST_F(GetShellTest, TheSystemsOwnListTellsTheLivingFromTheDead) {
+    platform::Handles handles;
+    platform::RegisterShellFunctions(machine.functions, handles);
+    EXPECT_TRUE(machine.Panel().IsPIDProcessRunning(getpid()));
+    EXPECT_TRUE(machine.Panel().IsPIDProcessRunning(1));
+    EXPECT_FALSE(machine.Panel().IsPIDProcessRunning(2147483647));
+    EXPECT_EQ(Module1.GetShell("printf 'a\\nb'; exit 3", true), "a\rb");
 }
 
 TEST_F(GetShellTest, LivenessMatchesWholeNumbersAtTheEndOfALine) {

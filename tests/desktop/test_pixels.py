@@ -1,0 +1,58 @@
+"""What is on a real screen is, to the pixel, what is painted off-screen."""
+
+import subprocess
+
+from support import DesktopTest
+from support.panel import ROW
+from support.posting import OBJECTS
+from screenshot import Screenshot
+
+ROWS = (
+    ("scanner", {"Progress": "456", "VolName": "Büro 日本語 العربية 😀", "ScanType": "0",
+                 "Item": "/a <b>&amp; " + "long " * 30}),
+    ("backup", {"Progress": "999", "dVolName": "/mnt//vault", "status": "x", "Type": "4",
+                "Extra": "sleep", "FolderBackup": "1"}),
+    ("defragmenter", {"status": "defrag", "FileProgress": "37.6", "FileName": "/var/lib/a",
+                      "Extra": "shutdown"}),
+    ("scanner", {"Progress": "1e300", "Item": "odd"}),
+    ("backup", {"Progress": "-10"}),
+)
+
+
+class Pixels(DesktopTest):
+    options = {"window_manager": None}
+
+    def off_screen(self, rows, height):
+        lines = "".join("\t".join([f"KQS_disk.{number}", OBJECTS[tool],
+                                   *(f"{key}={value}" for key, value in info.items())]) + "\n"
+                        for number, (tool, info) in enumerate(rows))
+        pixmap = subprocess.run([self.desktop.build / "tests" / "kqu_paint", str(height)],
+                                input=lines.encode(), capture_output=True, check=True,
+                                timeout=60).stdout
+        magic, size, depth, pixels = pixmap.split(b"\n", 3)
+        self.assertEqual((magic, depth), (b"P6", b"255"))
+        return Screenshot(*map(int, size.split()), pixels)
+
+    def compare(self, rows, height):
+        self.desktop.start_messenger()
+        self.desktop.wait_listening()
+        for number, (tool, info) in enumerate(rows):
+            self.desktop.post(f"KQS_disk.{number}", tool, **info)
+        expected = self.off_screen(rows, height)
+        self.panel.wait_height(expected.height)
+        self.panel.wait_pixels("the same pixels", lambda seen: seen == expected, 5)
+
+    def test_all_kinds_of_rows_without_a_scroll_bar(self):
+        self.compare(ROWS, 768)
+        self.assertEqual(self.panel.geometry().height, len(ROWS) * ROW)
+
+
+class PixelsOnASmallScreen(Pixels):
+    options = {"window_manager": None, "screen": (1024, 300)}
+
+    def test_all_kinds_of_rows_without_a_scroll_bar(self):
+        self.compare(ROWS[:3], 300)
+
+    def test_all_kinds_of_rows_with_a_scroll_bar(self):
+        self.compare(ROWS, 300)
+        self.assertEqual(self.panel.geometry().height, 3 * ROW)
