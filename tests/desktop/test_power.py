@@ -56,6 +56,24 @@ class Power(DesktopTest):
         self.panel.wait_hidden()
         self.wait_modes("delay", timeout=PROMPTLY)
 
+    def test_the_delay_is_let_go_for_the_sleep_and_taken_anew_after_it(self):
+        self.start_row()
+        self.wait_modes("block", "delay")
+        self.logind.emit("PrepareForSleep", "b", True)
+        self.wait_modes("block", timeout=PROMPTLY)
+        self.logind.emit("PrepareForSleep", "b", False)
+        self.wait_modes("block", "delay", timeout=PROMPTLY)
+
+    def test_the_locks_come_back_with_a_bus_that_went_away(self):
+        self.start_row()
+        self.wait_modes("block", "delay")
+        self.desktop.system_bus.stop()
+        self.start_row(2)
+        self.panel.wait_title("Brackwater Scheduled Tasks")
+        self.desktop.system_bus.start()
+        self.logind = Logind(self.desktop.system_bus, self.desktop.processes, self.desktop.env)
+        self.wait_modes("block", "delay", timeout=8)
+
     def test_a_login_manager_that_hangs_holds_nothing_up(self):
         self.wait_modes("delay")
         self.logind.process.send_signal(signal.SIGSTOP)
@@ -116,3 +134,35 @@ class WithoutLogind(DesktopTest):
         logind = Logind(self.desktop.system_bus, self.desktop.processes, self.desktop.env)
         wait_until("the locks", lambda: len(logind.inhibitors()) == 2)
         self.assertEqual(self.desktop.messenger_output(), "")
+
+
+class PowerSource(DesktopTest):
+    options = Power.options
+
+    def set_source(self, online):
+        """A laptop on mains or on its battery, as the kernel tells of it."""
+        for name, values in (("AC", {"type": "Mains", "online": online}),
+                             ("BAT0", {"type": "Battery", "scope": "System", "present": "1",
+                                       "status": "Full" if online == "1" else "Discharging"})):
+            folder = self.desktop.folder / "supplies" / name
+            folder.mkdir(parents=True, exist_ok=True)
+            for key, value in values.items():
+                (folder / key).write_text(value + "\n")
+
+    def has_block(self):
+        return any(lock[3] == "block" for lock in self.desktop.logind.inhibitors())
+
+    def test_the_lock_follows_the_power_source_while_a_job_runs(self):
+        self.set_source("1")
+        supplies = self.desktop.folder / "supplies"
+        # Standing in for the kernel's supplies takes root; anybody else sees the machine's own.
+        prefix = ["unshare", "--mount", "sh", "-c",
+                  f'mount --bind {supplies} /sys/class/power_supply && exec "$0"']
+        may = os.geteuid() == 0
+        self.desktop.start_messenger(*(prefix if may else []))
+        self.desktop.wait_listening()
+        self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
+        for online in ("1", "0", "1", "0"):
+            self.set_source(online)
+            wanted = online == "1" or not may
+            wait_for_value("the lock", self.has_block, wanted, PROMPTLY)
