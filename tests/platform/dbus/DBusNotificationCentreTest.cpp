@@ -26,10 +26,8 @@ struct Poster {
 
     void Post(const std::string& name, const char* interface = postedInterface,
               const char* member = postedMember) const {
-        EXPECT_GE(sd_bus_emit_signal(connection.get(), "/a", interface, member, "ssa{sv}",
-                                     name.c_str(), "KQMS", 0),
-                  0);
-        sd_bus_flush(connection.get());
+        sd_bus_emit_signal(connection.get(), "/a", interface, member, "ss", name.c_str(), "KQMS");
+        EXPECT_GE(sd_bus_flush(connection.get()), 0);
     }
     [[nodiscard]] std::string Name() const {
         const char* name = nullptr;
@@ -47,8 +45,7 @@ class DBusNotificationCentreTest : public testing::Test {
     }
 
     void Listen() {
-        listening = centre.Listen(
-            [this](const PostedNotification& posted) { heard.push_back(*posted.name); });
+        listening = centre.Listen([this](const auto& posted) { heard.push_back(*posted.name); });
     }
     [[nodiscard]] bool IsConnected(std::size_t bus) {
         return centre.Sources()[bus]->Watch().fd >= 0;
@@ -165,8 +162,7 @@ TEST(ListenersTest, AListenerMayPumpAndMayGoWhileItIsTold) {
             first.Drop();
         }
     });
-    second = listeners->Add(
-        [&](const PostedNotification& posted) { told.push_back("second " + *posted.name); });
+    second = listeners->Add([&](const auto& posted) { told.push_back("second " + *posted.name); });
     for (const char* name : {"a", "c"})
         listeners->Deliver({name, {}, {}});
     // The second heard b, nested, and was gone when it would have heard a.

@@ -31,15 +31,12 @@ struct SenderTrustTest : testing::Test, SenderTrust::Bus {
 };
 
 TEST_F(SenderTrustTest, RootAndTheOwnUserAreHeardAndNobodyElse) {
-    const struct {
-        std::optional<uid_t> user;
-        std::string heard;
-        Opinion opinion;
-    } cases[] = {{0, "ab", Opinion::Heard},
-                 {1000, "ab", Opinion::Heard},
-                 {1001, "", Opinion::Refused},
-                 {static_cast<uid_t>(-1), "", Opinion::Refused},
-                 {std::nullopt, "", Opinion::Open}};
+    const std::tuple<std::optional<uid_t>, const char*, Opinion> cases[] = {
+        {0, "ab", Opinion::Heard},
+        {1000, "ab", Opinion::Heard},
+        {1001, "", Opinion::Refused},
+        {static_cast<uid_t>(-1), "", Opinion::Refused},
+        {std::nullopt, "", Opinion::Open}};
     for (const auto& [user, heard, opinion] : cases) {
         // The own user is that of the time of the answer.
         own = 1001;

@@ -38,15 +38,14 @@ Message Make(const Fill& fill) {
 }
 
 std::string Show(const WireValue& value) {
-    if (std::holds_alternative<OtherWireValue>(value))
-        return "other";
     if (const auto* text = std::get_if<std::string>(&value))
         return "'" + *text + "'";
     if (const auto* truth = std::get_if<bool>(&value))
         return *truth ? "true" : "false";
-    std::ostringstream number;
-    number << std::setprecision(17) << std::get<double>(value);
-    return number.str();
+    const auto* number = std::get_if<double>(&value);
+    std::ostringstream shown;
+    number ? shown << std::setprecision(17) << *number : shown << "other";
+    return shown.str();
 }
 
 std::string Shown(const PostedNotification& posted) {

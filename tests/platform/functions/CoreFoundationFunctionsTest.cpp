@@ -10,8 +10,6 @@
 namespace kqu::platform {
 namespace {
 
-constexpr std::uint32_t utf8 = 0x08000100;
-
 struct CoreFoundationFunctionsTest : testing::Test {
     CoreFoundationFunctionsTest() { RegisterCoreFoundationFunctions(table, handles); }
     FunctionTable table;
@@ -19,28 +17,21 @@ struct CoreFoundationFunctionsTest : testing::Test {
 };
 
 TEST_F(CoreFoundationFunctionsTest, ATextIsConvertedWholeOrNotAtAll) {
-    struct Case {
-        std::int32_t handle;
-        std::int32_t size;
-        std::string text;
-        std::uint32_t encoding = utf8;
-    };
-    const auto name = handles.AddText("sda1");
+    constexpr std::uint32_t utf8 = 0x08000100;
     // Bytes count, not characters: two for each "ä".
-    const auto letters = handles.AddText("ää");
-    const std::vector<Case> cases{
-        {name, 5, "sda1"},  {name, 4, ""},    {name, 1024, "", 0},
-        {letters, 5, "ää"}, {letters, 4, ""}, {0, 2, ""},
-        {12345, 2, ""},     {-1, 2, ""},      {handles.AddBlob("b"), 2, ""}};
+    const auto text = handles.AddText("ää");
     for (const auto& getCString : {*table.Find<functions::CFStringGetCString>(),
                                    *table.Find<functions::CFStringGetCStringOfCarbon>()})
-        for (const auto& [handle, size, text, encoding] : cases) {
-            // Exactly as long as it is said to be, so that a byte too many is found out.
-            std::vector<char> buffer(static_cast<std::size_t>(size), '?');
-            EXPECT_EQ(getCString(handle, buffer.data(), size, encoding), !text.empty());
-            EXPECT_STREQ(buffer.data(), text.c_str()) << handle << " " << size;
-            EXPECT_FALSE(getCString(handle, nullptr, 0, encoding));
-        }
+        for (const auto handle : {text, 0, -1, 12345, handles.AddBlob("blob")})
+            for (const std::int32_t size : {5, 4, 1})
+                for (const std::uint32_t encoding : {utf8, 0U}) {
+                    // As long as it is said to be, so that a byte too many is found out.
+                    std::vector<char> buffer(static_cast<std::size_t>(size), '?');
+                    const bool fits = handle == text && size == 5 && encoding == utf8;
+                    EXPECT_EQ(getCString(handle, buffer.data(), size, encoding), fits);
+                    EXPECT_STREQ(buffer.data(), fits ? "ää" : "");
+                    EXPECT_FALSE(getCString(handle, nullptr, 0, encoding));
+                }
 }
 
 TEST_F(CoreFoundationFunctionsTest, ReleasingEndsWhatIsOwnedAndNothingElse) {

@@ -89,26 +89,19 @@ TEST_F(EchoFilterTest, OwnerAndServerAgreeInTheEnd) {
         EchoFilter<int> tried(0);
         std::vector<int> waiting;
         int there = 0;
-        const auto see = [&](int value) {
-            there = value;
-            static_cast<void>(tried.Observe(there, now));
-        };
-        for (int event = 0; event < 40; ++event) {
+        for (int event = 0; event < 80; ++event) {
             now += std::chrono::milliseconds(upTo(400));
             static_cast<void>(tried.Settle(now));
-            const int what = upTo(4);
+            const int what = event < 40 ? upTo(4) : 1;
             if (what == 0) {
                 waiting.push_back(upTo(5));
                 tried.Request(waiting.back(), now);
-            } else if (what == 1 && !waiting.empty()) {
-                see(waiting.front());
-                waiting.erase(waiting.begin());
-            } else if (what == 2) {
-                see(upTo(5));
+            } else if (what == 2 || (what == 1 && !waiting.empty())) {
+                there = what == 2 ? upTo(5) : waiting.front();
+                waiting.erase(waiting.begin(), waiting.begin() + (what == 1 ? 1 : 0));
+                static_cast<void>(tried.Observe(there, now));
             }
         }
-        for (const int last : waiting)
-            see(last);
         static_cast<void>(tried.Settle(now + 3s));
         EXPECT_EQ(tried.Believed(), there) << "seed " << seed;
         EXPECT_EQ(tried.Actual(), there) << "seed " << seed;
