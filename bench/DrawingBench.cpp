@@ -33,8 +33,9 @@ void DrawText(benchmark::State& state, bool isNew) {
         target->Graphics().DrawString(text, 10, 50);
     }
 }
-BENCHMARK_CAPTURE(DrawText, new_text, true);
+// The new texts last: while they are remembered there is no room for others.
 BENCHMARK_CAPTURE(DrawText, known_text, false);
+BENCHMARK_CAPTURE(DrawText, new_text, true);
 
 void ShortenText(benchmark::State& state) {
     for (auto _ : state)
@@ -121,10 +122,10 @@ void ByRows(benchmark::internal::Benchmark* paint) {
     paint->Arg(1)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 }
 BENCHMARK_CAPTURE(PaintList, same_texts, Texts::Same, ScrolledTo::Top)->Apply(ByRows)->Complexity();
-BENCHMARK_CAPTURE(PaintList, new_texts, Texts::New, ScrolledTo::Top)->Apply(ByRows)->Complexity();
 BENCHMARK_CAPTURE(PaintList, same_texts_scrolled, Texts::Same, ScrolledTo::Middle)
     ->Arg(1000)
     ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(PaintList, new_texts, Texts::New, ScrolledTo::Top)->Apply(ByRows)->Complexity();
 BENCHMARK_CAPTURE(PaintList, new_texts_scrolled, Texts::New, ScrolledTo::Middle)
     ->Arg(1000)
     ->Unit(benchmark::kMillisecond);

@@ -16,6 +16,7 @@
 #include "shell/App.h"
 
 #include <cstdio>
+#include <malloc.h>
 #include <vector>
 
 // The program: the real platform, the framework's runtime on top of it, and the application object.
@@ -64,6 +65,8 @@ int Run() {
 } // namespace kqu
 
 int main() {
+    // The fonts are set up on threads that soon end; heaps of their own would stay, half used.
+    mallopt(M_ARENA_MAX, 1);
     try {
         return kqu::Run();
     } catch (...) {
