@@ -78,7 +78,7 @@ TEST(TextLayout, OddSizesAndLongTextsAreHarmless) {
     const std::string_view enough = TextLayout::Enough(text, 340);
     EXPECT_GT(Layout().WidthOnce(std::string(enough), size), 340);
     EXPECT_LT(enough.size(), 2000U);
-    EXPECT_EQ(TextLayout::Enough(text, -7).substr(0, 1), "x");
+    EXPECT_GT(TextLayout::Enough(text, -7).size(), 0U);
 }
 
 } // namespace

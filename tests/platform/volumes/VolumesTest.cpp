@@ -2,6 +2,7 @@
 
 #include "tests/support/MadeUpVolumes.h"
 
+#include <array>
 #include <gtest/gtest.h>
 
 namespace kqu::platform {
@@ -54,18 +55,14 @@ TEST_F(VolumesTest, AVolumeKeepsItsNumberForAsLongAsItIsMounted) {
 }
 
 TEST_F(VolumesTest, TheNameIsTheLabelElseThePlace) {
-    const struct {
-        const char* disk;
-        std::string label;
-        const char* place;
-        const char* name;
-    } cases[] = {{"a", "", "/", "/"},
-                 {"b", "", "/media/My Disk", "My Disk"},
-                 {"c", R"(My\x20Disk\x2f\x5cx20)", "/c", R"(My Disk/\x20)"},
-                 {"d", R"(Ä\x2)", "/d", R"(Ä\x2)"},
-                 {"e", R"(odd\xzz)", "/e", R"(odd\xzz)"}};
+    const std::array<std::string, 4> cases[] = {
+        {"a", "", "/", "/"},
+        {"b", "", "/media/My Disk", "My Disk"},
+        {"c", R"(My\x20Disk\x2f\x5cx20)", "/c", R"(My Disk/\x20)"},
+        {"d", R"(Ä\x2)", "/d", R"(Ä\x2)"},
+        {"e", R"(odd\xzz)", "/e", R"(odd\xzz)"}};
     for (const auto& [disk, label, place, name] : cases) {
-        tree.Mount(std::string("8:") + disk, disk, place);
+        tree.Mount("8:" + disk, disk, place);
         if (!label.empty())
             tree.Label(disk, label);
         EXPECT_EQ(volumes.NameOf(volumes.Mounted().back()), name);
