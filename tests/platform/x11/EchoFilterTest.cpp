@@ -71,7 +71,6 @@ TEST_F(EchoFilterTest, OutsideChangesAreToldAndEchoesAreNot) {
         // A manager that insists is told once, however often the owner asks.
         {insists + insists + insists + "see 200", {73, 200}},
         // Quiet acknowledgements tell nothing and answer requests.
-        {"ask 146 quiet 146 quiet 90 see 90 pass 3000", {}},
         {"ask 146 quiet 146 quiet 90 see 90 pass 3000 see 146 see 90", {90}},
     };
     for (const auto& [course, expected] : cases) {

@@ -223,14 +223,6 @@ TEST_F(X11WindowTest, WhatAManagerReadsIsWrittenBeforeWhatItActsOn) {
     Resize({340, 146});
     RoundTrip();
     ExpectBefore({"WM_NORMAL_HINTS"}, sized + 146);
-    // The same again does nothing, and idle means asleep.
-    static_cast<void>(Happened());
-    Appear();
-    window->SetTitle("Task");
-    window->SetSize({340, 146});
-    RunFor(300ms);
-    EXPECT_EQ(Happened(), Words());
-    EXPECT_FALSE(system->Due());
 }
 
 TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
@@ -266,23 +258,6 @@ TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
     RunFor(300ms);
     EXPECT_EQ(Place(), larger);
     EXPECT_EQ(told.size(), 1U);
-}
-
-TEST_F(X11WindowTest, APointersPlaceThatIsLongInComingHoldsNobody) {
-    RunFor(50ms);
-    const Point before = system->PointerPosition();
-    xcb_warp_pointer(looker.get(), 0, root, 0, 0, 0, 0, 30, 40);
-    xcb_grab_server(looker.get());
-    Sync();
-    const auto begin = std::chrono::steady_clock::now();
-    for (int round = 0; round < 100; ++round) {
-        Round();
-        EXPECT_EQ(system->PointerPosition(), before);
-    }
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s);
-    xcb_ungrab_server(looker.get());
-    Sync();
-    Await([this] { return system->PointerPosition() == Point{30, 40}; });
 }
 
 TEST_F(X11WindowTest, ADisplayThatGoesAwayIsToldOnceAndEverythingStaysSafe) {
