@@ -1,5 +1,5 @@
-#include "post/CommandLine.h"
-#include "post/Poster.h"
+#include "post/kqu-post/CommandLine.h"
+#include "post/posting/Poster.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -33,7 +33,7 @@ int Run(std::span<const char* const> arguments) {
         std::puts("kqu-post " KQU_VERSION);
         break;
     case Request::Action::Post:
-        kqu::post::Post(request);
+        kqu::post::Post(request.bus, request.notification);
         break;
     }
     return 0;

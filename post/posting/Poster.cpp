@@ -1,4 +1,4 @@
-#include "post/Poster.h"
+#include "post/posting/Poster.h"
 
 #include "platform/CDeleter.h"
 
@@ -58,7 +58,8 @@ BusPointer ConnectToUsersBus() {
     return owned;
 }
 
-BusPointer Connect(bool onSystemBus) {
+BusPointer Connect(Bus wanted) {
+    const bool onSystemBus = wanted == Bus::System;
     if (!onSystemBus && !IsSessionBusNamed())
         return ConnectToUsersBus();
     sd_bus* bus = nullptr;
@@ -67,15 +68,15 @@ BusPointer Connect(bool onSystemBus) {
     return BusPointer(bus);
 }
 
-MessagePointer MakeSignal(sd_bus* bus, const Request& request) {
+MessagePointer MakeSignal(sd_bus* bus, const Notification& notification) {
     const std::string failed = "the message can't be made";
     sd_bus_message* signal = nullptr;
     Check(sd_bus_message_new_signal(bus, &signal, path, interfaceName, member), failed);
     MessagePointer owned(signal);
-    const std::string object(request.tool->object);
-    Check(sd_bus_message_append(signal, "ss", request.name.c_str(), object.c_str()), failed);
+    const std::string object(notification.tool->object);
+    Check(sd_bus_message_append(signal, "ss", notification.name.c_str(), object.c_str()), failed);
     Check(sd_bus_message_open_container(signal, SD_BUS_TYPE_ARRAY, "{sv}"), failed);
-    for (const auto& [key, value] : request.values)
+    for (const auto& [key, value] : notification.values)
         Check(sd_bus_message_append(signal, "{sv}", key.c_str(), "s", value.c_str()), failed);
     Check(sd_bus_message_close_container(signal), failed);
     return owned;
@@ -124,12 +125,12 @@ void AwaitTaken(sd_bus* bus) {
 }
 } // namespace
 
-void Post(const Request& request) {
-    const BusPointer bus = Connect(request.onSystemBus);
-    const MessagePointer signal = MakeSignal(bus.get(), request);
+void Post(Bus wanted, const Notification& notification) {
+    const BusPointer bus = Connect(wanted);
+    const MessagePointer signal = MakeSignal(bus.get(), notification);
     Check(sd_bus_send(bus.get(), signal.get(), nullptr), notTaken);
     AwaitTaken(bus.get());
-    if (request.onSystemBus)
+    if (wanted == Bus::System)
         std::this_thread::sleep_for(stay);
 }
 

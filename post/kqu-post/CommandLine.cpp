@@ -1,7 +1,8 @@
-#include "post/CommandLine.h"
+#include "post/kqu-post/CommandLine.h"
+
+#include "post/posting/Utf8.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <string_view>
 
 namespace kqu::post {
@@ -29,33 +30,6 @@ std::string ToolNames() {
     for (const Tool& tool : Tools())
         names.push_back(tool.name);
     return Listed(names);
-}
-
-/// Whether the bus would take the text: UTF-8 without a NUL, which no argument holds anyway.
-bool IsUtf8(std::string_view text) {
-    while (!text.empty()) {
-        const auto first = static_cast<unsigned char>(text.front());
-        const std::size_t length = first < 0x80   ? 1
-                                   : first < 0xC2 ? 0
-                                   : first < 0xE0 ? 2
-                                   : first < 0xF0 ? 3
-                                   : first < 0xF5 ? 4
-                                                  : 0;
-        if (length == 0 || text.size() < length)
-            return false;
-        std::uint32_t code = length == 1 ? first : first & (0x7FU >> length);
-        for (std::size_t i = 1; i < length; ++i) {
-            const auto next = static_cast<unsigned char>(text[i]);
-            if ((next & 0xC0U) != 0x80U)
-                return false;
-            code = code << 6U | (next & 0x3FU);
-        }
-        const bool overlong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
-        if (overlong || (code >= 0xD800 && code <= 0xDFFF) || code > 0x10FFFF)
-            return false;
-        text.remove_prefix(length);
-    }
-    return true;
 }
 
 class Parser {
@@ -107,20 +81,20 @@ class Parser {
         else if (argument == "--version")
             request_.action = Request::Action::Version;
         else if (argument == "--system")
-            request_.onSystemBus = true;
+            request_.bus = Bus::System;
         else if (argument == "--any-key")
             anyKey_ = true;
         else if (IsOption(argument, "--tool"))
             TakeTool(ValueOf("--tool", argument));
         else if (IsOption(argument, "--name"))
-            request_.name = ValueOf("--name", argument);
+            request_.notification.name = ValueOf("--name", argument);
         else
             throw UsageError("unknown option " + argument);
     }
 
     void TakeTool(const std::string& name) {
-        request_.tool = FindTool(name);
-        if (request_.tool == nullptr)
+        request_.notification.tool = FindTool(name);
+        if (request_.notification.tool == nullptr)
             throw UsageError("unknown tool " + name + " (there are " + ToolNames() + ")");
     }
 
@@ -128,18 +102,20 @@ class Parser {
         const std::size_t equals = argument.find('=');
         if (equals == std::string::npos || equals == 0)
             throw UsageError("not of the form KEY=VALUE: " + argument);
-        request_.values.emplace_back(argument.substr(0, equals), argument.substr(equals + 1));
+        request_.notification.values.emplace_back(argument.substr(0, equals),
+                                                  argument.substr(equals + 1));
     }
 
     void CheckWhole() const {
-        if (request_.tool == nullptr)
+        if (request_.notification.tool == nullptr)
             throw UsageError("no --tool was given (there are " + ToolNames() + ")");
-        if (Lowered(request_.name).find(nameMark) == std::string::npos)
+        if (Lowered(request_.notification.name).find(nameMark) == std::string::npos)
             throw UsageError("the --name must contain KQS_disk");
-        for (const auto& [key, value] : request_.values)
-            if (!anyKey_ && !HasKey(*request_.tool, key))
-                throw UsageError("the " + std::string(request_.tool->name) + " has no key " + key +
-                                 " (it has " + Listed(request_.tool->keys) + ")");
+        for (const auto& [key, value] : request_.notification.values)
+            if (!anyKey_ && !HasKey(*request_.notification.tool, key))
+                throw UsageError("the " + std::string(request_.notification.tool->name) +
+                                 " has no key " + key + " (it has " +
+                                 Listed(request_.notification.tool->keys) + ")");
     }
 
     std::span<const char* const> rest_;

@@ -1,4 +1,4 @@
-#include "post/Tools.h"
+#include "post/posting/Tools.h"
 
 #include <algorithm>
 #include <array>

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "post/Tools.h"
+#include "post/posting/Poster.h"
 
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace kqu::post {
 
@@ -19,10 +17,8 @@ class UsageError : public std::runtime_error {
 struct Request {
     enum class Action { Post, Help, Version };
     Action action = Action::Post;
-    const Tool* tool = nullptr;
-    std::string name;
-    bool onSystemBus = false;
-    std::vector<std::pair<std::string, std::string>> values;
+    Bus bus = Bus::Session;
+    Notification notification;
 };
 
 /// Reads the arguments behind the program's name. Raises UsageError.
