@@ -182,6 +182,7 @@ TEST_F(DBusNotificationCentreTest, WhoSeesTheNameOwnedIsHeardOnBothBuses) {
     const Poster onSession(session);
     const Poster onSystem(system);
     for (int round = 0; round < 50; ++round) {
+        ASSERT_TRUE(pump.Until([&] { return onSession.Owner().empty(); })) << "the former is gone";
         Copy copy;
         ASSERT_TRUE(copy.pump.Until([&] { return !onSession.Owner().empty(); }));
         onSystem.Post("system");
