@@ -2,6 +2,7 @@
 
 #include "platform/dbus/BusAddress.h"
 #include "platform/dbus/Listeners.h"
+#include "platform/dbus/OwnName.h"
 #include "platform/dbus/PostedSignals.h"
 
 #include <utility>
@@ -13,7 +14,8 @@ DBusNotificationCentre::DBusNotificationCentre(std::chrono::milliseconds retryAf
       session_(std::make_unique<PostedSignals>(HeardSenders::All, SessionBusAddress, retryAfter,
                                                listeners_)),
       system_(std::make_unique<PostedSignals>(HeardSenders::RootAndOwn, SystemBusAddress,
-                                              retryAfter, listeners_)) {}
+                                              retryAfter, listeners_)),
+      name_(std::make_unique<OwnName>(*session_, *system_)) {}
 
 DBusNotificationCentre::~DBusNotificationCentre() = default;
 
@@ -25,7 +27,7 @@ Registration DBusNotificationCentre::Listen(Listener listener) {
 }
 
 std::vector<EventSource*> DBusNotificationCentre::Sources() {
-    return {&session_->Source(), &system_->Source()};
+    return {&session_->Source(), &system_->Source(), name_.get()};
 }
 
 } // namespace kqu::platform

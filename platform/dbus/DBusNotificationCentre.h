@@ -10,6 +10,7 @@
 namespace kqu::platform {
 
 class Listeners;
+class OwnName;
 class PostedSignals;
 
 /// The distributed notification centre on D-Bus: every signal `Posted` of the interface
@@ -17,7 +18,7 @@ class PostedSignals;
 ///
 /// It hears everybody on the user's session bus. On the system bus, to which all users may post, it
 /// hears root and the process's own user only. Either bus may be absent or go away; it is tried
-/// again while the other goes on.
+/// again while the other goes on. The program's name on the session bus stands for its listening.
 class DBusNotificationCentre final : public NotificationCentre {
   public:
     /// Connects to nothing yet. `retryAfter` is the pause before an absent bus is tried again.
@@ -27,13 +28,15 @@ class DBusNotificationCentre final : public NotificationCentre {
     /// The process must run as its final user by the first call, which connects without waiting.
     [[nodiscard]] Registration Listen(Listener listener) override;
 
-    /// One for each bus, for the loop to watch. They are valid as long as this object is.
+    /// One for the session bus, one for the system bus and one for the name, for the loop to watch
+    /// in this order. They are valid as long as this object is.
     [[nodiscard]] std::vector<EventSource*> Sources();
 
   private:
     std::shared_ptr<Listeners> listeners_;
     std::unique_ptr<PostedSignals> session_;
     std::unique_ptr<PostedSignals> system_;
+    std::unique_ptr<OwnName> name_;
 };
 
 } // namespace kqu::platform

@@ -58,6 +58,8 @@ void PostedSignals::Began(sd_bus& bus) {
 
 void PostedSignals::Lost() {
     bus_ = nullptr;
+    listeningSince_.reset();
+    hasAskedForName_ = false;
     questions_.clear();
     if (trust_)
         trust_->Clear();
@@ -112,6 +114,8 @@ void PostedSignals::TakeAnswer(sd_bus_message& message, EventQueue& queue) {
     const bool isError = sd_bus_message_is_method_error(&message, nullptr) > 0;
     if (question == subscription_ && isError)
         connection_.GiveUp();
+    else if (question == subscription_)
+        listeningSince_ = std::chrono::steady_clock::now();
     const auto asked = questions_.extract(question);
     if (!asked)
         return;
@@ -141,6 +145,15 @@ void PostedSignals::AskForUser(const std::string& sender) {
     // In this order: a sender who leaves in between is either announced or not found.
     Ask("AddMatch", LeavingRule(sender));
     questions_.emplace(Ask("GetConnectionUnixUser", sender), sender);
+}
+
+void PostedSignals::AskForName(const char* name) {
+    constexpr std::uint32_t queueForIt = 0;
+    hasAskedForName_ = true;
+    const Message call = CallOf(*bus_, "RequestName", name);
+    // Without a place for its serial number the call is one that wants no answer.
+    if (call && sd_bus_message_append_basic(call.get(), SD_BUS_TYPE_UINT32, &queueForIt) >= 0)
+        static_cast<void>(sd_bus_send(bus_, call.get(), nullptr));
 }
 
 void PostedSignals::Forget(const std::string& sender) {

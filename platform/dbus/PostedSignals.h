@@ -25,6 +25,16 @@ class PostedSignals final : public BusConnection::Client, public SenderTrust::Bu
     void Begin() { connection_.Begin(); }
     [[nodiscard]] EventSource& Source() { return connection_; }
 
+    /// Since when the bus routes to us what is posted; nothing while it doesn't.
+    [[nodiscard]] std::optional<Moment> ListeningSince() const { return listeningSince_; }
+    /// Whether nothing is under way: the bus has taken the subscription, or there is no bus now.
+    [[nodiscard]] bool IsSettled() const { return bus_ == nullptr || listeningSince_; }
+
+    /// Asks the bus for a well-known name, and queues for it while another has it. Only while there
+    /// is a connection; nothing comes of it that would be told.
+    void AskForName(const char* name);
+    [[nodiscard]] bool HasAskedForName() const { return hasAskedForName_; }
+
   private:
     void Began(sd_bus& bus) override;
     void Received(sd_bus_message& message, EventQueue& queue) override;
@@ -44,6 +54,8 @@ class PostedSignals final : public BusConnection::Client, public SenderTrust::Bu
     /// The current connection, if there is one.
     sd_bus* bus_ = nullptr;
     std::uint64_t subscription_ = 0;
+    std::optional<Moment> listeningSince_;
+    bool hasAskedForName_ = false;
     /// The senders whose users were asked for, by the serial numbers of the questions.
     std::map<std::uint64_t, std::string> questions_;
 };

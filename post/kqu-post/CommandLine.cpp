@@ -37,14 +37,21 @@ class Parser {
     explicit Parser(std::span<const char* const> arguments) : rest_(arguments) {}
 
     Request Parse() {
-        while (!rest_.empty() && request_.action == Request::Action::Post)
+        while (!rest_.empty() && !IsAboutItself())
             Take(Next());
         if (request_.action == Request::Action::Post)
             CheckWhole();
+        else if (!IsAboutItself() && request_.notification.tool != nullptr)
+            throw UsageError("with --start-only nothing is posted");
         return std::move(request_);
     }
 
   private:
+    [[nodiscard]] bool IsAboutItself() const {
+        return request_.action == Request::Action::Help ||
+               request_.action == Request::Action::Version;
+    }
+
     std::string Next() {
         std::string argument = rest_.front();
         rest_ = rest_.subspan(1);
@@ -82,6 +89,10 @@ class Parser {
             request_.action = Request::Action::Version;
         else if (argument == "--system")
             request_.bus = Bus::System;
+        else if (argument == "--no-start")
+            request_.starts = false;
+        else if (argument == "--start-only")
+            request_.action = Request::Action::StartOnly;
         else if (argument == "--any-key")
             anyKey_ = true;
         else if (IsOption(argument, "--tool"))
@@ -132,14 +143,18 @@ Request ParseCommandLine(std::span<const char* const> arguments) {
 
 std::string HelpText() {
     std::string text =
-        "Usage: kqu-post --tool TOOL --name NAME [--system] [--any-key] KEY=VALUE...\n"
-        "Posts one status notification for the panel of the KQU Messenger.\n\n"
+        "Usage: kqu-post --tool TOOL --name NAME [--system] [--no-start] [--any-key] KEY=VALUE...\n"
+        "       kqu-post --start-only [--system]\n"
+        "Posts one status notification for the panel of the KQU Messenger, which is started\n"
+        "first if it doesn't run.\n\n"
         "  --tool TOOL  the tool that posts: " +
         ToolNames() +
         "\n"
         "  --name NAME  the task's name; must contain KQS_disk and stay the same for the\n"
         "               whole task\n"
         "  --system     post on the system bus, as tools that run as root do\n"
+        "  --no-start   post whether or not the messenger runs\n"
+        "  --start-only start the messenger and post nothing\n"
         "  --any-key    let keys through that the tool doesn't have\n"
         "  --help       show this text\n"
         "  --version    show the version\n\n"
@@ -147,7 +162,8 @@ std::string HelpText() {
     for (const Tool& tool : Tools())
         text += "  " + std::string(tool.name) + ": " + Listed(tool.keys) + "\n";
     return text + "\nThe row goes when the process named in PID goes.\n"
-                  "Exit status: 0 the bus has taken the message, 1 it has not, 2 wrong usage.\n";
+                  "Exit status: 0 the bus has taken the message, 1 it has not, 2 wrong usage.\n"
+                  "With --start-only: 0 the messenger listens, 1 it does not.\n";
 }
 
 } // namespace kqu::post

@@ -15,9 +15,11 @@ class UsageError : public std::runtime_error {
 
 /// What the command line asks for.
 struct Request {
-    enum class Action { Post, Help, Version };
+    enum class Action { Post, StartOnly, Help, Version };
     Action action = Action::Post;
     Bus bus = Bus::Session;
+    /// Whether a post has the messenger started first.
+    bool starts = true;
     Notification notification;
 };
 

@@ -1,9 +1,11 @@
 #include "post/kqu-post/CommandLine.h"
 #include "post/posting/Poster.h"
+#include "post/posting/StartMessenger.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,13 @@ int Complain(const std::exception& error, int status) {
     return status;
 }
 
+void Post(const kqu::post::Request& request) {
+    const kqu::post::Connection connection = kqu::post::Connect(request.bus);
+    if (request.starts)
+        kqu::post::StartMessenger(connection);
+    kqu::post::Post(connection, request.notification);
+}
+
 int Run(std::span<const char* const> arguments) {
     using kqu::post::Request;
     const Request request = kqu::post::ParseCommandLine(arguments);
@@ -33,7 +42,11 @@ int Run(std::span<const char* const> arguments) {
         std::puts("kqu-post " KQU_VERSION);
         break;
     case Request::Action::Post:
-        kqu::post::Post(request.bus, request.notification);
+        Post(request);
+        break;
+    case Request::Action::StartOnly:
+        if (!kqu::post::StartMessenger(kqu::post::Connect(request.bus)))
+            throw std::runtime_error("the messenger doesn't run and can't be started");
         break;
     }
     return 0;

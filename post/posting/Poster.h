@@ -1,21 +1,13 @@
 #pragma once
 
+#include "post/posting/Connection.h"
 #include "post/posting/Tools.h"
 
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace kqu::post {
-
-/// The bus is not there or has not taken the message; the message is one line for the user.
-class PostError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/// The user's session bus, or the system bus, on which tools post that run as root.
-enum class Bus { Session, System };
 
 /// One status notification. All texts are UTF-8 without a NUL.
 struct Notification {
@@ -27,6 +19,8 @@ struct Notification {
 /// Posts a notification as a D-Bus signal and returns once the bus has taken it.
 /// On the system bus it stays connected for as long as a listener needs to ask the bus who posted.
 /// Raises PostError.
+void Post(const Connection& connection, const Notification& notification);
+/// The same over a connection of its own.
 void Post(Bus bus, const Notification& notification);
 
 } // namespace kqu::post

@@ -120,6 +120,7 @@ class PostTest(unittest.TestCase):
                 ((*good, "Item=\udced\udca0\udc80"), "UTF-8"),
                 (("--tool", "scanner", "--name", "KQS_disk\udcc3"), "UTF-8"),
                 ((*good, "--quiet\nly"), "--quiet"),
+                ((*good, "--start-only"), "--start-only"),
                 ((*good, "--tool"), "--tool")):
             with self.subTest(arguments):
                 done = self.run_post(*map(os.fsencode, arguments))
@@ -144,8 +145,9 @@ class PostTest(unittest.TestCase):
     def test_help_and_manual_know_every_option_and_key(self):
         shown = self.run_post("--help")
         self.assertEqual((shown.returncode, shown.stderr), (0, b""))
-        manual = (ROOT / "post" / "kqu-post.1").read_text().replace("\\-", "-")
-        for word in ("--tool", "--name", "--system", "--any-key", "--help", "--version", *KEYS,
+        manual = (ROOT / "post" / "kqu-post" / "kqu-post.1").read_text().replace("\\-", "-")
+        for word in ("--tool", "--name", "--system", "--no-start",
+                     "--start-only", "--any-key", "--help", "--version", *KEYS,
                      *" ".join(KEYS.values()).split()):
             self.assertIn(word, shown.stdout.decode())
             self.assertIn(word, manual)

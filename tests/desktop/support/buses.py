@@ -13,6 +13,7 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 <busconfig>
   <type>{kind}</type>
   <listen>unix:path={socket}</listen>
+  <servicedir>{services}</servicedir>
   <auth>EXTERNAL</auth>
   <policy context="default">
     {users}
@@ -29,7 +30,8 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 
 class Bus:
     """A bus daemon of one kind, "session" or "system". It keeps its address when it is started
-    anew. `only_owner` is the stock policy of a session bus, which refuses all others, root too."""
+    anew. `only_owner` is the stock policy of a session bus, which refuses all others, root too.
+    `services` is a folder for the files of what can be started by name."""
 
     def __init__(self, kind, processes, env, owner=None, only_owner=False):
         self.kind = kind
@@ -40,11 +42,13 @@ class Bus:
             os.chown(self._folder, owner, -1)
         self._folder.chmod(0o755)
         socket = self._folder / "socket"
+        self.services = self._folder / "services"
+        self.services.mkdir()
         self.address = f"unix:path={socket}"
         users = "" if only_owner else '<allow user="*"/>'
         self._configuration = self._folder / "bus.conf"
         self._configuration.write_text(
-            CONFIGURATION.format(kind=kind, socket=socket, users=users))
+            CONFIGURATION.format(kind=kind, socket=socket, services=self.services, users=users))
         self._daemon = None
         self._connection = None
 
@@ -84,10 +88,11 @@ class Bus:
         stats = dbus.Interface(self.connection().get_object(
             "org.freedesktop.DBus", "/org/freedesktop/DBus", introspect=False),
             "org.freedesktop.DBus.Debug.Stats")
-        return any(self._pid_of(name) == pid and any(interface in rule for rule in rules)
+        return any(self.pid_of(name) == pid and any(interface in rule for rule in rules)
                    for name, rules in stats.GetAllMatchRules().items())
 
-    def _pid_of(self, name):
+    def pid_of(self, name):
+        """The process that owns a name; None where nobody does."""
         try:
             return self.connection().get_object("org.freedesktop.DBus", "/", introspect=False) \
                 .GetConnectionUnixProcessID(name, dbus_interface="org.freedesktop.DBus")

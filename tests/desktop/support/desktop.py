@@ -96,10 +96,11 @@ class Desktop:
                                    owner if owner != os.geteuid() else None)
         if system:
             self.system_bus = Bus("system", self.processes, self.env)
-        for bus in (self.session_bus, self.system_bus):
-            if bus is not None:
-                self.env[f"DBUS_{bus.kind.upper()}_BUS_ADDRESS"] = bus.address
-                bus.start()
+        buses = [bus for bus in (self.session_bus, self.system_bus) if bus is not None]
+        # What one of them starts by its name has to find the other.
+        self.env.update({f"DBUS_{bus.kind.upper()}_BUS_ADDRESS": bus.address for bus in buses})
+        for bus in buses:
+            bus.start()
 
     def root_property(self, name):
         return self.output("xprop", "-root", name)

@@ -107,16 +107,16 @@ class Processes:
         """Ends everything, and tells what outlived those who had started it."""
         for process in reversed(self._running[:]):
             self.end(process)
-        left = self._marked()
+        left = self.marked()
         for pid in left:
             try:
                 os.kill(pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
-        wait_until("the left-over processes to end", lambda: not self._marked(), 5)
+        wait_until("the left-over processes to end", lambda: not self.marked(), 5)
         return left
 
-    def _marked(self):
+    def marked(self):
         """Processes that carry the mark of this desktop in their environment, with their names."""
         mark = f"{MARK}={self.folder}".encode()
         found = {}

@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -28,6 +29,15 @@ struct Poster {
               const char* member = postedMember) const {
         sd_bus_emit_signal(connection.get(), "/a", interface, member, "ss", name.c_str(), "KQMS");
         EXPECT_GE(sd_bus_flush(connection.get()), 0);
+    }
+    /// Who owns the program's name at this moment; empty if nobody does.
+    [[nodiscard]] std::string Owner() const {
+        sd_bus_message* reply = nullptr;
+        const char* owner = "";
+        sd_bus_call_method(connection.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus",
+                           "GetNameOwner", nullptr, &reply, "s", "com.brackwater.KQU_Messenger");
+        const CPointer<sd_bus_message, sd_bus_message_unref> owned(reply);
+        return reply != nullptr && sd_bus_message_read(reply, "s", &owner) > 0 ? owner : "";
     }
     [[nodiscard]] std::string Name() const {
         const char* name = nullptr;
@@ -134,16 +144,96 @@ TEST_F(DBusNotificationCentreTest, EachBusIsFoundWheneverItComesAndTrustDoesNotO
     EXPECT_FALSE(centre.Sources()[0]->Due()) << "a connection that is idle sleeps";
 }
 
+/// A bus that takes connections and never says a word.
+class DeafBus {
+  public:
+    explicit DeafBus(const PrivateBus& place) {
+        sockaddr_un address{AF_UNIX, {}};
+        place.Socket().copy(address.sun_path, sizeof address.sun_path - 1);
+        if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+            listen(socket_, 1) != 0)
+            throw std::runtime_error("no socket");
+    }
+    ~DeafBus() { close(socket_); }
+
+  private:
+    int socket_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+};
+
 TEST_F(DBusNotificationCentreTest, ABusThatNeverAnswersHoldsNobody) {
     system.Run();
-    const int deaf = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address{AF_UNIX, {}};
-    session.Socket().copy(address.sun_path, sizeof address.sun_path - 1);
-    ASSERT_EQ(bind(deaf, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(deaf, 1), 0);
+    const DeafBus deaf(session);
     Listen();
     AwaitListening(Poster(system));
-    close(deaf);
+}
+
+/// One more program that listens.
+struct Copy {
+    DBusNotificationCentre centre{100ms};
+    SourcePump pump{centre.Sources()};
+    Names heard;
+    Registration listening =
+        centre.Listen([this](const auto& posted) { heard.push_back(*posted.name); });
+};
+
+TEST_F(DBusNotificationCentreTest, WhoSeesTheNameOwnedIsHeardOnBothBuses) {
+    session.Run();
+    system.Run();
+    const Poster onSession(session);
+    const Poster onSystem(system);
+    for (int round = 0; round < 50; ++round) {
+        ASSERT_TRUE(pump.Until([&] { return onSession.Owner().empty(); })) << "the former is gone";
+        Copy copy;
+        ASSERT_TRUE(copy.pump.Until([&] { return !onSession.Owner().empty(); }));
+        onSystem.Post("system");
+        onSession.Post("session");
+        ASSERT_TRUE(copy.pump.Until([&] { return copy.heard.size() == 2; }, 5s)) << round;
+        EXPECT_FALSE(copy.centre.Sources()[2]->Due());
+    }
+}
+
+TEST_F(DBusNotificationCentreTest, TheNameWaitsForASystemBusThatHangsButNotForLong) {
+    session.Run();
+    const DeafBus deaf(system);
+    const Poster poster(session);
+    Listen();
+    pump.For(1500ms);
+    EXPECT_EQ(poster.Owner(), "");
+    EXPECT_LT(pump.rounds, 60U) << "nothing spins meanwhile";
+    EXPECT_TRUE(pump.Until([&] { return !poster.Owner().empty(); }, 5s));
+    EXPECT_FALSE(centre.Sources()[2]->Due());
+}
+
+TEST_F(DBusNotificationCentreTest, TheNameIsQueuedForAndAskedForAnewOnANewBus) {
+    session.Run();
+    std::optional<Copy> first(std::in_place);
+    std::optional<Poster> poster(session);
+    ASSERT_TRUE(first->pump.Until([&] { return !poster->Owner().empty(); }));
+    const std::string owner = poster->Owner();
+    Listen();
+    AwaitListening(*poster);
+    pump.For(100ms);
+    EXPECT_EQ(poster->Owner(), owner) << "nobody is pushed out";
+    first.reset();
+    EXPECT_TRUE(pump.Until([&] { return !poster->Owner().empty(); }));
+    session.Stop();
+    session.Run();
+    poster.emplace(session);
+    EXPECT_TRUE(pump.Until([&] { return !poster->Owner().empty(); }));
+    AwaitListening(*poster);
+}
+
+TEST_F(DBusNotificationCentreTest, ANameThatIsDeniedChangesNothing) {
+    PrivateBus strict("<deny own='com.brackwater.KQU_Messenger'/>");
+    strict.Run();
+    setenv("DBUS_SESSION_BUS_ADDRESS", strict.Address().c_str(), 1);
+    const Poster poster(strict);
+    Listen();
+    AwaitListening(poster);
+    ASSERT_TRUE(pump.Until([&] { return !centre.Sources()[2]->Due(); }));
+    AwaitListening(poster);
+    EXPECT_EQ(poster.Owner(), "");
+    EXPECT_TRUE(heard.empty());
 }
 
 TEST(ListenersTest, AListenerMayPumpAndMayGoWhileItIsTold) {

@@ -1,0 +1,101 @@
+#include "post/posting/StartMessenger.h"
+
+#include "post/posting/Questions.h"
+#include "post/posting/SeatUser.h"
+#include "post/posting/UserCommand.h"
+
+#include <cstdint>
+#include <string>
+#include <thread>
+#include <unistd.h>
+
+namespace kqu::post {
+
+namespace {
+/// The messenger owns it as soon as it listens.
+constexpr const char* messenger = "com.brackwater.KQU_Messenger";
+constexpr const char* unit = "kqu-messenger.service";
+constexpr const char* serviceManager = "org.freedesktop.systemd1";
+/// The command that starts it for the user as whom it runs; it lies beside every other one.
+constexpr const char* command = "kqu-post";
+
+constexpr std::chrono::milliseconds betweenLooks{10};
+
+using Object = Questions::Object;
+using Moment = Questions::Moment;
+
+/// Has the user's service manager start it, and waits until it has done with that, well or badly.
+/// False where it doesn't know how.
+bool StartedByManager(Questions& bus) {
+    if (!bus.HasOwner(serviceManager))
+        return false;
+    const MessagePointer reply =
+        bus.Call({serviceManager, "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager"},
+                 "StartUnit", "ss", unit, "replace");
+    const char* path = nullptr;
+    if (!reply || sd_bus_message_read_basic(reply.get(), 'o', &path) <= 0)
+        return false;
+    // A job that is done, or was given up, is no longer there.
+    const Object job{serviceManager, path, "org.freedesktop.systemd1.Job"};
+    while (bus.Read(job, "State", "s", [](sd_bus_message&) { return true; }))
+        std::this_thread::sleep_for(betweenLooks);
+    return true;
+}
+
+/// Has the bus start it. The bus answers when the name is owned, or can't be.
+void StartByBus(Questions& bus) {
+    constexpr std::uint32_t noFlags = 0;
+    static_cast<void>(
+        bus.Call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"},
+                 "StartServiceByName", "su", messenger, noFlags));
+}
+
+bool StartInSession(sd_bus& connected, Moment deadline) {
+    Questions bus(connected, deadline);
+    if (bus.HasOwner(messenger))
+        return true;
+    if (!StartedByManager(bus))
+        StartByBus(bus);
+    return bus.HasOwner(messenger);
+}
+
+std::string FolderOfProgram() {
+    std::string path(4096, '\0');
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    path.resize(static_cast<std::size_t>(length < 0 ? 0 : length));
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+/// Root never touches what belongs to a user, and a session bus refuses it: the command is run as
+/// that user, told nothing but where the user's bus is.
+bool StartAtSeat(sd_bus& systemBus, Moment deadline) {
+    Questions bus(systemBus, deadline);
+    const auto user = UserAtSeat(bus);
+    if (!user)
+        return false;
+    const std::string folder = "/run/user/" + std::to_string(*user);
+    return RunAs(
+        *user, {FolderOfProgram() + command, "--start-only"},
+        {"XDG_RUNTIME_DIR=" + folder, "DBUS_SESSION_BUS_ADDRESS=unix:path=" + folder + "/bus"},
+        deadline);
+}
+} // namespace
+
+bool StartMessenger(const Connection& connection) {
+    const Moment deadline = std::chrono::steady_clock::now() + patience;
+    if (connection.kind == Bus::Session)
+        return StartInSession(*connection.bus, deadline);
+    if (geteuid() == 0)
+        return StartAtSeat(*connection.bus, deadline);
+    return StartMessenger(Bus::Session);
+}
+
+bool StartMessenger(Bus bus) {
+    try {
+        return StartMessenger(Connect(bus));
+    } catch (const PostError&) {
+        return false;
+    }
+}
+
+} // namespace kqu::post

@@ -1,0 +1,64 @@
+#include "post/posting/UserCommand.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <thread>
+#include <unistd.h>
+
+namespace kqu::post {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr uid_t nobody = 65534;
+
+bool RunScript(const std::string& script, std::chrono::milliseconds patience = 20s) {
+    return RunAs(nobody, {"/bin/sh", "-c", script}, {"WORD=told", "PATH=/usr/bin:/bin"},
+                 std::chrono::steady_clock::now() + patience);
+}
+
+/// Only root may run something as another user.
+class UserCommandTest : public testing::Test {
+  protected:
+    const bool may = geteuid() == 0;
+};
+
+TEST_F(UserCommandTest, TheProgramIsTheUsersCompletely) {
+    // Something of the caller's for each thing that must not be passed on.
+    ASSERT_EQ(dup2(0, 99), 99);
+    setenv("SECRET", "known", 1);
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGTERM);
+    std::thread([&] {
+        pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+        for (const char* script : {
+                 "test \"$(grep ^Uid: /proc/self/status | tr -dc '0-9 \\t' | xargs)\" = "
+                 "'65534 65534 65534 65534'",
+                 "test \"$(id -G)\" = 65534",
+                 "! grep -E '^Cap(Inh|Prm|Eff|Amb):.*[1-9a-f]' /proc/self/status",
+                 "test ! -e /proc/$$/fd/99",
+                 "test \"$(readlink /proc/$$/fd/0)\" = /dev/null",
+                 "test \"$(pwd)\" = /",
+                 "test \"$WORD$SECRET\" = told",
+                 "test \"$(ps -o sid= -p $$ | xargs)\" = $$",
+                 "grep '^SigBlk:.0*$' /proc/self/status",
+             })
+            EXPECT_EQ(RunScript(script), may) << script;
+    }).join();
+    unsetenv("SECRET");
+    close(99);
+}
+
+TEST_F(UserCommandTest, ItsStatusIsToldAndItsTimeIsBounded) {
+    const auto began = std::chrono::steady_clock::now();
+    EXPECT_EQ(RunScript("exit 0"), may);
+    EXPECT_FALSE(RunScript("exit 1"));
+    EXPECT_FALSE(RunScript("kill -9 $$"));
+    EXPECT_FALSE(RunAs(nobody, {"/no/such/program"}, {}, began + 20s));
+    EXPECT_FALSE(RunScript("sleep 60", 100ms));
+    EXPECT_LT(std::chrono::steady_clock::now() - began, 10s);
+}
+
+} // namespace
+} // namespace kqu::post
