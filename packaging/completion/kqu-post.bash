@@ -19,8 +19,8 @@ _kqu_post() {
         Item | dVolName | FileName) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
         *)
             if [[ $word == -* ]]; then
-                mapfile -t COMPREPLY < <(compgen -W '--tool --name --system --no-start --any-key
-                    --help --version' -- "$word")
+                mapfile -t COMPREPLY < <(compgen -W '--tool --name --system --no-start --start-only
+                    --any-key --help --version' -- "$word")
                 return
             fi
             for ((i = 1; i < COMP_CWORD; i++)); do

@@ -18,6 +18,7 @@ complete -c kqu-post -l tool -x -a 'scanner backup defragmenter' -d 'The tool th
 complete -c kqu-post -l name -x -a 'KQS_disk.' -d 'The name of the task, with KQS_disk in it'
 complete -c kqu-post -l system -d 'Post on the system bus'
 complete -c kqu-post -l no-start -d 'Don\'t start the messenger'
+complete -c kqu-post -l start-only -d 'Start the messenger and post nothing'
 complete -c kqu-post -l any-key -d 'Let keys through that the tool doesn\'t have'
 complete -c kqu-post -s h -l help -d 'Show a summary and the keys of each tool'
 complete -c kqu-post -l version -d 'Show the version'

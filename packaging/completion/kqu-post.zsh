@@ -23,6 +23,7 @@ _arguments -s \
     '--name=[the name of the task, with KQS_disk in it]:name:(KQS_disk.)' \
     '--system[post on the system bus]' \
     "--no-start[don't start the messenger]" \
+    '(* --tool --name --no-start --any-key)--start-only[start the messenger and post nothing]' \
     "--any-key[let keys through that the tool doesn't have]" \
     '(- *)'{-h,--help}'[show a summary and the keys of each tool]' \
     '(- *)--version[show the version]' \

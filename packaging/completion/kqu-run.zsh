@@ -8,7 +8,7 @@ _arguments -s -S \
     '--name=[the name of the task]:name:' \
     '--system[post on the system bus]' \
     "--no-start[don't start the messenger]" \
-    '--verbose[tell what is posted]' \
+    "--verbose[tell why the row can't be shown]" \
     '(- *)'{-h,--help}'[show a summary]' \
     '(- *)--version[show the version]' \
     '(-)1:command: _command_names -e' \
