@@ -33,8 +33,7 @@ bool IsSibling(const std::string& printedPreferences) {
     const std::string behind = Field(text, key + lineEnd, 2);
     const std::string path = Field(Field(behind, "<string>", 2), "</string>", 1);
     const Texts components = Fields(path, "/");
-    const std::string name =
-        components.empty() ? "" : Replaced(components.back(), ".app", "");
+    const std::string name = components.empty() ? "" : Replaced(components.back(), ".app", "");
     return !name.empty() && Place(name, "Brackwater") == 0;
 }
 

@@ -1,4 +1,3 @@
-#include "framework/values/Exceptions.h"
 #include "framework/values/Text.h"
 #include "platform/functions/Functions.h"
 #include "tests/oracle/Random.h"
@@ -19,8 +18,8 @@ constexpr const char* preferences =
     "/Library/Application Support/Brackwater Utilities Support/BrackwaterPrefs.plist";
 const std::string catCommand = "/bin/cat /Library/Application\\ Support/Brackwater\\ Utilities\\ "
                                "Support/BrackwaterPrefs.plist";
-const Texts numberPieces = {"0", "1", "9", "25", "400", ".", ".", "-", "+", "e", "E2", "e-3",
-                            "e400", " ", "\t", "x", "inf", "nan", "0x", ",", "%"};
+const Texts numberPieces = {"0",   "1",    "9", "25", "400", ".",   ".",   "-",  "+", "e", "E2",
+                            "e-3", "e400", " ", "\t", "x",   "inf", "nan", "0x", ",", "%"};
 
 TEST(MachineRules, Texts) {
     ForCases(4000, [](Random& random) {
@@ -54,8 +53,8 @@ TEST(MachineRules, ShellAndLiveness) {
     for (const char* command : {"x", "/bin/ps -ax -o 'pid'", "pmset -g"})
         machine.processes.commands[command] = [&] { return printed; };
     ForCases(300, [&](Random& random) {
-        printed = std::string(static_cast<std::size_t>(std::max(
-                                  0, 2048 * random.Between(0, 3) + random.Between(-4, 4))),
+        printed = std::string(static_cast<std::size_t>(
+                                  std::max(0, 2048 * random.Between(0, 3) + random.Between(-4, 4))),
                               'x');
         for (int odd = random.Between(0, 5); odd > 0 && !printed.empty(); --odd) {
             const int last = static_cast<int>(printed.size()) - 1;
@@ -140,26 +139,17 @@ TEST(MachineRules, PlaceOfThePanel) {
             EXPECT_EQ(panel.mywidth, last.width) << file;
             EXPECT_EQ(machine.ReadFile(placeFile), file);
         };
-        EXPECT_EQ(machine.windows.window->content,
-                  (platform::Rect{last.left, last.top, std::min(std::max(last.width, 270), 500),
-                                  73}));
+        EXPECT_EQ(
+            machine.windows.window->content,
+            (platform::Rect{last.left, last.top, std::min(std::max(last.width, 270), 500), 73}));
         compare();
         for (int turn = 0; turn < 3; ++turn) {
-            if (turn > 0) {
-                panel.SetLeft(random.Between(-3000, 3000));
-                panel.SetTop(random.OneIn(2) ? last.top : random.Between(-9, 9));
-                panel.SetWidth(random.OneIn(2) ? last.width : random.Between(1, 600));
-                panel.SetHeight(random.Between(1, 600));
-                if (random.OneIn(3))
-                    panel.SetLeft(last.left);
-            }
             const bool isGone = random.OneIn(6);
-            if (isGone)
-                std::filesystem::remove_all(machine.root / "home");
-            else
-                std::filesystem::create_directories(machine.root / "home/.config");
-            if (isGone)
+            if (isGone) {
                 file.clear();
+                std::filesystem::remove_all(machine.root / "home");
+            } else
+                std::filesystem::create_directories(machine.root / "home/.config");
             const PanelPlace now{panel.Left(), panel.Top(), panel.Width()};
             const bool isMoved =
                 now.left != last.left || now.top != last.top || now.width != last.width;
@@ -168,6 +158,10 @@ TEST(MachineRules, PlaceOfThePanel) {
             panel.Timer2_Action();
             last = now;
             compare();
+            panel.SetLeft(random.OneIn(2) ? last.left : random.Between(-3000, 3000));
+            panel.SetTop(random.OneIn(2) ? last.top : random.Between(-9, 9));
+            panel.SetWidth(random.OneIn(2) ? last.width : random.Between(1, 600));
+            panel.SetHeight(random.Between(1, 600));
         }
     });
 }
@@ -204,39 +198,11 @@ TEST(MachineRules, AnswersToPowerMessages) {
         for (int row = 0; row < rows; ++row)
             table->SetValue(std::to_string(row), std::make_shared<Dictionary>());
         asked = 0;
-        EXPECT_EQ(machine.power.Ask(message), Objects(rows, message, switches, answers[0],
-                                                      answers[1]))
+        EXPECT_EQ(machine.power.Ask(message),
+                  Objects(rows, message, switches, answers[0], answers[1]))
             << std::hex << message << ' ' << answers[0].value_or("none") << ", "
             << answers[1].value_or("none") << ' ' << switches.prevent << switches.sleepOnBatt
             << switches.sleepOnAC;
-    });
-}
-
-TEST(MachineRules, PowerPreferences) {
-    SimulatedMachine machine;
-    ForCases(300, [&](Random& random) {
-        bool switches[] = {true, false, true};
-        std::string file = "<plist version=\"1.0\"><dict>";
-        bool isBroken = false;
-        const char* names[] = {"PreventScheduleOnBatt", "SleepOnAC", "SleepOnBatt"};
-        for (const int key : {0, 1, 2}) {
-            const std::string value =
-                random.Of<std::string>({"", "<true/>", "<false/>", "<true/>", "<false/>",
-                                        random.OneIn(3) ? "<integer>1</integer>" : ""});
-            if (!value.empty())
-                file += "<key>" + std::string(names[key]) + "</key>" + value;
-            isBroken = isBroken || value.size() > 8;
-            if (!isBroken && !value.empty())
-                switches[key] = value == "<true/>";
-        }
-        machine.WriteFile(preferences, file + "</dict></plist>");
-        if (isBroken)
-            EXPECT_THROW(Module1.GetMainAppPrefsWithShell(), IllegalCastException) << file;
-        else
-            EXPECT_NO_THROW(Module1.GetMainAppPrefsWithShell()) << file;
-        EXPECT_EQ(Module1.PreventScheduleOnBatt, switches[0]) << file;
-        EXPECT_EQ(Module1.SleepOnAC, switches[1]) << file;
-        EXPECT_EQ(Module1.SleepOnBatt, switches[2]) << file;
     });
 }
 

@@ -126,8 +126,7 @@ struct RowTexts {
 };
 
 void Backup(PaintedRow& painted, const RowTexts& texts) {
-    const std::string label =
-        texts.Has("folderbackup") ? "To Image File: " : "To Image File on: ";
+    const std::string label = texts.Has("folderbackup") ? "To Image File: " : "To Image File on: ";
     const int allowance = Whole(texts.machine.textWidth(label) - 7.0);
     const std::string destination = texts.Cut(texts.Text("destination", "unknown"),
                                               texts.panelWidth - (64 + texts.left + allowance));
@@ -174,8 +173,7 @@ PaintedRow PaintedRowOf(const Row& row, int panelWidth, int listWidth, bool sibl
         painted.bar = BarOf(listWidth - 20 - slot, value, 100.0);
         const std::string percent =
             (std::isfinite(value) ? Rounded(value, 2) : machine.word(value)) + " %";
-        painted.lines.push_back(
-            {percent, listWidth - 10 - Whole(machine.textWidth(percent)), 50});
+        painted.lines.push_back({percent, listWidth - 10 - Whole(machine.textWidth(percent)), 50});
     }
     const std::string extra = texts.Text("extra");
     painted.badge = Same(extra, "sleep") ? 170 : Same(extra, "shutdown") ? 169 : 0;

@@ -50,8 +50,9 @@ inline void ForCases(unsigned count, const std::function<void(Random&)>& run) {
 
 /// Pieces of odd texts: other scripts, bytes that are no text, markers, line ends.
 inline const std::vector<std::string> oddPieces = {
-    "a",  "A",  "Bc", "\u00C4", "\u00E4", "\u0394", "\u03B4", "\u042F", "\u044F",     "\u00DF",
-    "日", "\xFF", " ",  "//",     "/",      ":",      "\r",     "\n",     "<integer>",  "</INTEGER>",
-    ".app", "-",  "12", "<key>",  "&",      "%",      "the",    "left",   "Brackwater", "0"};
+    "a",      "A",      "Bc",        "\u00C4",     "\u00E4",     "\u0394", "\u03B4", "\u042F",
+    "\u044F", "\u00DF", "日",        "\xFF",       " ",          "//",     "/",      ":",
+    "\r",     "\n",     "<integer>", "</INTEGER>", ".app",       "-",      "12",     "<key>",
+    "&",      "%",      "the",       "left",       "Brackwater", "0"};
 
 } // namespace kqu::oracle

@@ -49,13 +49,13 @@ class Table {
                 std::strcpy(buffer, volume(text).disk.c_str());
                 return true;
             });
-        machine.functions.Set<functions::FSGetVolumeInfo>(
-            [volume](std::int32_t reference, auto, auto, std::uint32_t which, std::byte* info,
-                     auto, auto) {
-                EXPECT_EQ(which, 0xFFFFU);
-                std::memcpy(info + 32, &volume(reference).files, sizeof(std::uint32_t));
-                return volume(reference).files == 0 ? -50 : 0;
-            });
+        machine.functions.Set<functions::FSGetVolumeInfo>([volume](std::int32_t reference, auto,
+                                                                   auto, std::uint32_t which,
+                                                                   std::byte* info, auto, auto) {
+            EXPECT_EQ(which, 0xFFFFU);
+            std::memcpy(info + 32, &volume(reference).files, sizeof(std::uint32_t));
+            return volume(reference).files == 0 ? -50 : 0;
+        });
         machine.functions.Set<functions::TruncateThemeText>(
             [this](std::string& text, std::uint16_t font, std::uint32_t state, std::int32_t limit,
                    std::uint32_t code, bool* truncated) {
@@ -64,8 +64,8 @@ class Table {
                 return -1;
             });
         if (random.OneIn(2)) {
-            disks.lookUpFile = random.Text({"sda1", "SDB1", ":", ":", "\r", "\r\n", "7", "9999999999",
-                                            "2500", "Vol", "\u00C4", "\xFF"},
+            disks.lookUpFile = random.Text({"sda1", "SDB1", ":", ":", "\r", "\r\n", "7",
+                                            "9999999999", "2500", "Vol", "\u00C4", "\xFF"},
                                            16);
             machine.WriteFile(lookUpFile, *disks.lookUpFile);
         }
@@ -79,9 +79,9 @@ class Table {
 
     /// Sends one notification and compares its row.
     void Notify() {
-        const std::string name = random.Of<std::string>(
-            {"KQS_disk.1", "xkqs_DISK", "KQS_Disk.1", "KQS_disk.\u00C4", "kqs_disk.\u00E4",
-             "KQS_disk.2", "KQS disk.3"});
+        const std::string name =
+            random.Of<std::string>({"KQS_disk.1", "xkqs_DISK", "KQS_Disk.1", "KQS_disk.\u00C4",
+                                    "kqs_disk.\u00E4", "KQS_disk.2", "KQS disk.3"});
         const std::string tool =
             random.Of<std::string>({"KQMS", "kqms", "KQBackup", "KQDefrag", "KQBACKUP", "KQDefrag",
                                     random.OneIn(9) ? "KQMS " : "KQMS"});
@@ -109,9 +109,11 @@ class Table {
 
   private:
     Wire Sent() {
-        const Texts numbers = {"250", "456", "999.94", "1000", "-10", "-20", "1500", "37.6", "0.3",
-                               "0.5", "x", "", "100", "99.7", "1e300", "4", "4.9", "0", " 2",
-                               std::to_string(random.Real(0, 1000))};
+        const Texts numbers = {"250", "456",  "999.94", "1000",
+                               "-10", "-20",  "1500",   "37.6",
+                               "0.3", "0.5",  "x",      "",
+                               "100", "99.7", "1e300",  "4",
+                               "4.9", "0",    " 2",     std::to_string(random.Real(0, 1000))};
         Wire wire;
         const auto send = [&](const char* key, const std::string& value, int oneIn = 2) {
             if (random.OneIn(oneIn))
@@ -167,9 +169,8 @@ class Pictures {
                         [](int, int) { return Grey(0); });
         }
         barHeight = random.Between(1, 20);
-        artwork.Set(171, 47, barHeight, [](int x, int) {
-            return BarColour("   ffflmr12"[x < 45 ? x / 5 : x - 36]);
-        });
+        artwork.Set(171, 47, barHeight,
+                    [](int x, int) { return BarColour("   ffflmr12"[x < 45 ? x / 5 : x - 36]); });
         artwork.Set(172, 47, barHeight, [](int, int) { return Grey(0); });
     }
     static Colour IconColour(int icon) { return RGB(icon, 255 - icon, 90); }
@@ -210,8 +211,8 @@ struct ExpectedList {
             [this](const std::string& text) { return canvas.StringWidth(text); },
             [this](const std::string& text, int limit) { return Shorten(shortened, text, limit); },
             [](double number) { return Format(number, "##0.00"); }};
-        const PaintedRow painted = PaintedRowOf(row, panelWidth, picture->Width(),
-                                                Module1.ParentIsMarlstone, machine);
+        const PaintedRow painted =
+            PaintedRowOf(row, panelWidth, picture->Width(), Module1.ParentIsMarlstone, machine);
         const platform::Size icon = pictures.sizes[painted.icon];
         Fill(10, top + 10, icon.width, icon.height, Pictures::IconColour(painted.icon));
         // The bar lies below the percentage and above the other texts.
@@ -240,7 +241,8 @@ void ExpectSame(const Ref<Picture>& shown, const Ref<Picture>& expected) {
     const platform::Frame a = shown->Pixels(), b = expected->Pixels();
     for (int y = 0; y < a.height; ++y)
         for (int x = 0; x < a.width; ++x)
-            ASSERT_EQ(a.pixels[y * a.stride + x] & 0xFFFFFFU, b.pixels[y * b.stride + x] & 0xFFFFFFU)
+            ASSERT_EQ(a.pixels[y * a.stride + x] & 0xFFFFFFU,
+                      b.pixels[y * b.stride + x] & 0xFFFFFFU)
                 << std::hex << "at " << std::dec << x << ", " << y;
 }
 
@@ -268,8 +270,8 @@ TEST(RowRules, NotificationsAndTheListTheyMake) {
 
         const int scrolled = value > 0 ? std::min(value, maximum) * 73 : 0;
         const Ref<Picture> picture = Picture::MakeBuffer(list.Width(), list.Height());
-        ExpectedList expected{table, pictures, picture, picture->Graphics(), panel.Width(),
-                              scrolled, {}};
+        ExpectedList expected{table,         pictures, picture, picture->Graphics(),
+                              panel.Width(), scrolled, {}};
         expected.Draw(Stripes(rows, panel.Height()),
                       std::max(rows, 1) * 73 + panel.Height() - scrolled);
         EXPECT_EQ(table.shortened, expected.shortened);

@@ -67,7 +67,8 @@ void TakeInDefragmenter(const Reading& sent, const Disks& disks) {
         return;
     const Cell& files = row["totalfiles"];
     const auto* counted = std::get_if<std::int32_t>(&files);
-    const double total = counted != nullptr ? static_cast<double>(*counted) : static_cast<double>(std::get<std::uint32_t>(files));
+    const double total = counted != nullptr ? static_cast<double>(*counted)
+                                            : static_cast<double>(std::get<std::uint32_t>(files));
     sent.Upward(sent.Number("NumFilesExamined", 0.0) * 1000.0 / total);
 }
 } // namespace
