@@ -110,7 +110,7 @@ TEST(MachineRules, FlavourOfTheSuite) {
 }
 
 TEST(MachineRules, PlaceOfThePanel) {
-    ForCases(180, [](Random& random) {
+    ForCases(120, [](Random& random) {
         SimulatedMachine machine;
         const int width = random.Between(300, 2600), height = random.Between(150, 1700);
         machine.windows.screens = {{0, 0, width, height}};

@@ -175,7 +175,7 @@ class History {
 };
 
 TEST(PanelRules, SizesOverWholeHistories) {
-    ForCases(60, [](Random& random) { History(random).Live(40); });
+    ForCases(50, [](Random& random) { History(random).Live(40); });
 }
 
 Colour ColourOf(char letter) {
@@ -191,7 +191,7 @@ TEST(PanelRules, Bars) {
     SimulatedMachine machine;
     machine.Start();
     MyEventList& list = *machine.Panel().MyWindowEventList;
-    ForCases(800, [&](Random& random) {
+    ForCases(500, [&](Random& random) {
         const int width = random.Between(1, 520);
         const double maximum = random.Of<double>({100, 100, 100, 100, 0, 50, 1e-300, -100});
         const double part = random.Between(0, width + 1) * 100.0 / width;

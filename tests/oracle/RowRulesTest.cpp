@@ -256,7 +256,7 @@ void ExpectSame(const Ref<Picture>& shown, const Ref<Picture>& expected) {
 }
 
 TEST(RowRules, NotificationsAndTheListTheyMake) {
-    ForCases(120, [](Random& random) {
+    ForCases(100, [](Random& random) {
         Pictures pictures(random);
         Table table(random);
         for (int sent = random.Between(0, 12); sent > 0 && !testing::Test::HasFailure(); --sent)
