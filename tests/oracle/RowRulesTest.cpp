@@ -1,0 +1,294 @@
+#include "framework/values/Text.h"
+#include "platform/functions/Functions.h"
+#include "tests/oracle/Random.h"
+#include "tests/oracle/Rules.h"
+#include "tests/support/Artwork.h"
+#include "tests/support/SimulatedMachine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace kqu::oracle {
+namespace {
+
+using namespace simulation;
+
+constexpr const char* lookUpFile = "/Application Support/Brackwater Utilties Support/BSDLookup";
+using Shortenings = std::vector<std::pair<std::string, int>>;
+
+std::string Shorten(Shortenings& asked, const std::string& text, int limit) {
+    asked.emplace_back(text, limit);
+    return std::to_string(limit) + text.substr(0, 14);
+}
+
+/// A table that is filled by notifications, and what should be in it.
+class Table {
+  public:
+    explicit Table(Random& dice) : random(dice) {
+        machine.functions.Set<functions::MountedVolumes>([this] {
+            std::vector<platform::MountedVolume> volumes;
+            for (std::size_t i = 0; i < disks.volumes.size(); ++i)
+                volumes.push_back({static_cast<std::int32_t>(i + 1), disks.volumes[i].name, "/"});
+            return volumes;
+        });
+        const auto volume = [this](std::int32_t reference) -> const Mounted& {
+            return disks.volumes.at(static_cast<std::size_t>(reference - 1));
+        };
+        machine.functions.Set<functions::FSCopyDiskIDForVolume>(
+            [volume](std::int32_t reference, std::int32_t* text) {
+                *text = volume(reference).disk.empty() ? 0 : reference;
+                return *text == 0 ? -35 : 0;
+            });
+        machine.functions.Set<functions::CFStringGetCStringOfCarbon>(
+            [volume](std::int32_t text, char* buffer, std::int32_t, std::uint32_t) {
+                std::strcpy(buffer, volume(text).disk.c_str());
+                return true;
+            });
+        machine.functions.Set<functions::FSGetVolumeInfo>([volume](std::int32_t reference, auto,
+                                                                   auto, std::uint32_t which,
+                                                                   std::byte* info, auto, auto) {
+            EXPECT_EQ(which, 0xFFFFU);
+            std::memcpy(info + 32, &volume(reference).files, sizeof(std::uint32_t));
+            return volume(reference).files == 0 ? -50 : 0;
+        });
+        machine.functions.Set<functions::TruncateThemeText>(
+            [this](std::string& text, std::uint16_t font, std::uint32_t state, std::int32_t limit,
+                   std::uint32_t code, bool* truncated) {
+                EXPECT_TRUE(font == 0 && state == 0 && code == 0x4000 && truncated == nullptr);
+                text = Shorten(shortened, text, limit);
+                return -1;
+            });
+        if (!random.OneIn(3)) {
+            disks.lookUpFile = "";
+            for (int lines = random.Between(0, 4); lines > 0; --lines)
+                *disks.lookUpFile +=
+                    random.Of<std::string>({"sda1", "SDB1", "SdZ9", ""}) +
+                    random.Of<std::string>({":", ":", ":", "::", ""}) +
+                    random.Of<std::string>({"Vol", "\u00C4", "\xFF", ""}) +
+                    random.Of<std::string>({":", ":", ":", ""}) +
+                    random.Of<std::string>({"9999999999", "0", "x",
+                                            std::to_string(random.Between(1, 30000)),
+                                            std::to_string(random.Between(1, 30000))}) +
+                    random.Of<std::string>({"\r", "\r", "\r\n", "\n", ":1\r"});
+            machine.WriteFile(lookUpFile, *disks.lookUpFile);
+        }
+        for (int volumes = random.Between(0, 2); volumes > 0; --volumes)
+            disks.volumes.push_back({random.Of<std::string>({"sda1", "sdb1", "Sdb1", ""}),
+                                     random.Of<std::string>({"Photos", "D\u00E4ta"}),
+                                     random.Of<std::uint32_t>({0, 10000, 3000000000U})});
+        machine.Start();
+        Module1.ParentIsMarlstone = random.OneIn(2);
+    }
+
+    /// Sends one notification and compares its row.
+    void Notify() {
+        const std::string name =
+            random.Of<std::string>({"KQS_disk.1", "xkqs_DISK", "KQS_Disk.1", "KQS_disk.\u00C4",
+                                    "kqs_disk.\u00E4", "KQS_disk.2", "KQS disk.3"});
+        const std::string tool =
+            random.Of<std::string>({"KQMS", "kqms", "KQBackup", "KQDefrag", "KQBACKUP", "KQDefrag",
+                                    random.OneIn(9) ? "KQMS " : "KQMS"});
+        const Wire wire = Sent();
+        CFDictionary::Entries entries;
+        for (const auto& [key, value] : wire)
+            entries.emplace_back(key, CFString::Make(value));
+        machine.Panel().DiskNotification_Received(CFString::Make(name), CFString::Make(tool),
+                                                  CFDictionary::Make(entries));
+        if (Place(name, "KQS_disk") == 0)
+            return;
+        auto row = std::find_if(rows.begin(), rows.end(),
+                                [&](const auto& known) { return Same(known.first, name); });
+        if (row == rows.end())
+            row = rows.insert(rows.end(), {name, {}});
+        TakeIn(row->second, tool, wire, disks);
+        ExpectCells(*machine.Row(name), row->second);
+        EXPECT_EQ(machine.Title(), Title(static_cast<int>(rows.size()), Module1.ParentIsMarlstone));
+    }
+
+    SimulatedMachine machine;
+    Disks disks;
+    std::vector<std::pair<std::string, Row>> rows;
+    Shortenings shortened;
+
+  private:
+    Wire Sent() {
+        const Texts numbers = {"250", "456",  "999.94", "1000",
+                               "-10", "-20",  "1500",   "37.6",
+                               "0.3", "0.5",  "x",      "",
+                               "100", "99.7", "1e300",  "4",
+                               "4.9", "0",    " 2",     std::to_string(random.Real(0, 1000))};
+        Wire wire;
+        const auto send = [&](const char* key, const std::string& value, int oneIn = 2) {
+            if (random.OneIn(oneIn))
+                wire[key] = value;
+        };
+        for (const char* key : {"Progress", "FileProgress", "NumFilesExamined", "PID"})
+            send(key,
+                 random.OneIn(2) ? random.Of(numbers) : std::to_string(random.Between(0, 20000)));
+        send("Type", random.Of<std::string>({"4", "4.9", "0", "3.99", "x"}));
+        send("ScanType", random.Of<std::string>({"0", "00", "1", "", "4"}), 3);
+        send("status", random.Text({"Check", "DEFRAG", "Defragging "}, 3));
+        for (const char* key : {"Item", "FileName", "VolName", "dVolName"})
+            send(key, random.Text(oddPieces, 7));
+        send("BSD", random.Of<std::string>({"sda1", "SDA1", "sdb1", "sdz9", ""}));
+        send("Extra", random.Of<std::string>({"sleep", "SLEEP", "ShutDown", "quit", ""}), 3);
+        send("FolderBackup", "", 8);
+        for (const char* wrong : {"pid", "item", "progress", "volume"})
+            send(wrong, "7", 9);
+        return wire;
+    }
+
+    static void ExpectCells(const Dictionary& row, const Row& expected) {
+        for (const auto& [key, cell] : expected) {
+            ASSERT_TRUE(row.HasKey(key)) << key;
+            const Variant value = std::visit([](const auto& held) { return Variant(held); }, cell);
+            EXPECT_EQ(Told(row.Value(key)), Told(value)) << key;
+        }
+        const bool isPainted = row.HasKey("progresspict");
+        EXPECT_EQ(row.Count(), static_cast<int>(expected.size()) + isPainted);
+    }
+    /// A value to its last bit, with its type; one not-a-number is as good as another.
+    static std::pair<Variant::Type, std::string> Told(const Variant& value) {
+        std::array<char, 40> exact{};
+        std::snprintf(exact.data(), exact.size(), "%a", std::fabs(value.DoubleValue()));
+        return {value.Kind(), value.StringValue() + (std::string(exact.data()))};
+    }
+
+    Random& random;
+};
+
+/// Flat pictures of random sizes, each in its own colour.
+class Pictures {
+  public:
+    explicit Pictures(Random& random) {
+        for (const int icon : {173, 175, 177, 179, 181, 183, 185, 187}) {
+            sizes[icon] = {random.Between(1, 60), random.Between(1, 70)};
+            artwork.Set(icon, sizes[icon].width, sizes[icon].height,
+                        [icon](int, int) { return IconColour(icon); });
+            artwork.Remove(icon + 1);
+        }
+        for (const int badge : {169, 170}) {
+            sizes[badge] = {random.Between(1, 30), random.Between(1, 30)};
+            artwork.Set(badge, sizes[badge].width, sizes[badge].height,
+                        [](int, int) { return Grey(0); });
+        }
+        barHeight = random.Between(1, 20);
+        artwork.Set(171, 47, barHeight,
+                    [](int x, int) { return BarColour("   ffflmr12"[x < 45 ? x / 5 : x - 36]); });
+        artwork.Set(172, 47, barHeight, [](int, int) { return Grey(0); });
+    }
+    static Colour IconColour(int icon) { return RGB(icon, 255 - icon, 90); }
+    static Colour BarColour(char letter) { return RGB(0, letter, 255 - letter); }
+
+    Artwork artwork;
+    std::map<int, platform::Size> sizes;
+    int barHeight;
+};
+
+/// What a list of that size should look like, drawn line by line from the rules.
+struct ExpectedList {
+    Table& table;
+    Pictures& pictures;
+    Ref<Picture> picture;
+    Graphics& canvas;
+    int panelWidth, scrolled;
+    Shortenings shortened;
+
+    void Fill(int x, int y, int width, int height, Colour colour) {
+        canvas.SetForeColor(colour);
+        canvas.FillRect(x, y, width, height);
+    }
+    void Draw(int stripes, int end) {
+        canvas.SetTextSize(11);
+        Fill(0, 0, picture->Width(), picture->Height(), RGB(255, 255, 255));
+        for (int i = 0; i < stripes; ++i) {
+            const int top = i * 73 - scrolled;
+            Fill(0, top, panelWidth, end - top, {StripeColour(i)});
+            Fill(2, top, panelWidth, 1, {LineColour(i)});
+            if (i < static_cast<int>(table.rows.size()))
+                DrawRow(table.rows[static_cast<std::size_t>(i)].second, top);
+        }
+    }
+    void DrawRow(const Row& row, int top) {
+        const Machine machine{
+            [this](int id) { return pictures.sizes[id].width; },
+            [this](const std::string& text) { return canvas.StringWidth(text); },
+            [this](const std::string& text, int limit) { return Shorten(shortened, text, limit); },
+            [](double number) { return Format(number, "##0.00"); }};
+        const PaintedRow painted =
+            PaintedRowOf(row, panelWidth, picture->Width(), Module1.ParentIsMarlstone, machine);
+        const platform::Size icon = pictures.sizes[painted.icon];
+        Fill(10, top + 10, icon.width, icon.height, Pictures::IconColour(painted.icon));
+        // The bar lies below the percentage and above the other texts.
+        const std::size_t last = painted.lines.size() - (painted.bar ? 1 : 0);
+        for (std::size_t i = 0; i < last; ++i)
+            DrawLine(painted.lines[i], top);
+        for (int x = 0; painted.bar && x < static_cast<int>(painted.bar->colours.size()); ++x)
+            if (const char letter = painted.bar->colours[static_cast<std::size_t>(x)];
+                letter != ' ')
+                Fill(painted.barLeft + x, top + 25, 1, pictures.barHeight,
+                     Pictures::BarColour(letter));
+        if (painted.bar)
+            DrawLine(painted.lines[last], top);
+        const platform::Size whole = pictures.sizes[169];
+        const platform::Size stencil = pictures.sizes[painted.badge];
+        Fill(20, top + 73 - (whole.height + 10), std::min(whole.width, stencil.width),
+             std::min(whole.height, stencil.height), RGB(101, 124, 157));
+    }
+    void DrawLine(const Line& line, int top) {
+        canvas.SetForeColor(RGB(5, 5, 5));
+        canvas.DrawString(line.text, line.left, top + line.baseline);
+    }
+};
+
+void ExpectSame(const Ref<Picture>& shown, const Ref<Picture>& expected) {
+    const platform::Frame a = shown->Pixels(), b = expected->Pixels();
+    for (int y = 0; y < a.height; ++y)
+        for (int x = 0; x < a.width; ++x)
+            ASSERT_EQ(a.pixels[y * a.stride + x] & 0xFFFFFFU,
+                      b.pixels[y * b.stride + x] & 0xFFFFFFU)
+                << std::hex << "at " << std::dec << x << ", " << y;
+}
+
+TEST(RowRules, NotificationsAndTheListTheyMake) {
+    ForCases(100, [](Random& random) {
+        Pictures pictures(random);
+        Table table(random);
+        for (int sent = random.Between(0, 12); sent > 0 && !testing::Test::HasFailure(); --sent)
+            table.Notify();
+        Window1& panel = table.machine.Panel();
+        MyEventList& list = *panel.MyWindowEventList;
+        const int rows = static_cast<int>(table.rows.size());
+        panel.SetWidth(random.Between(270, 500));
+        panel.SetHeight(random.Between(0, 2) * 73 + random.Of<int>({73, 73, 36, 37, 74, 100}));
+        list.SetWidth(panel.Width() - (random.OneIn(2) ? 11 : 0));
+        list.SetHeight(panel.Height());
+        const int maximum = std::max(0, rows - random.Between(0, 2));
+        const int value = random.Between(0, 5);
+        panel.ScrollBar1->SetMaximum(9);
+        panel.ScrollBar1->SetValue(value);
+        panel.ScrollBar1->SetMaximum(maximum);
+        table.shortened.clear();
+        const Ref<Picture> shown = Picture::MakeBuffer(list.Width(), list.Height());
+        panel.MyWindowEventList_Paint(shown->Graphics());
+
+        const int scrolled = value > 0 ? std::min(value, maximum) * 73 : 0;
+        const Ref<Picture> picture = Picture::MakeBuffer(list.Width(), list.Height());
+        ExpectedList expected{table,         pictures, picture, picture->Graphics(),
+                              panel.Width(), scrolled, {}};
+        expected.Draw(Stripes(rows, panel.Height()),
+                      std::max(rows, 1) * 73 + panel.Height() - scrolled);
+        EXPECT_EQ(table.shortened, expected.shortened);
+        EXPECT_EQ(panel.ScrollBar1->Value(), value > 0 ? std::min(value, maximum) : value);
+        ExpectSame(shown, picture);
+        EXPECT_EQ(panel.thedragcolor, picture->Graphics().Pixel(0, list.Height() - 1));
+    });
+}
+
+} // namespace
+} // namespace kqu::oracle
