@@ -33,57 +33,6 @@ class StatusHandlersTest : public testing::Test {
     SimulatedMachine machine;
 };
 
-TEST_F(StatusHandlersTest, ScannersProgressOnlyRises) {
-    struct Step {
-        const char* sent;
-        double stored;
-    };
-    // What is no number reads as 0: at first it is stored, later it changes nothing.
-    for (const Step& step : {Step{"abc", 0},
-                             {"250", 250},
-                             {"100", 250},
-                             {"250", 250},
-                             {"1500", 1500},
-                             {"900", 1500},
-                             {"", 1500},
-                             {"nan", 1500}}) {
-        Scanner({{"Progress", step.sent}});
-        EXPECT_EQ(Progress(), step.stored) << step.sent;
-    }
-}
-
-TEST_F(StatusHandlersTest, BackupsProgressFallsAsWellAlsoOverTheScanners) {
-    Scanner({{"Progress", "700"}});
-    Backup({{"Progress", "200"}});
-    EXPECT_EQ(Progress(), 200);
-    Scanner({{"Progress", "300"}});
-    EXPECT_EQ(Progress(), 300);
-    Backup({{"Progress", "-10"}});
-    EXPECT_EQ(Progress(), -10);
-}
-
-TEST_F(StatusHandlersTest, FirstValuesStayHoweverOddAndLastValuesWin) {
-    Scanner({{"Extra", ""},
-             {"VolName", "One"},
-             {"BSD", "sda1"},
-             {"Item", "a"},
-             {"PID", "12.9"},
-             {"ScanType", "0"}});
-    Scanner({{"Extra", "sleep"},
-             {"VolName", "Two"},
-             {"BSD", "sdb1"},
-             {"Item", "b"},
-             {"PID", "abc"},
-             {"ScanType", "00"}});
-    EXPECT_EQ(Text("Extra"), "");
-    EXPECT_EQ(Text("volume"), "One");
-    EXPECT_EQ(Text("BSD"), "sda1");
-    EXPECT_EQ(Text("Status"), "b");
-    EXPECT_EQ(Value("pid").Int32Value(), 0);
-    EXPECT_EQ(Text("type"), "00");
-    EXPECT_EQ(Value("task").Int32Value(), 1);
-}
-
 TEST_F(StatusHandlersTest, KeysOfTheWireAreExact) {
     Scanner({{"item", "x"}, {"pid", "1"}, {"progress", "5"}, {"volname", "x"}, {"scantype", "0"}});
     EXPECT_EQ(machine.Row(task)->Count(), 1);
@@ -121,57 +70,6 @@ TEST_F(StatusHandlersTest, FolderBackupCountsByPresenceAndStays) {
     EXPECT_TRUE(Value("FolderBackup").BooleanValue());
     Backup({{"status", "x"}});
     EXPECT_TRUE(Has("FolderBackup"));
-}
-
-TEST_F(StatusHandlersTest, DoubledSlashesOfADestinationAreHalvedInOnePass) {
-    struct Destination {
-        const char* sent;
-        const char* stored;
-    };
-    int number = 0;
-    for (const Destination& destination : {Destination{"/a//b", "/a/b"},
-                                           {"a///b", "a//b"},
-                                           {"a////b", "a//b"},
-                                           {"////", "//"},
-                                           {"", ""}}) {
-        const std::string name = "KQS_disk." + std::to_string(++number);
-        machine.centre.Post(name, "KQBackup", {{"dVolName", destination.sent}});
-        machine.Advance();
-        machine.centre.Post(name, "KQBackup", {{"dVolName", "later"}});
-        machine.Advance();
-        EXPECT_EQ(machine.Row(name)->Value("destination").StringValue(), destination.stored);
-    }
-}
-
-TEST_F(StatusHandlersTest, ForkTextFollowsThePhaseOfEachNotification) {
-    const std::string checking = "Checking File Fragmentation...";
-    struct Fork {
-        const char* status;
-        const char* progress;
-        std::string text;
-    };
-    for (const Fork& fork : {
-             Fork{"Defragging files", "37.6", "Defragging Fork: 38 % Complete"},
-             {"DEFRAG", "99.7", "Defragging Fork: 100 % Complete"},
-             {"defrag", "100", checking},
-             {"defrag", "0", "Defragging Fork: 0 % Complete"},
-             {"defrag", "-5", "Defragging Fork: 0 % Complete"},
-             {"defrag", "0.3", "Defragging Fork:  % Complete"},
-             {"defrag", "0.5", "Defragging Fork: 1 % Complete"},
-             {"defrag", "2.5", "Defragging Fork: 3 % Complete"},
-             {"defrag", "words", "Defragging Fork: 0 % Complete"},
-             {"Check before defrag", "37", checking},
-             {"idle", "37", checking},
-         }) {
-        Defragmenter({{"status", fork.status}, {"FileProgress", fork.progress}});
-        EXPECT_EQ(Text("fileprogress"), fork.text) << fork.status << ' ' << fork.progress;
-    }
-    Defragmenter({{"status", "defrag"}});
-    EXPECT_EQ(Text("fileprogress"), checking);
-    Defragmenter({{"FileProgress", "37"}, {"FileName", "/a/b"}});
-    EXPECT_EQ(Text("fileprogress"), checking);
-    EXPECT_EQ(Text("Status"), "File: /a/b");
-    EXPECT_FALSE(Has("progress"));
 }
 
 TEST_F(StatusHandlersTest, VolumeComesFromTheLookupFileOfTheMisspeltFolder) {
@@ -219,16 +117,6 @@ TEST_F(StatusHandlersTest, AVolumeWithoutFilesGivesWhatTheDivisionGives) {
     EXPECT_EQ(machine.Row("KQS_disk.2")->Value("progress").DoubleValue(),
               std::numeric_limits<double>::infinity());
     EXPECT_FALSE(machine.HasEnded());
-}
-
-TEST_F(StatusHandlersTest, AVolumeOfAnotherToolBlocksTheResolution) {
-    Scanner({{"VolName", "Data"}, {"BSD", "disk9"}});
-    machine.WriteFile("/Application Support/Brackwater Utilties Support/BSDLookup",
-                      "disk9:Vol:100\r");
-    Defragmenter({{"BSD", "disk9"}, {"NumFilesExamined", "50"}});
-    EXPECT_EQ(Text("volume"), "Data");
-    EXPECT_FALSE(Has("TotalFiles"));
-    EXPECT_FALSE(Has("progress"));
 }
 
 TEST_F(StatusHandlersTest, ALookupFileThatCannotBeOpenedEndsTheProgram) {

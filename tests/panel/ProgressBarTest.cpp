@@ -65,27 +65,6 @@ class ProgressBarTest : public testing::Test {
     SimulatedMachine machine;
 };
 
-TEST_F(ProgressBarTest, TicksStandAtRunningSumsForEveryWidth) {
-    // The tenth sum stays below the width, or not, by the last bit of a sum of ten.
-    std::vector<int> tenthShows;
-    for (int width = 20; width <= 480; ++width) {
-        const Ref<Picture> bar = Bar(width, 0.0);
-        std::vector<bool> isTick(static_cast<std::size_t>(width));
-        for (int tenth = 1; tenth < 10; ++tenth)
-            for (const int x : {tenth * width / 10, tenth * width / 10 + 1})
-                isTick[static_cast<std::size_t>(x)] = true;
-        for (int x = 0; x < width - 1; ++x)
-            ASSERT_EQ(At(bar, x) == tick, isTick[static_cast<std::size_t>(x)])
-                << width << " at " << x;
-        if (width >= 180 && width <= 300 && At(bar, width - 1) == tick)
-            tenthShows.push_back(width);
-    }
-    EXPECT_EQ(tenthShows, (std::vector<int>{181, 182, 186, 187, 191, 192, 196, 197, 201, 202,
-                                            206, 207, 211, 212, 216, 217, 221, 222, 226, 227,
-                                            231, 232, 236, 237, 241, 242, 246, 247, 251, 252,
-                                            256, 257, 262, 267, 272, 277, 282, 287, 292, 297}));
-}
-
 TEST_F(ProgressBarTest, TrackFillAndTicksFollowTheirOwnTests) {
     // A tick is half of its own red over what is below.
     SetSprite([](int x, int) { return x < 45 ? PartOf(x) : unread; },

@@ -137,38 +137,6 @@ TEST_F(RowPaintingTest, StripesAndSeparatorsFillTheList) {
     EXPECT_EQ(At(Paint(), 100, 10), white);
 }
 
-TEST_F(RowPaintingTest, BackupRowsShortenOnlyTheirDestination) {
-    // The limit of the destination is counted from the panel's width, everything else from the
-    // list's, which the scroll bar makes narrower.
-    SetSizes(340, 329, 73);
-    const int left = 20 + BackupToolBar_f()->Width();
-    const std::string labels[] = {"To Image File on: ", "To Image File: ", "Destination: "};
-    using Case = std::tuple<Values, int, int>;
-    // Which label the limit leaves room for, and which one is drawn.
-    for (const auto& [values, measured, drawn] :
-         {Case{{}, 0, 2}, Case{{{"type", 4}}, 0, 0}, Case{{{"type", 4.9}}, 0, 0},
-          Case{{{"type", "4abc"}}, 0, 0}, Case{{{"type", 3.99}}, 0, 2}, Case{{{"type", -4}}, 0, 2},
-          Case{{{"FolderBackup", false}}, 1, 2}, Case{{{"FolderBackup", true}, {"type", 4}}, 1, 1}})
-        for (const Variant& named : {Variant(), Variant(""), Variant("Disk")}) {
-            Values row = values;
-            row.insert(row.end(), {{"task", 6.0}, {"Status", "Copying"}, {"volume", "Home"}});
-            if (!named.IsNil())
-                row.emplace_back("destination", named);
-            const std::string destination = named.IsNil() ? "unknown" : named.StringValue();
-            const int allowance = static_cast<int>(WidthOf(labels[measured]) - 7.0);
-            ExpectRow(row, left,
-                      {{"Backing up: Home", 18},
-                       {labels[drawn] + destination, 50},
-                       {"Status: Copying", 65}},
-                      {{destination, 340 - (64 + left + allowance)},
-                       {"Status: Copying", 299},
-                       {"Backing up: Home", 299}});
-        }
-    AddRow({{"task", 6}, {"progress", 500.0}});
-    Paint();
-    EXPECT_EQ(List().WhitePict->Width(), 329 - 10 - left);
-}
-
 TEST_F(RowPaintingTest, ScannerRowsAreWordedByTheTextOfTheirType) {
     SetSizes(340, 340, 73);
     const int left = 20 + DefragToolBar()->Width();
@@ -188,45 +156,6 @@ TEST_F(RowPaintingTest, ScannerRowsAreWordedByTheTextOfTheirType) {
         row.insert(row.end(), {{"Status", "7 <b>&amp;\n9"}, {"volume", "Data"}});
         ExpectRow(row, left, {{heading, 50}, {prefix + "7 <b>&amp; 9", 65}, {"Volume: Data", 18}},
                   {{prefix + "7 <b>&amp;\n9", 310}, {"Volume: Data", 310}});
-    }
-}
-
-TEST_F(RowPaintingTest, DefragmenterRowsUseTheirTextsBare) {
-    SetSizes(340, 340, 73);
-    const int left = 20 + NewDefragToolBar_f()->Width();
-    for (const char* heading : {"Moving extents", ""})
-        ExpectRow({{"task", 2U}, {"fileprogress", heading}, {"Status", "File: a"}, {"volume", "D"}},
-                  left, {{heading, 50}, {"File: a", 65}, {"Volume: D", 18}},
-                  {{heading, 265}, {"File: a", 310}, {"Volume: D", 310}});
-    ExpectRow({{"task", "2"}}, left, {{"Defragging Files...", 50}}, {{"Defragging Files...", 265}});
-}
-
-TEST_F(RowPaintingTest, IconsFollowFlavourAndKindTheSlotTheReferencePicture) {
-    // Flat icons, each in the grey of its id; those that are no reference are wider.
-    for (const int id : {173, 175, 177, 179, 181, 183, 185, 187}) {
-        artwork.Set(id, id <= 177 ? 30 : 45, 20, [id](int, int) { return Grey(id); });
-        artwork.Remove(id + 1);
-    }
-    artwork.Set(177, 34, 20, [](int, int) { return Grey(177); });
-    SetSizes(340, 340, 73);
-    using Case = std::tuple<Values, bool, int, int>;
-    const Values folder = {{"task", 6}, {"FolderBackup", 0}};
-    for (const auto& [values, isSibling, icon, left] :
-         {Case{{{"task", 6}}, false, 177, 54}, Case{{{"task", 6}}, true, 183, 54},
-          Case{folder, false, 179, 54}, Case{folder, true, 181, 54},
-          Case{{{"task", 1}}, false, 173, 50}, Case{{{"task", 1}}, true, 185, 50},
-          Case{{{"task", 2}}, false, 175, 50}, Case{{{"task", 2}}, true, 187, 50},
-          Case{{{"task", 3}}, false, 255, 10}, Case{{}, true, 255, 10}}) {
-        SCOPED_TRACE(testing::Message() << icon);
-        Clear();
-        DropPictures();
-        AddRow(values)->SetValue("progress", 0.0);
-        Module1.ParentIsMarlstone = isSibling;
-        const Ref<Picture> canvas = Paint();
-        EXPECT_EQ(At(canvas, 10, 10), Grey(icon));
-        EXPECT_EQ(At(canvas, 9, 15), white);
-        EXPECT_EQ(At(canvas, 39, 24), Grey(icon));
-        EXPECT_EQ(List().WhitePict->Width(), 330 - left);
     }
 }
 

@@ -48,24 +48,6 @@ TEST_F(GetShellTest, OutputComesBackWholeWhateverItsLength) {
     EXPECT_EQ(machine.processes.openStreams, 0);
 }
 
-TEST_F(GetShellTest, TwoNulsEndTheTextOfTheirChunkAlone) {
-    using namespace std::string_literals;
-    EXPECT_EQ(Output("a\0b"s), "a\0b"s);
-    EXPECT_EQ(Output("a\0\0b"s), "a");
-    const std::string rest(2044, 'x');
-    EXPECT_EQ(Output("a\0\0b"s + rest + "next"), "anext");
-    // A pair across the border of two chunks is none.
-    EXPECT_EQ(Output(std::string(2047, 'x') + "\0\0y"s), std::string(2047, 'x') + "\0\0y"s);
-}
-
-TEST_F(GetShellTest, LinefeedsBecomeReturnsOnlyIfAsked) {
-    const std::string printed = "one\ntwo\r\nthree\n";
-    EXPECT_EQ(Output(printed), printed);
-    EXPECT_EQ(Output(printed, true), "one\rtwo\r\rthree\r");
-    EXPECT_EQ(Output(std::string(2047, 'x') + "\xC3\xA4\n", true),
-              std::string(2047, 'x') + "\xC3\xA4\r");
-}
-
 TEST_F(GetShellTest, PumpsOnceBeforeTheFirstReadAndOnceAfterEveryChunk) {
     PumpCounter counter;
     const auto watching = Runtime::Current().Loop().Watch(counter);
@@ -113,28 +95,6 @@ TEST_F(GetShellTest, TheSystemsOwnListTellsTheLivingFromTheDead) {
     EXPECT_TRUE(machine.Panel().IsPIDProcessRunning(1));
     EXPECT_FALSE(machine.Panel().IsPIDProcessRunning(2147483647));
     EXPECT_EQ(Module1.GetShell("printf 'a\\nb'; exit 3", true), "a\rb");
-}
-
-TEST_F(GetShellTest, LivenessMatchesWholeNumbersAtTheEndOfALine) {
-    struct Case {
-        const char* list;
-        std::int32_t pid;
-        bool running;
-    };
-    for (const Case& c : {Case{"  PID\n    1\n   12\n  123\n", 12, true},
-                          {"  PID\n    1\n  123\n  312\n", 12, false},
-                          {"  PID\n12345\n", 12345, true},
-                          {"  PID\n    1\n12345\n", 2345, false},
-                          {"  PID\n   12\n   13", 13, false},
-                          {"  PID\n\t12\n", 12, false},
-                          {"  PID\n   12 \n", 12, false},
-                          {"    1\n", 1, true},
-                          {"1\n", 1, false},
-                          {"  PID\n    1\n", 0, false},
-                          {"  PID\n    1\n", -1, false},
-                          {"  PID\n2147483647\n", 2147483647, true},
-                          {"", 1, false}})
-        EXPECT_EQ(IsRunning(c.pid, c.list), c.running) << c.list << c.pid;
 }
 
 } // namespace

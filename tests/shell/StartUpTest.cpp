@@ -228,21 +228,6 @@ TEST_F(ParentApp, NameDecidesTheFlavour) {
         EXPECT_EQ(IsMarlstone(File(c.location)), c.marlstone) << c.location;
 }
 
-TEST_F(ParentApp, TextIsSplitAndNotParsed) {
-    const std::string key = "<key>ParentLocation</key>";
-    EXPECT_TRUE(IsMarlstone(File("/A/Foo.app", "\r")));
-    EXPECT_TRUE(IsMarlstone(File("/A/Foo.app", "\r\n")));
-    EXPECT_FALSE(IsMarlstone(key + " \n<string>/A/Foo.app</string>\n"));
-    EXPECT_FALSE(IsMarlstone(key + "<string>/A/Foo.app</string>\n"));
-    // The next text counts, whosever it is.
-    EXPECT_TRUE(IsMarlstone(key + "\n<integer>5</integer>\n<key>Other</key>\n"
-                                  "<string>/A/Foo.app</string>\n"));
-    EXPECT_FALSE(
-        IsMarlstone(key + "\n<integer>5</integer>\n" + key + "\n<string>/A/Foo.app</string>"));
-    EXPECT_FALSE(IsMarlstone("<key>Other</key>\n<string>/A/Foo.app</string>\n"));
-    EXPECT_FALSE(IsMarlstone(""));
-}
-
 TEST_F(ParentApp, AMissingFileIsNotEvenRead) {
     SimulatedMachine machine;
     machine.processes.commands[catCommand] = [] { return File("/A/Foo.app"); };
