@@ -39,12 +39,12 @@ struct Stage {
     simulation::SimulatedMachine machine;
 };
 
-std::set<std::int32_t> TickColumns(std::int32_t width) {
-    std::set<std::int32_t> columns;
+std::set<std::int64_t> TickColumns(std::int32_t width) {
+    std::set<std::int64_t> columns;
     double sum = 0.0;
     for (int pass = 0; pass < 11; ++pass) {
         sum += width / 10.0;
-        columns.insert({ToInt32(sum), ToInt32(sum) + 1});
+        columns.insert({ToInt32(sum), std::int64_t{ToInt32(sum)} + 1});
     }
     return columns;
 }
@@ -55,7 +55,7 @@ void CheckPixels(Picture& bar, double value, double maximum) {
     const double filled = value * width / maximum;
     const bool hasFill = hasTicks && filled != 0.0 && value != 0.0 && maximum != 0.0;
     const std::int32_t fillEnd = hasFill ? ToInt32(filled) : 0;
-    const std::set<std::int32_t> ticks = hasTicks ? TickColumns(width) : std::set<std::int32_t>();
+    const auto ticks = hasTicks ? TickColumns(width) : std::set<std::int64_t>();
     const Ref<Picture> mask = bar.Mask(MaskCreation::IfThere);
     Expect(mask && mask->Width() == width && mask->Height() == height);
     for (std::int32_t x = 0; x < width; ++x) {
