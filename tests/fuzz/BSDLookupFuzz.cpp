@@ -76,11 +76,15 @@ class MachineWithVolume : public simulation::SimulatedMachine {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static MachineWithVolume machine;
     FuzzedDataProvider input(data, size);
+    const auto place = input.ConsumeIntegralInRange<std::size_t>(0, 200);
     std::string disk = input.ConsumeRandomLengthString(20);
     const std::string text = input.ConsumeRemainingBytesAsString();
-    machine.WriteFile("/Application Support/Brackwater Utilties Support/BSDLookup", text);
-    if (size % 8 == 0)
+    // Mostly a disk of the file: the one of the line that this place is in or before.
+    if (place == 0)
         disk = "SDB1";
+    else if (place < text.size())
+        disk = Field(text.substr(text.rfind('\r', place) + 1), 1);
+    machine.WriteFile("/Application Support/Brackwater Utilties Support/BSDLookup", text);
     Dictionary row;
     ResolveVolume(row, disk);
     Expect(row.Value("BSD").StringValue() == disk);

@@ -25,6 +25,22 @@ double NumberByLibrary(const std::string& text) {
     return std::strtod(text.substr(start, end - start).c_str(), nullptr);
 }
 
+/// Any bytes, or characters some of which equal each other without regard to case although they
+/// differ in length, in between digits and separators.
+std::string AnyText(FuzzedDataProvider& input, std::size_t most) {
+    constexpr const char* pieces[] = {"k", "K",      "\u212A", "s",      "S",      "\u017F",
+                                      "i", "I",      "\u0130", "\u0131", "\u00DF", "\xFF",
+                                      ":", "\u00E9", "7",      "."};
+    const bool isRaw = input.ConsumeBool();
+    const std::string bytes = input.ConsumeRandomLengthString(most);
+    if (isRaw)
+        return bytes;
+    std::string text;
+    for (const char byte : bytes)
+        text += pieces[static_cast<unsigned char>(byte) % std::size(pieces)];
+    return text;
+}
+
 void CheckNumbers(FuzzedDataProvider& input, const std::string& text) {
     const double value = Val(text);
     Expect(!std::isnan(value) && value == NumberByLibrary(text));
@@ -33,6 +49,8 @@ void CheckNumbers(FuzzedDataProvider& input, const std::string& text) {
     const auto whole = input.ConsumeIntegral<std::int32_t>();
     Expect(Val(Str(whole)) == whole && Variant(Str(whole)).Int32Value() == whole);
 
+    const double tie = whole / 2 + (whole < 0 ? -0.5 : 0.5);
+    Expect(Val(Format(tie, "0")) == (whole < 0 ? std::floor(tie) : std::ceil(tie)));
     const double number = input.ConsumeBool() ? value : input.ConsumeFloatingPoint<double>();
     const int places = input.ConsumeIntegralInRange(0, 20);
     const std::string mask = "#0." + std::string(static_cast<std::size_t>(places), '0');
@@ -108,11 +126,11 @@ void CheckCharacters(const std::string& text, std::size_t bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzedDataProvider input(data, size);
     const auto bytes = input.ConsumeIntegralInRange<std::size_t>(0, 300);
-    const std::string find = input.ConsumeRandomLengthString(8);
-    const std::string text = input.ConsumeRandomLengthString(400);
+    const std::string find = AnyText(input, 8);
+    const std::string text = AnyText(input, 400);
     CheckFields(text, find);
     CheckCase(text, find);
-    CheckCase(find, input.ConsumeRandomLengthString(8));
+    CheckCase(find, AnyText(input, 8));
     CheckCharacters(text, bytes);
     CheckNumbers(input, text);
     return 0;
