@@ -4,10 +4,21 @@ target_include_directories(kqu_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(kqu_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef
-  -Wduplicated-cond -Wduplicated-branches -Wlogical-op
   -fno-fast-math -ffp-contract=off)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(kqu_options INTERFACE
+    -Wduplicated-cond -Wduplicated-branches -Wlogical-op)
+else()
+  # It minds what the macros of sd-bus are made of.
+  target_compile_options(kqu_options INTERFACE -Wno-c99-extensions)
+endif()
 if(KQU_WARNINGS_AS_ERRORS)
   target_compile_options(kqu_options INTERFACE -Werror)
+endif()
+if(KQU_FUZZ)
+  set(KQU_SANITIZE ON)
+  # What tells the fuzzer where an input led; the fuzzer itself is linked to its targets alone.
+  target_compile_options(kqu_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 if(KQU_SANITIZE)
   set(KQU_SANITIZERS -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all
