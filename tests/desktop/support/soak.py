@@ -1,0 +1,104 @@
+"""A long life in short: floods of updates over rows that come and go, and what the program holds in
+the course of it, as the kernel and the X server count it."""
+
+import dataclasses
+import re
+import subprocess
+import time
+
+from support.panel import ROW
+from support.waiting import wait_until
+
+# Rows whose processes end and are followed by new ones, at each change.
+CHANGED_ROWS = 2
+
+
+@dataclasses.dataclass(frozen=True)
+class Sample:
+    updates: int
+    resident_kib: int
+    descriptors: int
+    threads: int
+    windows: int
+    pixmaps: int
+    contexts: int
+    others: int
+
+    def counts(self):
+        """All that must not grow by one."""
+        return dataclasses.astuple(self)[2:]
+
+
+def x_resources(desktop):
+    """Windows, pixmaps, graphics contexts and all else that the X server keeps for the program."""
+    told = desktop.output("xrestop", "-b", "-m", "1")
+    for client in re.split(r"^\d+ - ", told, flags=re.MULTILINE):
+        if client.startswith("Brackwater"):
+            counts = dict(re.findall(r"^\t(\w[\w ]*?)\s*: (\d+)$", client, re.MULTILINE))
+            named = [int(counts.pop(name)) for name in ("windows", "pixmaps", "GCs")]
+            others = sum(int(counts[name]) for name in counts
+                         if not name.startswith("res_") and not name.endswith("bytes"))
+            return *named, others
+    raise AssertionError(f"the X server knows no such client: {told}")
+
+
+class Soak:
+    """A life of `updates` updates over `rows` rows on this desktop, on which the program listens."""
+
+    def __init__(self, desktop, updates, rows=20, burst=2500, bursts_between_changes=8):
+        self.desktop, self.updates, self.rows = desktop, updates, rows
+        self.burst, self.bursts_between_changes = burst, bursts_between_changes
+        self.posted = self.changes = 0
+        self.jobs = {}
+        self.samples = []
+
+    def _add_rows(self):
+        while len(self.jobs) < self.rows:
+            self.jobs[f"KQS_disk.{self.changes}.{len(self.jobs)}"] = self.desktop.start_job()
+        self.changes += 1
+
+    def _end_rows(self):
+        # The panel has to lose them before new ones come, or their number would prove nothing.
+        for name in list(self.jobs)[:CHANGED_ROWS]:
+            self.desktop.end_job(self.jobs.pop(name))
+        self.wait_rows()
+
+    def wait_rows(self):
+        self.desktop.panel.wait_height(len(self.jobs) * ROW)
+
+    def _post(self, count):
+        rows = [f"{name}={job.pid}" for name, job in self.jobs.items()]
+        flood = self.desktop.build / "tests" / "kqu_flood"
+        subprocess.run([flood, self.desktop.session_bus.address, str(self.posted), str(count), *rows],
+                       env=self.desktop.env, check=True, timeout=300)
+        self.posted += count
+
+    def _sample(self):
+        facts = self.desktop.messenger_facts()
+        # A command that is being started holds a pipe, and for a moment it is a copy of the program.
+        wait_until("a moment without a command", lambda: not facts.children())
+        return Sample(self.posted, facts.resident_kib(), len(facts.descriptors()),
+                      int(facts.field("Threads")), *x_resources(self.desktop))
+
+    def run(self, tell=lambda sample: None):
+        """Fills `samples`, one for each change of rows, and hands each to `tell`."""
+        self._add_rows()
+        while self.posted < self.updates:
+            for _ in range(self.bursts_between_changes):
+                self._post(min(self.burst, max(self.updates - self.posted, 1)))
+                # Long enough for the panel to be repainted with the texts of this burst.
+                time.sleep(0.55)
+            self.wait_rows()
+            self.samples.append(self._sample())
+            tell(self.samples[-1])
+            self._end_rows()
+            self._add_rows()
+
+    def growth(self, warm_up):
+        """By how many KiB the memory grew after that many updates, and the counts that grew."""
+        warm = [sample for sample in self.samples if sample.updates >= warm_up]
+        first, last = warm[0], warm[1:]
+        names = [field.name for field in dataclasses.fields(Sample)][2:]
+        grown = [name for index, name in enumerate(names)
+                 if min(sample.counts()[index] for sample in last) > first.counts()[index]]
+        return max(sample.resident_kib for sample in last) - first.resident_kib, grown
