@@ -39,7 +39,7 @@ class Flood(DesktopTest):
             self.desktop.pointer.move(*place)
             return self.panel.geometry() != before
 
-        wait_until("the panel to follow the pointer", follows, 5)
+        wait_until("the panel to follow the pointer", follows)
         self.desktop.pointer.release()
 
     def row_pixels(self, seen, index):

@@ -1,14 +1,25 @@
-"""A long life in short: floods of updates over rows that come and go, and what the program holds in
-the course of it, as the kernel and the X server count it."""
+#!/usr/bin/python3
+"""A soak from outside: the real program of the build in KQU_BUILD, by default the release preset's,
+on a private desktop, under a million updates of the three tools over twenty rows, with new texts
+each and rows that come and go. Fails when its resident memory grows by more than 1 MiB after the
+warm-up, or when its descriptors, threads or X resources become more."""
 
+import argparse
 import dataclasses
+import pathlib
 import re
 import subprocess
+import sys
 import time
 
-from support.panel import ROW
-from support.waiting import wait_until
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+sys.path.insert(0, str(ROOT / "tests" / "desktop"))
 
+# pylint: disable=wrong-import-position
+from support import Desktop, wait_until  # noqa: E402
+from support.panel import ROW  # noqa: E402
+
+MOST_GROWTH_KIB = 1024
 # Rows whose processes end and are followed by new ones, at each change.
 CHANGED_ROWS = 2
 # On a busy machine listing the processes takes so long that the reaper's passes overlap, each after
@@ -80,7 +91,7 @@ class Soak:
 
     def _post(self, count):
         rows = [f"{name}={job.pid}" for name, job in self.jobs.items()]
-        flood = self.desktop.build / "tests" / "kqu_flood"
+        flood = self.desktop.build / "bench" / "kqu_flood"
         subprocess.run([flood, self.desktop.session_bus.address, str(self.posted), str(count), *rows],
                        env=self.desktop.env, check=True, timeout=300)
         self.posted += count
@@ -118,3 +129,34 @@ class Soak:
         grown = [name for index, name in enumerate(names)
                  if min(sample.counts()[index] for sample in last) > first.counts()[index]]
         return max(sample.resident_kib for sample in last) - first.resident_kib, grown
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--updates", type=int, default=1_000_000)
+    parser.add_argument("--rows", type=int, default=20)
+    parser.add_argument("--warm-up", type=float, default=0.05, help="share of the updates")
+    options = parser.parse_args()
+    desktop = Desktop(screen=(1024, 74 * options.rows + 60))
+    began = time.monotonic()
+
+    def tell(values):
+        print(f"{time.monotonic() - began:7.0f}", *(f"{value!s:>12}" for value in values), flush=True)
+
+    try:
+        desktop.start_messenger()
+        desktop.wait_listening()
+        print("seconds", *(f"{field.name:>12}" for field in dataclasses.fields(Sample)))
+        soak = Soak(desktop, options.updates, options.rows)
+        soak.run(lambda sample: tell(dataclasses.astuple(sample)))
+        growth, grown = soak.growth(options.updates * options.warm_up)
+        printed = desktop.messenger_output()
+    finally:
+        desktop.stop()
+    print(f"resident memory: {growth:+d} KiB at most after the warm-up; "
+          f"grown counts: {', '.join(grown) or 'none'}; printed: {printed or 'nothing'}")
+    return 1 if growth > MOST_GROWTH_KIB or grown or printed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
