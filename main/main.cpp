@@ -17,6 +17,7 @@
 
 #include <cstdio>
 #include <malloc.h>
+#include <memory>
 #include <vector>
 
 // The program: the real platform, the framework's runtime on top of it, and the application object.
@@ -49,11 +50,17 @@ int RunOn(platform::X11WindowSystem& windows, platform::SignalSource& signals) {
     return app.Run();
 }
 
+std::unique_ptr<platform::X11WindowSystem> OpenDisplay() {
+    // A server that hangs says nothing, for as long as it likes.
+    const platform::EndingAtOnce whenAsked;
+    return platform::X11WindowSystem::Open();
+}
+
 int Run() {
     // To be asked to terminate is to have the panel closed. From the first moment to the last: what
     // comes while the program opens or ends must not kill it.
     static platform::SignalSource signals([] { Application::Current().Close(); });
-    const auto windows = platform::X11WindowSystem::Open();
+    const auto windows = OpenDisplay();
     if (!windows) {
         std::fputs("kqu-messenger: no X display can be opened\n", stderr);
         return noDisplay;

@@ -18,7 +18,7 @@ class Screenshot:
     """Pixels as 0xRRGGBB, the origin at the top left."""
 
     def __init__(self, width, height, rgb):
-        self.width, self.height, self._rgb = width, height, rgb
+        self.width, self.height, self.rgb = width, height, rgb
 
     @classmethod
     def take(cls, window=None, env=None):
@@ -34,8 +34,11 @@ class Screenshot:
         header_size, version, pixmap_format = header[0], header[1], header[2]
         width, height, byte_order = header[4], header[5], header[7]
         bits, line_bytes, colours = header[11], header[12], header[19]
-        if version != XWD_VERSION or pixmap_format != XWD_Z_PIXMAP or bits != 32:
-            raise ValueError("only 32-bit window dumps of version 7 are read")
+        if version != XWD_VERSION or pixmap_format != XWD_Z_PIXMAP or bits not in (16, 32):
+            raise ValueError("only window dumps of version 7 with 16 or 32 bits are read")
+        if bits == 16:
+            dump, line_bytes = cls._widened(dump, header), 4 * width
+            byte_order, header_size, colours = 1, 0, 0
         red, green, blue = (1, 2, 3) if byte_order else (2, 1, 0)
         rgb = bytearray(3 * width * height)
         start = header_size + colours * XWD_COLOUR_BYTES
@@ -47,31 +50,43 @@ class Screenshot:
             rgb[out] = pixels
         return cls(width, height, bytes(rgb))
 
+    @staticmethod
+    def _widened(dump, header):
+        """The lines of a dump of 5, 6 and 5 bits as 32-bit pixels, most significant byte first."""
+        start = header[0] + header[19] * XWD_COLOUR_BYTES
+        order = ">" if header[7] else "<"
+        wide = bytearray()
+        for y in range(header[5]):
+            line = struct.unpack_from(f"{order}{header[4]}H", dump, start + y * header[12])
+            wide += b"".join(bytes((0, pixel >> 8 & 0xF8, pixel >> 3 & 0xFC, pixel << 3 & 0xF8))
+                             for pixel in line)
+        return bytes(wide)
+
     def pixel(self, x, y):
         if not (0 <= x < self.width and 0 <= y < self.height):
             raise IndexError(f"({x}, {y}) is outside of {self.width} x {self.height}")
         at = 3 * (y * self.width + x)
-        return int.from_bytes(self._rgb[at:at + 3], "big")
+        return int.from_bytes(self.rgb[at:at + 3], "big")
 
     def crop(self, x, y, width, height):
         if x < 0 or y < 0 or x + width > self.width or y + height > self.height:
             raise IndexError(f"{width} x {height} at ({x}, {y}) is outside of "
                              f"{self.width} x {self.height}")
-        lines = (self._rgb[3 * (row * self.width + x):3 * (row * self.width + x + width)]
+        lines = (self.rgb[3 * (row * self.width + x):3 * (row * self.width + x + width)]
                  for row in range(y, y + height))
         return Screenshot(width, height, b"".join(lines))
 
     def colours(self):
         """How many pixels each colour has."""
         counts = {}
-        for at in range(0, len(self._rgb), 3):
-            colour = self._rgb[at:at + 3]
+        for at in range(0, len(self.rgb), 3):
+            colour = self.rgb[at:at + 3]
             counts[colour] = counts.get(colour, 0) + 1
         return {int.from_bytes(colour, "big"): count for colour, count in counts.items()}
 
     def __eq__(self, other):
-        return ((self.width, self.height, self._rgb) ==
-                (other.width, other.height, other._rgb))
+        return ((self.width, self.height, self.rgb) ==
+                (other.width, other.height, other.rgb))
 
     def save(self, path):
         def chunk(kind, data):
@@ -79,7 +94,7 @@ class Screenshot:
             return struct.pack(">I", len(data)) + body + struct.pack(">I", zlib.crc32(body))
 
         stride = 3 * self.width
-        lines = b"".join(b"\0" + self._rgb[y * stride:(y + 1) * stride] for y in range(self.height))
+        lines = b"".join(b"\0" + self.rgb[y * stride:(y + 1) * stride] for y in range(self.height))
         header = struct.pack(">IIBBBBB", self.width, self.height, 8, 2, 0, 0, 0)
         os.makedirs(os.path.dirname(os.path.abspath(path)), exist_ok=True)
         with open(path, "wb") as file:

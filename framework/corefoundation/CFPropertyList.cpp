@@ -23,8 +23,8 @@ namespace kqu {
 namespace {
 /// The library does not expect one.
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-/// In bytes; preference files have a hundredth of it.
-constexpr std::size_t largestList = std::size_t{16} << 20U;
+/// In bytes. Padding costs no more than its reading, but the library counts in 32 bits.
+constexpr std::size_t largestList = std::size_t{256} << 20U;
 
 using Node = std::unique_ptr<void, platform::CDeleter<plist_free>>;
 using CText = std::unique_ptr<char, platform::CDeleter<std::free>>;

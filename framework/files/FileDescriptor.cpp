@@ -13,7 +13,7 @@ namespace kqu {
 namespace {
 constexpr mode_t newFileMode = 0644;
 constexpr std::size_t readPiece = 64 * 1024;
-constexpr std::size_t longestRead = std::size_t{64} << 20U;
+constexpr std::size_t longestRead = std::size_t{256} << 20U;
 } // namespace
 
 FileDescriptor::FileDescriptor(const std::filesystem::path& path, Access access) {

@@ -13,8 +13,11 @@ namespace kqu::platform {
 namespace {
 /// The counter that the signal handler raises; -1 while there is no source.
 volatile std::sig_atomic_t raised = -1;
+volatile std::sig_atomic_t endsAtOnce = 0;
 
 void Raise(int /*signal*/) {
+    if (endsAtOnce != 0)
+        _exit(0);
     const int error = errno;
     constexpr std::uint64_t one = 1;
     // A counter that is full says all that is to be said.
@@ -56,6 +59,14 @@ bool SignalSource::Collect(EventQueue& queue) {
     if (read(raised, &count, sizeof count) == sizeof count)
         queue.Post(terminate_);
     return false;
+}
+
+EndingAtOnce::EndingAtOnce() {
+    endsAtOnce = 1;
+}
+
+EndingAtOnce::~EndingAtOnce() {
+    endsAtOnce = 0;
 }
 
 } // namespace kqu::platform

@@ -34,4 +34,14 @@ class SignalSource final : public EventSource {
     std::array<struct sigaction, signals.size()> former_{};
 };
 
+/// While it lives, a request to terminate ends the process at once and with status 0: for waits
+/// without a loop, as long as there is nothing to be lost.
+class EndingAtOnce {
+  public:
+    EndingAtOnce();
+    ~EndingAtOnce();
+    EndingAtOnce(const EndingAtOnce&) = delete;
+    EndingAtOnce& operator=(const EndingAtOnce&) = delete;
+};
+
 } // namespace kqu::platform

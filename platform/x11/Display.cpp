@@ -114,18 +114,26 @@ void Display::DeleteProperty(xcb_window_t window, xcb_atom_t property) const {
     xcb_delete_property(Connection(), window, property);
 }
 
-std::vector<std::uint32_t> Display::Words(xcb_window_t window, xcb_atom_t property,
-                                          xcb_atom_t type) const {
-    const auto cookie = xcb_get_property(Connection(), 0, window, property, type, 0, mostWords);
-    const CPointer<xcb_get_property_reply_t, std::free> reply(
-        xcb_get_property_reply(Connection(), cookie, nullptr));
-    if (!reply || reply->type != type || reply->format != 32)
+xcb_get_property_cookie_t Display::AskForWords(xcb_window_t window, xcb_atom_t property,
+                                               xcb_atom_t type) const {
+    return xcb_get_property(Connection(), 0, window, property, type, 0, mostWords);
+}
+
+std::vector<std::uint32_t> Display::WordsOf(const xcb_get_property_reply_t* reply,
+                                            xcb_atom_t type) {
+    if (reply == nullptr || reply->type != type || reply->format != 32)
         return {};
     std::vector<std::uint32_t> words(reply->value_len);
     if (!words.empty())
-        std::memcpy(words.data(), xcb_get_property_value(reply.get()),
-                    words.size() * sizeof words[0]);
+        std::memcpy(words.data(), xcb_get_property_value(reply), words.size() * sizeof words[0]);
     return words;
+}
+
+std::vector<std::uint32_t> Display::Words(xcb_window_t window, xcb_atom_t property,
+                                          xcb_atom_t type) const {
+    const CPointer<xcb_get_property_reply_t, std::free> reply(
+        xcb_get_property_reply(Connection(), AskForWords(window, property, type), nullptr));
+    return WordsOf(reply.get(), type);
 }
 
 void Display::SendToManager(xcb_window_t window, AtomName type,
@@ -141,15 +149,6 @@ void Display::SendToManager(xcb_window_t window, AtomName type,
     xcb_send_event(Connection(), 0, Root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    bytes.data());
-}
-
-std::optional<Point> Display::OriginOnRoot(xcb_window_t window) const {
-    const auto cookie = xcb_translate_coordinates(Connection(), window, Root(), 0, 0);
-    const CPointer<xcb_translate_coordinates_reply_t, std::free> reply(
-        xcb_translate_coordinates_reply(Connection(), cookie, nullptr));
-    if (!reply)
-        return std::nullopt;
-    return Point{reply->dst_x, reply->dst_y};
 }
 
 } // namespace kqu::platform

@@ -43,15 +43,18 @@ class Display {
     void SetText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
                  std::string_view text) const;
     void DeleteProperty(xcb_window_t window, xcb_atom_t property) const;
-    /// The 32-bit items of a property, in one round trip; nothing if it is absent or of another
-    /// type.
+    /// Asks for a property of 32-bit items.
+    [[nodiscard]] xcb_get_property_cookie_t AskForWords(xcb_window_t window, xcb_atom_t property,
+                                                        xcb_atom_t type) const;
+    /// The items that an answer holds; nothing if there is none or it is of another type.
+    [[nodiscard]] static std::vector<std::uint32_t> WordsOf(const xcb_get_property_reply_t* reply,
+                                                            xcb_atom_t type);
+    /// Both in one round trip.
     [[nodiscard]] std::vector<std::uint32_t> Words(xcb_window_t window, xcb_atom_t property,
                                                    xcb_atom_t type) const;
     /// Sends a client message on `window` to whoever manages the root window, as EWMH has it.
     void SendToManager(xcb_window_t window, AtomName type,
                        const std::array<std::uint32_t, 5>& words) const;
-    /// Where the window's top left is on the root window, in one round trip.
-    [[nodiscard]] std::optional<Point> OriginOnRoot(xcb_window_t window) const;
 
   private:
     using Connected = CPointer<xcb_connection_t, xcb_disconnect>;

@@ -70,6 +70,14 @@ X11Window::~X11Window() {
     system_.Forget(id_.value);
 }
 
+void X11Window::Ask(unsigned int sequence, Questions::Answer answer) {
+    system_.Ask(sequence,
+                [alive = std::weak_ptr(alive_), answer = std::move(answer)](const void* reply) {
+                    if (!alive.expired())
+                        answer(reply);
+                });
+}
+
 void X11Window::SetTitle(std::string_view title) {
     newTitle_ = title;
 }

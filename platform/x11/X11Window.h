@@ -5,6 +5,7 @@
 #include "platform/x11/Display.h"
 #include "platform/x11/EchoFilter.h"
 #include "platform/x11/PointArithmetic.h"
+#include "platform/x11/Questions.h"
 #include "platform/x11/WindowHints.h"
 #include "platform/x11/WindowSurface.h"
 #include "platform/x11/X11Event.h"
@@ -74,10 +75,19 @@ class X11Window final : public NativeWindow {
         Size size;
     };
 
+    struct PlaceQuestion {
+        unsigned int sequence;
+        /// Where the window was thought to be when it was asked.
+        Point actual;
+    };
+
     struct Drag {
         Point pointerAtStart;
         Point placeAtStart;
     };
+
+    /// Asks the server; the answer is dropped with the window.
+    void Ask(unsigned int sequence, Questions::Answer answer);
 
     // Changes that wait for Commit.
     void CommitProperties();
@@ -91,13 +101,15 @@ class X11Window final : public NativeWindow {
     void OnMapped();
     void OnUnmapped();
     void OnProperty(xcb_atom_t property);
+    void OnState(std::uint32_t state);
 
     // Geometry.
     [[nodiscard]] Rect WantedOnRoot() const;
     void CommitGeometry(Moment now);
     void Configure(const Rect& onRoot, std::uint16_t which) const;
     void OnConfigured(const X11Event& event);
-    [[nodiscard]] bool CheckPlace(Moment now);
+    void AskForPlace();
+    void OnPlaceAnswered(const xcb_translate_coordinates_reply_t* reply);
     [[nodiscard]] bool TakePlace(Point onRoot, Moment now);
     [[nodiscard]] bool TakeSize(Size size, Moment now);
     [[nodiscard]] bool SettleGeometry(Moment now);
@@ -157,6 +169,7 @@ class X11Window final : public NativeWindow {
     Moment withdrawnAtLatest_{};
     std::optional<Moment> repaintAt_;
     std::optional<Moment> placeCheckAt_;
+    std::optional<PlaceQuestion> placeAsked_;
     bool duePosted_ = false;
 
     // The user's hand.

@@ -75,12 +75,28 @@ void X11Window::OnConfigured(const X11Event& event) {
         TellContent();
 }
 
-bool X11Window::CheckPlace(Moment now) {
+void X11Window::AskForPlace() {
     placeCheckAt_.reset();
-    const auto place = display_.OriginOnRoot(id_.value);
-    const bool moved = place && TakePlace(*place, now);
+    const unsigned int question =
+        xcb_translate_coordinates(display_.Connection(), id_.value, display_.Root(), 0, 0).sequence;
+    placeAsked_ = PlaceQuestion{question, place_.Actual()};
+    Ask(question, [this, question](const void* reply) {
+        if (placeAsked_ && placeAsked_->sequence == question)
+            OnPlaceAnswered(static_cast<const xcb_translate_coordinates_reply_t*>(reply));
+    });
+}
+
+void X11Window::OnPlaceAnswered(const xcb_translate_coordinates_reply_t* reply) {
+    const Moment now = std::chrono::steady_clock::now();
+    // A place that was told since may be the younger one.
+    if (std::exchange(placeAsked_, {})->actual != place_.Actual()) {
+        placeCheckAt_ = now + settleTime;
+        return;
+    }
+    const bool moved = reply != nullptr && TakePlace({reply->dst_x, reply->dst_y}, now);
     answersMap_ = false;
-    return moved;
+    if (moved)
+        TellContent();
 }
 
 bool X11Window::TakePlace(Point onRoot, Moment now) {
@@ -170,8 +186,9 @@ void X11Window::HandleDue() {
         RepaintAfterResize();
     const std::weak_ptr<const bool> alive = alive_;
     if (mapping_ == Mapping::Up) {
-        const bool moved = placeCheckAt_ && now >= *placeCheckAt_ && CheckPlace(now);
-        if (SettleGeometry(now) || moved)
+        if (placeCheckAt_ && now >= *placeCheckAt_)
+            AskForPlace();
+        if (SettleGeometry(now))
             TellContent();
     }
     if (!alive.expired() && std::exchange(releaseOwed_, false))

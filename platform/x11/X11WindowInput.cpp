@@ -78,6 +78,7 @@ void X11Window::TakeHold(Point contentOnRoot) {
     // Wherever the manager put the window when it was mapped: from the moment that the user takes
     // hold of it, its real place counts.
     answersMap_ = false;
+    placeAsked_.reset();
     const bool isMoved = contentOnRoot != place_.Believed();
     place_.Assume(contentOnRoot);
     if (!isMoved)

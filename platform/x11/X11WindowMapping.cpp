@@ -42,6 +42,7 @@ void X11Window::Map() {
     awaitsMap_ = true;
     answersMap_ = true;
     placeCheckAt_.reset();
+    placeAsked_.reset();
 }
 
 void X11Window::Withdraw(Moment now) {
@@ -60,6 +61,7 @@ void X11Window::Withdraw(Moment now) {
     withdrawnAtLatest_ = now + withdrawalLimit;
     repaintAt_.reset();
     placeCheckAt_.reset();
+    placeAsked_.reset();
     // Nothing that is still owed is waited for: an unseen window wakes nobody.
     place_.StopWaiting();
     size_.StopWaiting();
@@ -91,21 +93,27 @@ void X11Window::OnUnmapped() {
 }
 
 void X11Window::OnProperty(xcb_atom_t property) {
-    const xcb_atom_t state = display_.Atom(AtomName::WmState);
-    const xcb_atom_t netState = display_.Atom(AtomName::NetWmState);
-    if (property == state) {
-        const auto words = display_.Words(id_.value, state, state);
-        const std::uint32_t value =
-            words.empty() ? std::uint32_t{XCB_ICCCM_WM_STATE_WITHDRAWN} : words.front();
-        isIconic_ = value == XCB_ICCCM_WM_STATE_ICONIC;
-        isManaged_ = value != XCB_ICCCM_WM_STATE_WITHDRAWN;
-        if (!isManaged_)
-            FinishWithdrawing();
-    } else if (property == netState) {
-        const auto words = display_.Words(id_.value, netState, XCB_ATOM_ATOM);
-        isHidden_ = std::find(words.begin(), words.end(),
-                              display_.Atom(AtomName::NetWmStateHidden)) != words.end();
-    }
+    const bool isState = property == display_.Atom(AtomName::WmState);
+    if (!isState && property != display_.Atom(AtomName::NetWmState))
+        return;
+    const xcb_atom_t type = isState ? property : xcb_atom_t{XCB_ATOM_ATOM};
+    Ask(display_.AskForWords(id_.value, property, type).sequence, [this, isState,
+                                                                   type](const void* reply) {
+        const auto words =
+            Display::WordsOf(static_cast<const xcb_get_property_reply_t*>(reply), type);
+        if (isState)
+            OnState(words.empty() ? std::uint32_t{XCB_ICCCM_WM_STATE_WITHDRAWN} : words.front());
+        else
+            isHidden_ = std::find(words.begin(), words.end(),
+                                  display_.Atom(AtomName::NetWmStateHidden)) != words.end();
+    });
+}
+
+void X11Window::OnState(std::uint32_t state) {
+    isIconic_ = state == XCB_ICCCM_WM_STATE_ICONIC;
+    isManaged_ = state != XCB_ICCCM_WM_STATE_WITHDRAWN;
+    if (!isManaged_)
+        FinishWithdrawing();
 }
 
 } // namespace kqu::platform

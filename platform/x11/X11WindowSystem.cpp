@@ -5,6 +5,7 @@
 #include "platform/x11/Monitors.h"
 #include "platform/x11/PointArithmetic.h"
 #include "platform/x11/PointerState.h"
+#include "platform/x11/Questions.h"
 #include "platform/x11/X11Event.h"
 #include "platform/x11/X11Window.h"
 
@@ -57,7 +58,8 @@ std::unique_ptr<X11WindowSystem> X11WindowSystem::Open() {
 X11WindowSystem::X11WindowSystem(std::unique_ptr<Display> display)
     : display_(std::move(display)),
       monitors_(std::make_unique<Monitors>(*display_)),
-      pointer_(std::make_unique<PointerState>(*display_)) {}
+      pointer_(std::make_unique<PointerState>(*display_)),
+      questions_(std::make_unique<Questions>(*display_)) {}
 
 X11WindowSystem::~X11WindowSystem() = default;
 
@@ -97,6 +99,10 @@ bool X11WindowSystem::IsButtonDownNow() {
     return pointer_->PrimaryButtonDown();
 }
 
+void X11WindowSystem::Ask(unsigned int sequence, Questions::Answer answer) {
+    questions_->Ask(sequence, std::move(answer));
+}
+
 X11Window* X11WindowSystem::Find(std::uint32_t window) const {
     const auto found = windows_.find(window);
     return found == windows_.end() ? nullptr : found->second;
@@ -120,6 +126,7 @@ bool X11WindowSystem::Collect(EventQueue& queue) {
     pointer_->Forget();
     display_->Flush();
     const bool more = CollectEvents(queue);
+    questions_->Collect(queue);
     const Moment now = std::chrono::steady_clock::now();
     for (const auto& [id, window] : windows_)
         if (window->TakeDue(now))

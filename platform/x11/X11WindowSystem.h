@@ -15,6 +15,7 @@ namespace kqu::platform {
 class Display;
 class Monitors;
 class PointerState;
+class Questions;
 class X11Window;
 struct X11Event;
 
@@ -49,6 +50,8 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     [[nodiscard]] Point PointerOnRoot();
     /// The same as PrimaryButtonDown, asked anew.
     [[nodiscard]] bool IsButtonDownNow();
+    /// Has the answer to a question that was sent handed over from the loop.
+    void Ask(unsigned int sequence, std::function<void(const void* reply)> answer);
     [[nodiscard]] X11Window* Find(std::uint32_t window) const;
     void Forget(std::uint32_t window) { windows_.erase(window); }
 
@@ -60,6 +63,7 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     std::unique_ptr<Display> display_;
     std::unique_ptr<Monitors> monitors_;
     std::unique_ptr<PointerState> pointer_;
+    std::unique_ptr<Questions> questions_;
     std::map<std::uint32_t, X11Window*> windows_;
     std::function<void()> displayLost_;
     bool isLost_ = false;

@@ -1,6 +1,10 @@
 """The display: what happens when there is none, and when it goes away."""
 
+import os
+import signal
+
 from support import DesktopTest
+from support.waiting import wait_until
 
 
 class Display(DesktopTest):
@@ -16,8 +20,22 @@ class Display(DesktopTest):
                 self.assertTrue(lines[0].strip())
                 self.desktop.messenger.log.unlink()
 
-    def test_a_display_that_goes_away_closes_the_panel_quietly(self):
+    def test_a_display_that_is_killed_closes_the_panel_quietly(self):
         self.desktop.start_messenger()
-        self.desktop.processes.end(self.desktop.xserver)
-        self.assertEqual(self.desktop.wait_exit(), 0)
+        self.desktop.wait_listening()
+        self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
+        self.panel.wait_visible()
+        self.desktop.processes.end(self.desktop.xserver, signal.SIGKILL)
+        self.assertEqual(self.desktop.wait_exit(5), 0)
         self.assertEqual(self.desktop.messenger_output(), "")
+
+    def test_while_the_display_is_opened_a_request_to_terminate_is_heard(self):
+        self.desktop.xserver.send_signal(signal.SIGSTOP)
+        self.desktop.launch_messenger()
+        facts = self.desktop.messenger_facts()
+        wait_until("the program to ask the display", lambda: any(
+            "socket" in target for target in facts.descriptors().values()))
+        self.desktop.messenger.terminate()
+        self.assertEqual(self.desktop.wait_exit(5), 0)
+        self.assertEqual(self.desktop.messenger_output(), "")
+        self.desktop.xserver.send_signal(signal.SIGCONT)

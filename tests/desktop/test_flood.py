@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import signal
 import time
 
 from support import DesktopTest
@@ -38,7 +39,7 @@ class Flood(DesktopTest):
             self.desktop.pointer.move(*place)
             return self.panel.geometry() != before
 
-        wait_until("the panel to follow the pointer", follows, 5)
+        wait_until("the panel to follow the pointer", follows)
         self.desktop.pointer.release()
 
     def row_pixels(self, seen, index):
@@ -64,9 +65,27 @@ class Flood(DesktopTest):
         self.assertGreater(drags, 1)
 
         self.finish(self.start_flood(500))
+        self.wait_last_values(499)
+        wait_until("the memory to be back", lambda: facts.resident_kib() - before < 1024, 5)
+        self.assertEqual(self.desktop.messenger_output(), "")
+
+    def test_one_that_stands_still_blocks_nobody_and_catches_up(self):
+        self.desktop.start_messenger()
+        self.desktop.wait_listening()
+        self.finish(self.start_flood(1))
+        self.panel.wait_height(SENDERS * ROW)
+        stopped = time.monotonic()
+        self.desktop.messenger.send_signal(signal.SIGSTOP)
+        self.finish(self.start_flood(1000))
+        time.sleep(max(0, stopped + 10 - time.monotonic()))
+        self.desktop.messenger.send_signal(signal.SIGCONT)
+        self.wait_last_values(999)
+        self.assertEqual(self.desktop.messenger_output(), "")
+
+    def wait_last_values(self, last):
         # One row that was told the last values alone, without a flood, beside those that were.
         self.desktop.post("KQS_disk.alone", "scanner", PID=os.getpid(), Progress=1000,
-                          Item="item 499")
+                          Item=f"item {last}")
         self.panel.wait_height((SENDERS + 1) * ROW)
 
         def all_alike(seen):
@@ -74,5 +93,3 @@ class Flood(DesktopTest):
             return all(self.row_pixels(seen, index) == alone for index in range(0, SENDERS, 2))
 
         self.panel.wait_pixels("every second row to look like the last one", all_alike, 5)
-        wait_until("the memory to be back", lambda: facts.resident_kib() - before < 1024, 5)
-        self.assertEqual(self.desktop.messenger_output(), "")

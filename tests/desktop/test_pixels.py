@@ -47,6 +47,20 @@ class Pixels(DesktopTest):
         self.assertEqual(self.panel.geometry().height, len(ROWS) * ROW)
 
 
+class PixelsOfSixteenBits(Pixels):
+    options = {"window_manager": None, "screen": (800, 600, 16)}
+
+    def off_screen(self, rows, height):
+        """The nearest colours that such a screen has, of 5, 6 and 5 bits."""
+        full = super().off_screen(rows, height)
+        rgb = bytearray(full.rgb)
+        for channel, bits in enumerate((5, 6, 5)):
+            levels = bytes(((value * ((1 << bits) - 1) + 127) // 255) << (8 - bits)
+                           for value in range(256))
+            rgb[channel::3] = rgb[channel::3].translate(levels)
+        return Screenshot(full.width, full.height, bytes(rgb))
+
+
 class PixelsOnASmallScreen(Pixels):
     options = {"window_manager": None, "screen": (1024, 300)}
 

@@ -1,6 +1,7 @@
 """Private message buses, and the stand-in for logind on one of them."""
 
 import os
+import signal
 
 import dbus
 import dbus.bus
@@ -68,12 +69,12 @@ class Bus:
             return False
         return True
 
-    def stop(self):
+    def stop(self, with_signal=signal.SIGTERM):
         if self._connection is not None:
             self._connection.close()
             self._connection = None
         if self._daemon is not None:
-            self._processes.end(self._daemon)
+            self._processes.end(self._daemon, with_signal)
             self._daemon = None
 
     def connection(self):
@@ -122,10 +123,10 @@ class Logind:
         return [tuple(str(part) for part in lock[:4])
                 for lock in self._interface(self.MANAGER).ListInhibitors()]
 
-    def emit(self, signal, signature, *values):
+    def emit(self, name, signature, *values):
         """For example emit("PrepareForSleep", "b", True)."""
         self._interface("org.freedesktop.DBus.Mock").EmitSignal(
-            self.MANAGER, signal, signature, dbus.Array(values, signature="v"))
+            self.MANAGER, name, signature, dbus.Array(values, signature="v"))
 
     def set_properties(self, **values):
         self._interface("org.freedesktop.DBus.Mock").UpdateProperties(

@@ -31,7 +31,7 @@ def settled_user():
 
 class Desktop:
     """An X server, a window manager ("openbox", "icewm" or None), a session bus and a system bus.
-    Buses can be left out; `logind` adds the stand-in for logind to the system bus."""
+    The screen may be given a third number, its depth. Buses can be left out; `logind` adds the stand-in for logind to the system bus."""
 
     def __init__(self, screen=(1024, 768), window_manager="openbox", session_bus=True,
                  system_bus=True, logind=False):
@@ -72,7 +72,7 @@ class Desktop:
 
     def _start_display(self, screen):
         reading, writing = os.pipe()
-        size = f"{screen[0]}x{screen[1]}x24"
+        size = "x".join(str(number) for number in (*screen, 24)[:3])
         self.xserver = self.processes.start(
             ["Xvfb", "-displayfd", str(writing), "-screen", "0", size, "-nolisten", "tcp", "-ac",
              "-noreset"], self.env, pass_fds=[writing])

@@ -75,7 +75,7 @@ TEST_F(FolderItemTest, FilesWithoutAnEndOrAWriterOrRoomHoldNobody) {
     ASSERT_EQ(mkfifo((tree.Root() / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(Item("/pipe")->OpenAsTextFile()->ReadAll(), "");
     FolderItem::SetRoot("/");
-    EXPECT_EQ(Item("/dev/zero")->OpenAsTextFile()->ReadAll().size(), std::size_t{64} << 20U);
+    EXPECT_EQ(Item("/dev/zero")->OpenAsTextFile()->ReadAll().size(), std::size_t{256} << 20U);
     const auto full = Item("/dev/full")->CreateTextFile();
     full->Write("x");
     full->Close();

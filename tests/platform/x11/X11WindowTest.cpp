@@ -260,6 +260,62 @@ TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
     EXPECT_EQ(told.size(), 1U);
 }
 
+TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
+    const xcb_atom_t state = Atom("WM_STATE");
+    Appear();
+    RunFor(300ms);
+    // A manager that takes the window into a frame and lets nobody in meanwhile: the place has to
+    // be asked for as well.
+    const xcb_window_t frame = xcb_generate_id(looker.get());
+    xcb_create_window(looker.get(), 0, frame, root, 90, 40, 400, 400, 0, 1, 0, 0, nullptr);
+    xcb_map_window(looker.get(), frame);
+    xcb_reparent_window(looker.get(), id, frame, 0, 0);
+    xcb_grab_server(looker.get());
+    Configure({7, 8, 340, 73});
+    for (const std::uint32_t value : {3U, 1U, 3U})
+        xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, state, state, 32, 1, &value);
+    Sync();
+    RunFor(600ms);
+    EXPECT_FALSE(window->IsCollapsed()) << "nobody could tell";
+    EXPECT_TRUE(told.empty());
+    xcb_ungrab_server(looker.get());
+    Sync();
+    Await([this] { return window->IsCollapsed() && !told.empty(); });
+    EXPECT_EQ(told, (std::vector<Rect>{{97, 48, 340, 73}}));
+}
+
+TEST_F(X11WindowTest, AnswersPingsAndOffersIcons) {
+    const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(looker.get(), root, XCB_CW_EVENT_MASK, &events);
+    xcb_client_message_event_t ping{};
+    ping.response_type = XCB_CLIENT_MESSAGE;
+    ping.format = 32;
+    ping.type = Atom("WM_PROTOCOLS");
+    const Words data{Atom("_NET_WM_PING"), 12345, id, 6, 7};
+    std::memcpy(&ping.data, data.data(), sizeof ping.data);
+    ping.window = id;
+    xcb_send_event(looker.get(), 0, id, 0, reinterpret_cast<const char*>(&ping));
+    static_cast<void>(Happened());
+    ping.window = root;
+    Await([&] {
+        const Owned<xcb_generic_event_t> event{xcb_poll_for_event(looker.get())};
+        return event && std::memcmp(&event->pad[0], &ping.window, sizeof ping - 4) == 0;
+    });
+
+    window->UpdateDockTile();
+    RoundTrip();
+    const auto icon = Answer<xcb_get_property_reply>(
+        xcb_get_property(looker.get(), 0, id, Atom("_NET_WM_ICON"), XCB_ATOM_CARDINAL, 0, 100'000));
+    const auto* shown = static_cast<const std::uint32_t*>(xcb_get_property_value(icon.get()));
+    ASSERT_EQ(icon->value_len, 2 + 48 * 48 + 2 + 32 * 32U);
+    for (const std::uint32_t side : {48U, 32U}) {
+        EXPECT_EQ(Words(shown, shown + 2), (Words{side, side}));
+        // The panel lies across the middle of the icon.
+        EXPECT_EQ(shown[2 + side * side / 2 + side / 2], 0xFF3366CC);
+        shown += 2 + side * side;
+    }
+}
+
 TEST_F(X11WindowTest, ADisplayThatGoesAwayIsToldOnceAndEverythingStaysSafe) {
     const SignalSource peaceFromBrokenPipes([] {});
     int lost = 0;
