@@ -95,7 +95,6 @@ class Expectation {
     int listWidth_ = 0, listHeight_ = 0, barLeft_ = 0, barHeight_ = 0;
     int maximum_ = 100, value_ = 0, maxHeight_ = 0;
     int savedLeft_ = 0, savedTop_ = 0, savedWidth_ = 0;
-    std::optional<std::string> saved_;
     int lastCount_ = 0, lastDragUpdate_ = 0, phase_ = 0, xoffset_ = 0;
     int tiles_ = 0, drags_ = 0, alphaCalls_ = 1;
     long alphaCallsSeen_ = 0;

@@ -95,14 +95,13 @@ void Expectation::KeepPlace() {
     savedLeft_ = content_.x;
     savedTop_ = content_.y;
     savedWidth_ = content_.width;
-    saved_.reset();
     if (!world_.preferencesFolder)
         return;
-    saved_ = "";
+    world_.place = "";
     for (const auto& [key, value] : {std::pair("left", savedLeft_), std::pair("top", savedTop_),
                                      std::pair("width", savedWidth_)})
-        *saved_ += "\t<key>" + std::string(key) + "</key>\r\t<integer>" + std::to_string(value) +
-                   "</integer>\r";
+        *world_.place += "\t<key>" + std::string(key) + "</key>\r\t<integer>" +
+                         std::to_string(value) + "</integer>\r";
 }
 
 void Expectation::Pressed(platform::Point inContent) {
@@ -218,8 +217,8 @@ std::string Expectation::DifferenceAtRest() {
     if (world_.machine.processes.openStreams != 0)
         return "at rest: an open command";
     const std::string file = world_.Read(World::placeFile);
-    if (saved_ ? file.find(*saved_) == std::string::npos : false)
-        return Differs("file", file, *saved_);
+    if (world_.place && file.find(*world_.place) == std::string::npos)
+        return Differs("file", file, *world_.place);
     return Difference();
 }
 

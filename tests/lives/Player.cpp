@@ -32,8 +32,7 @@ class Player {
             Look();
             if (!HasEnded())
                 Complain(expectation_->DifferenceAtRest());
-            if (machine_.time.SinceStart() > end_ + 200s)
-                Complain("end: it never comes");
+            EndSoon();
         }
         outcome_.seconds = std::chrono::duration<double>(machine_.time.SinceStart()).count();
         LookAtTheEnd();
@@ -57,12 +56,6 @@ class Player {
             });
         end_ = 20s + std::chrono::milliseconds(life_.empty() ? 0 : life_.back().at);
         machine_.At(end_, [this] { world_.LetAllEnd(); });
-        machine_.At(end_ + 20s, [this] {
-            if (expectation_->HasProcesses())
-                Complain("row: its process ended long ago");
-            if (expectation_->HasRows())
-                Close();
-        });
         machine_.app->Start();
         expectation_.emplace(world_);
         rounds_ = Loop().BetweenHandlers([this] {
@@ -73,6 +66,23 @@ class Player {
         });
         Loop().RunOnce();
         isOpen_ = true;
+    }
+
+    /// At rest: whether what has to go without processes has gone a while after they have ended,
+    /// and then closes the panel if rows without a process hold it.
+    void EndSoon() {
+        const auto now = machine_.time.SinceStart();
+        if (now < end_)
+            return;
+        if (quietSince_ == 0ns)
+            quietSince_ = now;
+        if (now > quietSince_ + 200s)
+            Complain("end: it never comes");
+        if (now < quietSince_ + 20s || !expectation_->HasRows())
+            return;
+        if (expectation_->HasProcesses())
+            Complain("row: its process ended long ago");
+        Close();
     }
 
     /// The whole program, wherever no handler is at work but those that wait in a pump.
@@ -145,6 +155,7 @@ class Player {
     std::vector<Event> waiting_;
     bool isOpen_ = false;
     std::chrono::nanoseconds end_{};
+    std::chrono::nanoseconds quietSince_{};
     /// What is still to be read of each open command, and what the program has got of it.
     std::map<std::int32_t, std::pair<std::string, std::string>> commands_;
     Outcome outcome_;

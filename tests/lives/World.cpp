@@ -179,16 +179,18 @@ void World::Mount(int which) {
 void World::MakeFolder(bool isThere) {
     preferencesFolder = isThere;
     const auto folder = machine.tree.Root() / "home/.config";
-    if (isThere)
+    if (isThere) {
         std::filesystem::create_directories(folder);
-    else
-        std::filesystem::remove_all(folder);
+        return;
+    }
+    std::filesystem::remove_all(folder);
+    place.reset();
 }
 
 void World::WriteLookUpFile(bool knows) {
     lookUpFile = knows;
     machine.tree.Write("Application Support/Brackwater Utilties Support/BSDLookup",
-                       std::string("SDB9:No:1\r\n") + (knows ? "\rSda1:Looked Up:400.9:" : "\r:"));
+                       std::string("SDB9:No:1\r\n") + (knows ? "\rSda1:Looked Up:400.9:" : "\rx:"));
 }
 
 void World::WritePlace(const std::array<int, 4>& values) {

@@ -67,6 +67,8 @@ class World {
     bool diskNameFails = false;
     bool lookUpFile = false;
     bool preferencesFolder = false;
+    /// What the file of the panel's place must hold, once the program has written it.
+    std::optional<std::string> place;
     bool isSibling = false;
     bool preventScheduleOnBattery = true;
     bool sleepOnBattery = true;
