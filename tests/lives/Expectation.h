@@ -76,6 +76,7 @@ class Expectation {
     void LayOut(int width, int height, int rowCount);
     void FindPlace();
     void SetTitle();
+    [[nodiscard]] std::string RowsDiffer(const Dictionary& table) const;
     [[nodiscard]] bool LetsThrough();
     [[nodiscard]] bool IsOnBattery() const;
     [[nodiscard]] int Count() const { return static_cast<int>(rows_.size()); }

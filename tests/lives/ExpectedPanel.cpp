@@ -149,6 +149,18 @@ void Expectation::ChangedFromOutside(const platform::Rect& content) {
     });
 }
 
+std::string Expectation::RowsDiffer(const Dictionary& table) const {
+    for (int i = 0; i < Count(); ++i) {
+        const auto& [name, row] = rows_[static_cast<std::size_t>(i)];
+        if (table.Key(i) != name)
+            return Differs("name", table.Key(i), name);
+        const std::string wrong = RowDiffers(*table.Value(name).ObjectAs<Dictionary>(), row);
+        if (!wrong.empty())
+            return wrong;
+    }
+    return "";
+}
+
 std::string Expectation::Difference() {
     if (!broken_.empty())
         return broken_;
@@ -200,15 +212,8 @@ std::string Expectation::Difference() {
     for (const auto& number : numbers)
         if (number.is != number.should)
             return Differs(number.what, std::to_string(number.is), std::to_string(number.should));
-    for (int i = 0; i < Count(); ++i) {
-        const auto& [name, row] = rows_[static_cast<std::size_t>(i)];
-        if (table.Key(i) != name)
-            return Differs("name", table.Key(i), name);
-        const auto wrong = RowDiffers(*table.Value(name).ObjectAs<Dictionary>(), row);
-        if (!wrong.empty())
-            return wrong;
-    }
-    return Differs("title", window.title, title_);
+    const std::string rows = RowsDiffer(table);
+    return rows.empty() ? Differs("title", window.title, title_) : rows;
 }
 
 std::string Expectation::DifferenceAtRest() {

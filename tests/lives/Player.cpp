@@ -3,6 +3,7 @@
 #include "tests/lives/Expectation.h"
 #include "tests/lives/Wire.h"
 
+#include <filesystem>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -325,10 +326,19 @@ void Player::Ask(int value) {
             Complain("inhibitor: should be " + std::to_string(should));
     });
 }
+
+std::ptrdiff_t OpenFiles() {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    return std::distance(begin(files), end(files));
+}
 } // namespace
 
 Outcome Play(const Life& life) {
-    return Player(life).Run();
+    const std::ptrdiff_t before = OpenFiles();
+    Outcome outcome = Player(life).Run();
+    if (outcome.complaint.empty() && OpenFiles() != before)
+        outcome.complaint = "open files: other than before";
+    return outcome;
 }
 
 } // namespace kqu::lives
