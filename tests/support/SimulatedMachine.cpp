@@ -34,6 +34,8 @@ platform::Registration SimulatedCentre::Listen(Listener listener) {
 bool SimulatedCentre::Collect(platform::EventQueue& queue) {
     for (PostedNotification& posted : posted_)
         queue.Post([this, notification = std::move(posted)] {
+            if (beforeDelivery)
+                beforeDelivery(notification);
             if (listener_)
                 listener_(notification);
         });

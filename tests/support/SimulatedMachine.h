@@ -37,6 +37,8 @@ class SimulatedCentre final : public platform::NotificationCentre, public platfo
     void Post(PostedNotification posted);
     void Post(const std::string& name, const std::string& object, Texts texts);
 
+    /// Told of each notification just before the program is.
+    Listener beforeDelivery;
     int listeners = 0;
 
   private:
