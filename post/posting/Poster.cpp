@@ -125,11 +125,26 @@ void AwaitTaken(sd_bus* bus) {
 }
 } // namespace
 
+struct Connection::Client {
+    BusPointer bus;
+};
+
+Connection::Connection(Bus bus) : client_(std::make_unique<Client>()) {
+    client_->bus = Connect(bus);
+}
+
+Connection::~Connection() = default;
+
+void Connection::Post(const Notification& notification) {
+    sd_bus* bus = client_->bus.get();
+    const MessagePointer signal = MakeSignal(bus, notification);
+    Check(sd_bus_send(bus, signal.get(), nullptr), notTaken);
+    AwaitTaken(bus);
+}
+
 void Post(Bus wanted, const Notification& notification) {
-    const BusPointer bus = Connect(wanted);
-    const MessagePointer signal = MakeSignal(bus.get(), notification);
-    Check(sd_bus_send(bus.get(), signal.get(), nullptr), notTaken);
-    AwaitTaken(bus.get());
+    Connection connection(wanted);
+    connection.Post(notification);
     if (wanted == Bus::System)
         std::this_thread::sleep_for(stay);
 }

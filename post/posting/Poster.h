@@ -2,6 +2,7 @@
 
 #include "post/posting/Tools.h"
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -22,6 +23,24 @@ struct Notification {
     const Tool* tool = nullptr;
     std::string name;
     std::vector<std::pair<std::string, std::string>> values;
+};
+
+/// A connection to a bus, for those who post more than once.
+class Connection {
+  public:
+    /// Raises PostError.
+    explicit Connection(Bus bus);
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    ~Connection();
+
+    /// Posts a notification as a D-Bus signal and returns once the bus has taken it. Raises
+    /// PostError; the connection is then of no more use.
+    void Post(const Notification& notification);
+
+  private:
+    struct Client;
+    std::unique_ptr<Client> client_;
 };
 
 /// Posts a notification as a D-Bus signal and returns once the bus has taken it.
