@@ -46,8 +46,8 @@ struct RowPoster::Shared {
             return;
         try {
             if (!connection)
-                connection.emplace(bus);
-            connection->Post(notification);
+                connection = post::Connect(bus);
+            post::Send(*connection, notification);
         } catch (const std::exception& error) {
             connection.reset();
             pauseEnds = Clock::now() + pause;

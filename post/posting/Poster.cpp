@@ -1,25 +1,15 @@
 #include "post/posting/Poster.h"
 
-#include "platform/CDeleter.h"
-
-#include <systemd/sd-bus.h>
-
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <thread>
-#include <unistd.h>
 
 namespace kqu::post {
 
 namespace {
-using platform::CPointer;
-using BusPointer = CPointer<sd_bus, sd_bus_close_unref>;
-using MessagePointer = CPointer<sd_bus_message, sd_bus_message_unref>;
-
 constexpr const char* path = "/com/brackwater/DistributedNotifications";
 constexpr const char* interfaceName = "com.brackwater.DistributedNotifications";
 constexpr const char* member = "Posted";
@@ -30,42 +20,11 @@ constexpr const char* busPath = "/org/freedesktop/DBus";
 /// Nothing tells the poster when they have asked; this is a hundred times what it takes.
 constexpr std::chrono::milliseconds stay{500};
 
-/// How long a bus may take over a message before it counts as not there.
-constexpr std::chrono::seconds patience{10};
-
 constexpr const char* notTaken = "the bus has not taken the message";
 
 void Check(int result, const std::string& what) {
     if (result < 0)
         throw PostError(what + ": " + std::strerror(-result));
-}
-
-/// Tools that are started on a schedule have no session's environment; the user's bus is at its
-/// usual place all the same.
-bool IsSessionBusNamed() {
-    return secure_getenv("DBUS_SESSION_BUS_ADDRESS") != nullptr ||
-           secure_getenv("XDG_RUNTIME_DIR") != nullptr;
-}
-
-BusPointer ConnectToUsersBus() {
-    sd_bus* bus = nullptr;
-    Check(sd_bus_new(&bus), "no session bus");
-    BusPointer owned(bus);
-    const std::string address = "unix:path=/run/user/" + std::to_string(getuid()) + "/bus";
-    Check(sd_bus_set_address(bus, address.c_str()), "no session bus");
-    Check(sd_bus_set_bus_client(bus, 1), "no session bus");
-    Check(sd_bus_start(bus), "no session bus");
-    return owned;
-}
-
-BusPointer Connect(Bus wanted) {
-    const bool onSystemBus = wanted == Bus::System;
-    if (!onSystemBus && !IsSessionBusNamed())
-        return ConnectToUsersBus();
-    sd_bus* bus = nullptr;
-    const int result = onSystemBus ? sd_bus_open_system(&bus) : sd_bus_open_user(&bus);
-    Check(result, onSystemBus ? "no system bus" : "no session bus");
-    return BusPointer(bus);
 }
 
 MessagePointer MakeSignal(sd_bus* bus, const Notification& notification) {
@@ -125,28 +84,21 @@ void AwaitTaken(sd_bus* bus) {
 }
 } // namespace
 
-struct Connection::Client {
-    BusPointer bus;
-};
-
-Connection::Connection(Bus bus) : client_(std::make_unique<Client>()) {
-    client_->bus = Connect(bus);
-}
-
-Connection::~Connection() = default;
-
-void Connection::Post(const Notification& notification) {
-    sd_bus* bus = client_->bus.get();
+void Send(const Connection& connection, const Notification& notification) {
+    sd_bus* bus = connection.bus.get();
     const MessagePointer signal = MakeSignal(bus, notification);
     Check(sd_bus_send(bus, signal.get(), nullptr), notTaken);
     AwaitTaken(bus);
 }
 
-void Post(Bus wanted, const Notification& notification) {
-    Connection connection(wanted);
-    connection.Post(notification);
-    if (wanted == Bus::System)
+void Post(const Connection& connection, const Notification& notification) {
+    Send(connection, notification);
+    if (connection.kind == Bus::System)
         std::this_thread::sleep_for(stay);
+}
+
+void Post(Bus bus, const Notification& notification) {
+    Post(Connect(bus), notification);
 }
 
 } // namespace kqu::post

@@ -5,6 +5,8 @@
 #include "post/kqu-run/tools/RsyncFilter.h"
 #include "post/kqu-run/tools/Tool.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 
 namespace kqu::run {
@@ -18,6 +20,16 @@ constexpr std::string_view withValue =
     "only-write-batch out-format partial-dir password-file port protocol read-batch remote-option "
     "rsh rsync-path skip-compress sockopts stderr stop-after stop-at temp-dir timeout usermap "
     "write-batch";
+
+/// What is printed around the names of the files; folders are not worth the telling either.
+bool IsMessage(std::string_view line) {
+    constexpr std::array<std::string_view, 5> messages{
+        "sending incremental file list", "receiving incremental file list", "created directory ",
+        "sent ", "total size is "};
+    return line.ends_with('/') ||
+           std::any_of(messages.begin(), messages.end(),
+                       [&](std::string_view message) { return line.starts_with(message); });
+}
 
 class Rsync : public Tool {
   public:
@@ -45,7 +57,7 @@ class Rsync : public Tool {
 
     void Read(std::string_view line) override {
         if (RsyncProgressLength(line) == 0) {
-            if (!line.ends_with('/') && line != "sending incremental file list")
+            if (!IsMessage(line))
                 progress_.text = line;
             return;
         }

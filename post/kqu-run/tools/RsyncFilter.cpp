@@ -62,7 +62,7 @@ std::size_t RsyncProgressLength(std::string_view text) {
 
 void RsyncFilter::Pass(std::string_view bytes, std::string& out) {
     while (!bytes.empty()) {
-        const std::size_t end = bytes.find_first_of(held_.empty() ? "\r" : "\r\n");
+        const std::size_t end = held_.empty() ? bytes.find('\r') : bytes.find_first_of("\r\n");
         const std::string_view before = bytes.substr(0, end);
         if (held_.empty())
             out += before;

@@ -113,7 +113,7 @@ class Tar : public Tool {
         const auto files = OpenFilesOf(process);
         // The file in work is the one that was opened last, behind the folders that it is in.
         if (!files.empty() && files.back().descriptor > STDERR_FILENO &&
-            files.back().path != archive_)
+            files.back().path != archive_ && !files.back().path.starts_with("/dev/"))
             progress_.text = files.back().path;
         const auto read = BytesReadBy(process);
         const auto all = total_ ? total_->Bytes() : std::nullopt;
