@@ -30,8 +30,8 @@ std::vector<std::string_view> Words(std::string_view text) {
     return words;
 }
 
-Arguments::Arguments(std::span<const std::string> arguments, std::string_view withValue) :
-    withValue_(Words(withValue)) {
+Arguments::Arguments(std::span<const std::string> arguments, std::string_view withValue)
+    : withValue_(Words(withValue)) {
     while (!arguments.empty()) {
         const std::string argument = Next(arguments);
         if (argument == "--") {
@@ -47,8 +47,8 @@ Arguments::Arguments(std::span<const std::string> arguments, std::string_view wi
     }
 }
 
-Arguments::Arguments(const Launch& launch, std::string_view withValue) :
-    Arguments(std::span(launch.arguments).subspan(launch.tool + 1), withValue) {}
+Arguments::Arguments(const Launch& launch, std::string_view withValue)
+    : Arguments(std::span(launch.arguments).subspan(launch.tool + 1), withValue) {}
 
 void Arguments::TakeLong(std::string_view argument, std::span<const std::string>& rest) {
     const std::size_t equals = argument.find('=');
@@ -65,7 +65,8 @@ void Arguments::TakeCluster(std::string_view argument, std::span<const std::stri
         Option option{std::string(1, argument[i]), {}};
         const bool takesRest = Contains(withValue_, option.name);
         if (takesRest)
-            option.value = i + 1 < argument.size() ? std::string(argument.substr(i + 1)) : Next(rest);
+            option.value =
+                i + 1 < argument.size() ? std::string(argument.substr(i + 1)) : Next(rest);
         options_.push_back(std::move(option));
         if (takesRest)
             break;

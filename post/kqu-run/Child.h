@@ -13,8 +13,8 @@ namespace kqu::run {
 /// The command could not be started; the message is one line for the user.
 class StartError : public std::runtime_error {
   public:
-    StartError(const std::string& message, int exitStatus) :
-        std::runtime_error(message), status(exitStatus) {}
+    StartError(const std::string& message, int exitStatus)
+        : std::runtime_error(message), status(exitStatus) {}
     /// 127 if the command isn't there, 126 if it is but can't be run.
     int status;
 };

@@ -21,8 +21,8 @@ std::size_t SequenceLength(std::string_view text) {
         return 0;
     if (text[1] != '[')
         return 2;
-    const auto* const end = std::find_if(text.begin() + 2, text.end(),
-                                         [](char c) { return c < ' ' || c >= '@'; });
+    const auto* const end =
+        std::find_if(text.begin() + 2, text.end(), [](char c) { return c < ' ' || c >= '@'; });
     return end == text.end() ? 0 : static_cast<std::size_t>(end - text.begin()) + 1;
 }
 } // namespace
@@ -33,11 +33,11 @@ void LineReader::Add(std::string_view bytes) {
         beginningIsLost_ = true;
         return;
     }
-    if (bytes_.size() + bytes.size() > keptBytes) {
-        bytes_.erase(0, bytes_.size() + bytes.size() - keptBytes);
+    bytes_ += bytes;
+    if (bytes_.size() > 2 * keptBytes) {
+        bytes_.erase(0, bytes_.size() - keptBytes);
         beginningIsLost_ = true;
     }
-    bytes_ += bytes;
 }
 
 void LineReader::Lines(const Take& take) {

@@ -14,8 +14,8 @@ class LineReader {
     using Take = std::function<void(std::string_view line)>;
 
     void Add(std::string_view bytes);
-    /// Hands over the lines that have come since the last time, without empty ones. A last line that
-    /// has no end yet is handed over as far as it goes, and again when it has grown.
+    /// Hands over the lines that have come since the last time, without empty ones. A last line
+    /// that has no end yet is handed over as far as it goes, and again when it has grown.
     void Lines(const Take& take);
 
   private:

@@ -63,7 +63,8 @@ std::string ServiceName(std::string_view place) {
     if (place.find("://") != std::string_view::npos)
         return UrlName(place);
     const std::size_t slash = place.find('/');
-    const bool hasHost = slash != std::string_view::npos && place.find(':') == std::string_view::npos;
+    const bool hasHost =
+        slash != std::string_view::npos && place.find(':') == std::string_view::npos;
     return hasHost ? OnHost(place.substr(slash + 1), place.substr(0, slash)) : std::string(place);
 }
 } // namespace
@@ -99,8 +100,8 @@ std::string LastComponent(std::string_view path) {
     while (path.size() > 1 && path.ends_with('/'))
         path.remove_suffix(1);
     const std::size_t slash = path.rfind('/');
-    return std::string(path.size() == 1 || slash == std::string_view::npos ? path
-                                                                           : path.substr(slash + 1));
+    return std::string(
+        path.size() == 1 || slash == std::string_view::npos ? path : path.substr(slash + 1));
 }
 
 std::string Joined(std::span<const std::string> names) {

@@ -32,7 +32,8 @@ std::vector<pid_t> Family(pid_t root) {
     std::vector<pid_t> family{root};
     for (std::size_t i = 0; i < family.size(); ++i) {
         std::error_code failure;
-        for (const auto& thread : files::directory_iterator(FolderOf(family[i]) / "task", failure)) {
+        for (const auto& thread :
+             files::directory_iterator(FolderOf(family[i]) / "task", failure)) {
             std::ifstream children(thread.path() / "children");
             pid_t child = 0;
             while (children >> child)
@@ -71,9 +72,8 @@ std::vector<OpenFile> OpenFilesOf(pid_t process) {
             !path.starts_with("/dev/tty"))
             found.push_back({std::atoi(link.path().filename().c_str()), path});
     }
-    std::sort(found.begin(), found.end(), [](const OpenFile& a, const OpenFile& b) {
-        return a.descriptor < b.descriptor;
-    });
+    std::sort(found.begin(), found.end(),
+              [](const OpenFile& a, const OpenFile& b) { return a.descriptor < b.descriptor; });
     return found;
 }
 

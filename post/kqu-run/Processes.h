@@ -26,7 +26,8 @@ struct OpenFile {
     int descriptor = 0;
     std::string path;
 };
-/// The files and devices that a process has open, by absolute path; no pipes, sockets and terminals.
+/// The files and devices that a process has open, by absolute path; no pipes, sockets and
+/// terminals.
 [[nodiscard]] std::vector<OpenFile> OpenFilesOf(pid_t process);
 
 } // namespace kqu::run

@@ -31,14 +31,14 @@ std::size_t TakenAtOnce(int number, bool neverBlocks) {
 }
 } // namespace
 
-Relay::Relay(Descriptor from, int to, std::unique_ptr<OutputFilter> filter, Tap tap) :
-    from_(std::move(from)),
-    to_(to),
-    ownTo_(OpenAgain(to)),
-    atOnce_(TakenAtOnce(to, static_cast<bool>(ownTo_))),
-    filter_(std::move(filter)),
-    tap_(std::move(tap)),
-    buffer_(readSize) {}
+Relay::Relay(Descriptor from, int to, std::unique_ptr<OutputFilter> filter, Tap tap)
+    : from_(std::move(from)),
+      to_(to),
+      ownTo_(OpenAgain(to)),
+      atOnce_(TakenAtOnce(to, static_cast<bool>(ownTo_))),
+      filter_(std::move(filter)),
+      tap_(std::move(tap)),
+      buffer_(readSize) {}
 
 void Relay::Await(std::vector<pollfd>& polled) const {
     const bool writes = !pending_.empty();

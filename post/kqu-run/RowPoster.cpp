@@ -57,8 +57,8 @@ struct RowPoster::Shared {
     }
 };
 
-RowPoster::RowPoster(post::Bus bus, bool startsMessenger, bool isVerbose) :
-    shared_(std::make_shared<Shared>()) {
+RowPoster::RowPoster(post::Bus bus, bool startsMessenger, bool isVerbose)
+    : shared_(std::make_shared<Shared>()) {
     shared_->bus = bus;
     shared_->startsMessenger = startsMessenger;
     shared_->isVerbose = isVerbose;

@@ -24,8 +24,8 @@ std::size_t CharacterLength(std::string_view text) {
 
 bool IsControl(std::string_view character) {
     const auto first = static_cast<unsigned char>(character.front());
-    const bool isHighControl = character.size() == 2 && first == 0xC2 &&
-                               static_cast<unsigned char>(character[1]) < 0xA0;
+    const bool isHighControl =
+        character.size() == 2 && first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
     return first < ' ' || first == 0x7F || isHighControl;
 }
 
@@ -45,8 +45,7 @@ class Values {
         if (!text.empty())
             values_.emplace_back(key, CleanText(text));
     }
-    void AddShare(const char* key, const std::optional<double>& share, double whole,
-                  int decimals) {
+    void AddShare(const char* key, const std::optional<double>& share, double whole, int decimals) {
         if (share)
             values_.emplace_back(key, Number(Bounded(*share) * whole, decimals));
     }
@@ -76,8 +75,7 @@ void AddDefragmenter(Values& values, const Row& row, const Progress& progress) {
     values.Add("status", progress.checking ? "check" : "defrag");
     values.Add("FileName", progress.text);
     values.AddShare("FileProgress", progress.fileShare, 100, 0);
-    values.AddShare("NumFilesExamined", progress.share, static_cast<double>(row.filesInUse),
-                    0);
+    values.AddShare("NumFilesExamined", progress.share, static_cast<double>(row.filesInUse), 0);
 }
 } // namespace
 
@@ -98,9 +96,8 @@ std::string CleanText(std::string_view text) {
 }
 
 std::string TaskName(std::string_view name) {
-    const auto found = std::search(
-        name.begin(), name.end(), nameMark.begin(), nameMark.end(),
-        [](char a, char b) { return strncasecmp(&a, &b, 1) == 0; });
+    const auto found = std::search(name.begin(), name.end(), nameMark.begin(), nameMark.end(),
+                                   [](char a, char b) { return strncasecmp(&a, &b, 1) == 0; });
     const std::string clean = CleanText(name);
     return found != name.end() ? clean : std::string(nameMark) + "." + clean;
 }

@@ -26,14 +26,16 @@ bool AreOneFile(int one, int other) {
     const long result = syscall(SYS_kcmp, getpid(), getpid(), KCMP_FILE, one, other);
     if (result >= 0)
         return result == 0;
-    struct stat a {}, b {};
+    struct stat a {
+    }, b{};
     return fstat(one, &a) == 0 && fstat(other, &b) == 0 && a.st_dev == b.st_dev &&
            a.st_ino == b.st_ino && !S_ISREG(a.st_mode);
 }
 
 /// Two terminals are one even if they were opened apart.
 bool AreOneTerminal(int one, int other) {
-    struct stat a {}, b {};
+    struct stat a {
+    }, b{};
     return fstat(one, &a) == 0 && fstat(other, &b) == 0 && S_ISCHR(a.st_mode) &&
            a.st_rdev == b.st_rdev && isatty(one);
 }
@@ -71,8 +73,8 @@ void Run::Start() {
         row_.disk = *request_.volume;
 
     Stream stream = OpenStream();
-    const bool merges = AreOneFile(STDOUT_FILENO, STDERR_FILENO) ||
-                        AreOneTerminal(STDOUT_FILENO, STDERR_FILENO);
+    const bool merges =
+        AreOneFile(STDOUT_FILENO, STDERR_FILENO) || AreOneTerminal(STDOUT_FILENO, STDERR_FILENO);
     const int tools = stream.tools.Number();
     child_ = StartChild(launch_, signals_, launch_.stream == 1 || merges ? tools : -1,
                         launch_.stream == 2 || merges ? tools : -1);

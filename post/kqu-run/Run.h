@@ -17,8 +17,8 @@
 namespace kqu::run {
 
 /// One run of a command, from its start to its end. Everything happens on one thread, which waits
-/// for the tool's output, for signals and for the time to look and to post; only the posting itself,
-/// which may take its time, has a thread of its own.
+/// for the tool's output, for signals and for the time to look and to post; only the posting
+/// itself, which may take its time, has a thread of its own.
 class Run {
   public:
     explicit Run(Request request);

@@ -27,8 +27,8 @@ class Signals {
     struct sigaction inheritedChild_ {};
 };
 
-/// Does to this process what the signal does to one that doesn't care for it: stops it, for example,
-/// until it is continued.
+/// Does to this process what the signal does to one that doesn't care for it: stops it, for
+/// example, until it is continued.
 void ActOn(int number);
 
 /// Ends this process by the signal, so that whoever waits for it sees what became of the tool. No

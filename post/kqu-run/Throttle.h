@@ -5,8 +5,8 @@
 
 namespace kqu::run {
 
-/// Keeps posts to four a second. Changes go out a quarter of a second apart and at most three within
-/// any second: the fourth place is kept for the last post, which so never has to wait.
+/// Keeps posts to four a second. Changes go out a quarter of a second apart and at most three
+/// within any second: the fourth place is kept for the last post, which so never has to wait.
 class Throttle {
   public:
     using Time = std::chrono::steady_clock::time_point;

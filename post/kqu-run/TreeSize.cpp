@@ -46,8 +46,8 @@ std::uint64_t Size(std::vector<std::string>& paths, bool staysOnVolume) {
 }
 } // namespace
 
-TreeSize::TreeSize(std::vector<std::string> paths, bool staysOnVolume) :
-    sum_(std::make_shared<Sum>()) {
+TreeSize::TreeSize(std::vector<std::string> paths, bool staysOnVolume)
+    : sum_(std::make_shared<Sum>()) {
     std::thread([sum = sum_, roots = std::move(paths), staysOnVolume]() mutable {
         MakeWay();
         sum->bytes = Size(roots, staysOnVolume);

@@ -26,8 +26,8 @@ struct Volume {
 /// The disk that is named: a block device, or an image file.
 [[nodiscard]] std::optional<Volume> VolumeOfDisk(const std::string& path);
 
-/// A folder as a person would say it: the volume's name if the path is where it is mounted, else the
-/// folder's own. A path on another machine is named with that.
+/// A folder as a person would say it: the volume's name if the path is where it is mounted, else
+/// the folder's own. A path on another machine is named with that.
 [[nodiscard]] std::string FolderName(const std::string& path);
 [[nodiscard]] std::string FolderNames(const std::vector<std::string>& paths);
 

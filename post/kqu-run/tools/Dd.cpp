@@ -39,8 +39,8 @@ class Dd : public Tool {
         const auto read = PositionOf(process, STDIN_FILENO);
         const auto written = PositionOf(process, STDOUT_FILENO);
         // A source or a destination that has no position stays at 0.
-        const std::uint64_t done = std::max(Beyond(read, "skip iseek", "ibs"),
-                                            Beyond(written, "seek oseek", "obs"));
+        const std::uint64_t done =
+            std::max(Beyond(read, "skip iseek", "ibs"), Beyond(written, "seek oseek", "obs"));
         if (done > 0)
             Tell(done);
     }

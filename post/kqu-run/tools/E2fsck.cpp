@@ -57,7 +57,8 @@ class E2fsck : public Tool {
         if (!done || !all || *pass < 1 || *pass >= passes.size())
             return;
         const Pass& current = passes[*pass - 1];
-        const double inPass = Share(static_cast<double>(*done), static_cast<double>(*all)).value_or(0);
+        const double inPass =
+            Share(static_cast<double>(*done), static_cast<double>(*all)).value_or(0);
         progress_.share = current.begins + inPass * (passes[*pass].begins - current.begins);
         progress_.text = "Pass " + std::to_string(*pass) + " of 5: " + std::string(current.what);
     }

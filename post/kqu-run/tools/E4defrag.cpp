@@ -41,7 +41,8 @@ class E4defrag : public Tool {
         if (end == std::string_view::npos || line.empty())
             return;
         progress_.text = line.substr(0, end);
-        progress_.fileShare = LastPercentage(line.substr(end).substr(0, line.substr(end).find('%') + 1));
+        progress_.fileShare =
+            LastPercentage(line.substr(end).substr(0, line.substr(end).find('%') + 1));
     }
 };
 } // namespace

@@ -56,7 +56,8 @@ auto Find(const Items& items, std::string_view name, auto key) {
 }
 
 bool IsWord(std::string_view word, std::string_view words) {
-    return (" " + std::string(words) + " ").find(" " + std::string(word) + " ") != std::string::npos;
+    return (" " + std::string(words) + " ").find(" " + std::string(word) + " ") !=
+           std::string::npos;
 }
 
 /// Where the command behind the prefix begins; the arguments' end if there is none.

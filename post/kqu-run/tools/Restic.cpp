@@ -37,8 +37,8 @@ class Restic : public Tool {
             launch.stream = 1;
     }
 
-    /// "[0:01] 23.45%  30 files 43.089 MiB, total 31 files 56.267 MiB, 0 errors ETA 0:03"; until the
-    /// total is known, without a percentage. Behind it come the files in work, one to a line.
+    /// "[0:01] 23.45%  30 files 43.089 MiB, total 31 files 56.267 MiB, 0 errors ETA 0:03"; until
+    /// the total is known, without a percentage. Behind it come the files in work, one to a line.
     void Read(std::string_view line) override {
         if (line.starts_with('{'))
             ReadJson(line);
@@ -52,9 +52,9 @@ class Restic : public Tool {
     void NamePlaces(const Arguments& arguments, const std::vector<std::string>& paths) {
         const char* given = std::getenv("RESTIC_REPOSITORY");
         const char* home = std::getenv("HOME");
-        const std::string repository = PlaceName(
-            arguments.Value("r repo").value_or(given != nullptr ? given : ""),
-            home != nullptr ? home : "~");
+        const std::string repository =
+            PlaceName(arguments.Value("r repo").value_or(given != nullptr ? given : ""),
+                      home != nullptr ? home : "~");
         row_.folder = true;
         if (command_ == "backup") {
             row_.volume = FolderNames(paths);

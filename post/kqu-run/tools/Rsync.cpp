@@ -69,7 +69,8 @@ class Rsync : public Tool {
 
   private:
     /// A line of what is left is printed over and over at the beginning of the line and taken out
-    /// again. Not where the user has asked for another, or has chosen lines that might look like it.
+    /// again. Not where the user has asked for another, or has chosen lines that might look like
+    /// it.
     void AskForProgress(Launch& launch, const Arguments& arguments) {
         const std::string info = arguments.Value("info").value_or("");
         isOfAll_ = info.find("progress2") != std::string::npos;

@@ -11,9 +11,9 @@ namespace kqu::run {
 /// 0 if it is something else.
 [[nodiscard]] std::size_t RsyncProgressLength(std::string_view text);
 
-/// Takes rsync's progress out. It can be told with certainty: rsync begins it with a carriage return,
-/// which nothing else of its output holds, since it writes that character of a file's name in octal;
-/// and it ends it with a line feed before it prints anything else.
+/// Takes rsync's progress out. It can be told with certainty: rsync begins it with a carriage
+/// return, which nothing else of its output holds, since it writes that character of a file's name
+/// in octal; and it ends it with a line feed before it prints anything else.
 class RsyncFilter : public OutputFilter {
   public:
     void Pass(std::string_view bytes, std::string& out) override;

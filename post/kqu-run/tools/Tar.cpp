@@ -16,7 +16,8 @@ namespace {
 namespace files = std::filesystem;
 
 constexpr std::string_view withValue =
-    "b C f F g I K L N T V X H add-file after-date blocking-factor checkpoint-action directory exclude "
+    "b C f F g I K L N T V X H add-file after-date blocking-factor checkpoint-action directory "
+    "exclude "
     "exclude-from file files-from format group index-file info-script label level "
     "listed-incremental mode mtime newer newer-mtime new-volume-script owner record-size "
     "rmt-command rsh-command sort starting-file strip-components suffix tape-length to-command "
@@ -47,17 +48,14 @@ class Tar : public Tool {
         creates_ ? PrepareCreate(arguments, archive) : PrepareRead(archive);
     }
 
-    void Look(pid_t process) override {
-        reads_ ? LookAtArchive(process) : LookAtFiles(process);
-    }
+    void Look(pid_t process) override { reads_ ? LookAtArchive(process) : LookAtFiles(process); }
 
   private:
     /// The first argument may be a cluster of options without a dash; their values follow it in
     /// the order of the letters.
     static std::vector<std::string> WithDash(const Launch& launch) {
-        std::vector<std::string> arguments(launch.arguments.begin() +
-                                               static_cast<long>(launch.tool) + 1,
-                                           launch.arguments.end());
+        std::vector<std::string> arguments(
+            launch.arguments.begin() + static_cast<long>(launch.tool) + 1, launch.arguments.end());
         if (arguments.empty() || arguments.front().starts_with("-"))
             return arguments;
         const std::string cluster = arguments.front();
@@ -65,7 +63,8 @@ class Tar : public Tool {
         std::vector<std::string> whole;
         for (const char letter : cluster) {
             whole.push_back({'-', letter});
-            const bool takesValue = std::string_view("bCfFgIKLNTVXH").find(letter) != std::string::npos;
+            const bool takesValue =
+                std::string_view("bCfFgIKLNTVXH").find(letter) != std::string::npos;
             if (takesValue && !arguments.empty()) {
                 whole.push_back(arguments.front());
                 arguments.erase(arguments.begin());
