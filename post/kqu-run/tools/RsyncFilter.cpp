@@ -65,11 +65,11 @@ void RsyncFilter::Pass(std::string_view bytes, std::string& out) {
         const std::size_t end = held_.empty() ? bytes.find('\r') : bytes.find_first_of("\r\n");
         const std::string_view before = bytes.substr(0, end);
         if (held_.empty())
-            out += before;
+            Emit(before, out);
         else
             held_ += before;
         if (held_.size() > longestProgress) {
-            out += held_;
+            Emit(held_, out);
             held_.clear();
         }
         if (end == std::string_view::npos)
@@ -86,17 +86,34 @@ void RsyncFilter::Decide(char next, std::string& out) {
     held_.clear();
     if (length > 0)
         rest.erase(0, length + 1);
-    out += rest;
+    owesLineFeed_ = length > 0 ? !rest.empty() : owesLineFeed_;
+    Emit(rest, out);
     if (next == '\r')
         held_ = next;
     else if (length == 0 || !rest.empty())
-        out += next;
+        Emit({&next, 1}, out);
+}
+
+void RsyncFilter::Emit(std::string_view text, std::string& out) {
+    while (owesLineFeed_ && !text.empty()) {
+        const std::size_t end = text.find('\n');
+        if (end == 0 && isAtLineStart_) {
+            owesLineFeed_ = false;
+            text.remove_prefix(1);
+            break;
+        }
+        const std::string_view line = text.substr(0, end == text.npos ? end : end + 1);
+        out += line;
+        isAtLineStart_ = line.ends_with('\n');
+        text.remove_prefix(line.size());
+    }
+    out += text;
 }
 
 void RsyncFilter::End(std::string& out) {
     const std::size_t length =
         held_.empty() ? 0 : RsyncProgressLength(std::string_view(held_).substr(1));
-    out += length > 0 ? held_.substr(length + 1) : held_;
+    Emit(length > 0 ? held_.substr(length + 1) : held_, out);
     held_.clear();
 }
 

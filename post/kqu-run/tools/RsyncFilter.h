@@ -21,9 +21,14 @@ class RsyncFilter : public OutputFilter {
 
   private:
     void Decide(char next, std::string& out);
+    void Emit(std::string_view text, std::string& out);
 
     /// From a carriage return on, until the next character of its kind; empty outside.
     std::string held_;
+    /// Where both outputs are one stream, an error message may come between a progress and the line
+    /// feed that ends it; that one then makes an empty line, the next that there is.
+    bool owesLineFeed_ = false;
+    bool isAtLineStart_ = false;
 };
 
 } // namespace kqu::run

@@ -90,7 +90,7 @@ class Tar : public Tool {
 
     void PrepareRead(const std::string& archive) {
         row_.volume = archive == "-" ? "archive" : LastComponent(archive);
-        row_.destination = Absolute(".", folder_);
+        row_.destination = Absolute(folder_, ".");
         size_ = SizeOf(archive_).value_or(0);
     }
 

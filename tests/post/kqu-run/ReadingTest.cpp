@@ -82,7 +82,7 @@ TEST(RsyncFilter, TakesOutItsProgressAndNothingElse) {
          "sending incremental file list\nd1/\nd1/f1\n\nsent 1\n"},
         {progress, ""},
         {progress + "\n", ""},
-        {progress + "ssh: gone\n", "ssh: gone\n"},
+        {progress + "ssh: gone\nand\n\n\nsent\n", "ssh: gone\nand\n\nsent\n"},
         {"motd\r\n\rother\r100%\n", "motd\r\n\rother\r100%\n"},
         {"\r" + std::string(1000, '9'), "\r" + std::string(1000, '9')},
         {"name 5% 1.0kB/s 0:00:01\n", "name 5% 1.0kB/s 0:00:01\n"},
