@@ -40,6 +40,10 @@ class Posts(Listener):
             self.heard.append((time.monotonic(), str(told), {str(k): str(v) for k, v in info.items()}))
         return dbus.lowlevel.HANDLER_RESULT_NOT_YET_HANDLED
 
+    def forget(self):
+        """What comes from now on is of the next run: a run's last post comes before its end."""
+        self.has_come().clear()
+
     def values(self, key):
         return [info.get(key) for _, _, info in self.has_come()]
 
@@ -136,7 +140,7 @@ class RunTest(RunCase):
         )
         for command, tool, expected in rows:
             with self.subTest(command):
-                del posts.heard[:]
+                posts.forget()
                 shown = self.run_shown("--after", "sleep", *command)
                 self.assertEqual(shown.returncode, 0, shown.stderr)
                 self.assertGreaterEqual(len(posts.has_come()), 2)
@@ -185,7 +189,7 @@ class RunTest(RunCase):
         self.assertEqual(done.stdout, b"in\0put\n")
         self.stand_in("e4defrag", "trap 'echo asked; exit 3' USR1 TERM; echo $$; while :; do sleep 0.05; done")
         for number in (signal.SIGTERM, signal.SIGUSR1):
-            del posts.heard[:]
+            posts.forget()
             running = self.start("e4defrag", "x", stdout=subprocess.PIPE)
             tool = running.stdout.readline()
             running.send_signal(number)
@@ -202,7 +206,7 @@ class RunTest(RunCase):
         self.assertEqual((posts.values("VolName")[0], posts.values("dVolName")[0]), ("Mine", "There"))
         os.kill(tool, signal.SIGKILL)
         self.assertEqual(running.wait(20), -9)
-        del posts.heard[:]
+        posts.forget()
         running = self.start("dd", f"if={self.source}/big", "of=slow", "bs=512", "oflag=dsync",
                              stderr=subprocess.DEVNULL)
         tool = int(wait_until("a post", lambda: posts.values("PID"))[0])
@@ -230,8 +234,7 @@ class RunTest(RunCase):
         self.assertEqual(posts.values("FileName")[-1], "/last")
         times = [when for when, _, _ in posts.heard]
         self.assertGreater(len(times), 3)
-        for early, late in zip(times, times[4:]):
-            self.assertGreater(late - early, 0.9, times)
+        self.assertLessEqual(len(times), 4 * (times[-1] - times[0]) + 1, times)
 
     def test_a_reader_that_waits_or_goes_is_as_it_was(self):
         self.listen()
