@@ -18,6 +18,8 @@ namespace {
 constexpr std::chrono::milliseconds betweenLooks{250};
 /// What has been read is made sense of this often, however much it is.
 constexpr std::chrono::milliseconds betweenReads{50};
+/// What doesn't change is told again all the same: the messenger or the bus may have come later.
+constexpr std::chrono::seconds untilRepeated{5};
 /// How long the last post may hold up the end; a bus that is there takes a millisecond.
 constexpr std::chrono::milliseconds lastPatience{300};
 
@@ -195,14 +197,15 @@ void Run::PostIfDue(bool isLast) {
     Progress progress = tool_->GetProgress();
     if (isLast && ending_->status == 0 && ending_->signal == 0 && progress.share)
         progress.share = 1;
-    const bool isNew = posted_ != progress || postedProcess_ != process_;
     const auto now = Clock::now();
+    const bool isNew = posted_ != progress || postedProcess_ != process_ || now >= repeated_;
     if (!isLast && (!isNew || throttle_.Next(now) > now))
         return;
     poster_->Post(MakeNotification(name_, row_, progress, process_, request_.after));
     throttle_.Posted(now);
     posted_ = progress;
     postedProcess_ = process_;
+    repeated_ = now + untilRepeated;
 }
 
 } // namespace kqu::run

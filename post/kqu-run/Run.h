@@ -63,6 +63,7 @@ class Run {
     Throttle throttle_;
     std::optional<Progress> posted_;
     pid_t postedProcess_ = 0;
+    Clock::time_point repeated_{};
     Clock::time_point nextLook_{};
 };
 

@@ -74,8 +74,9 @@ class Rsync : public Tool {
     void AskForProgress(Launch& launch, const Arguments& arguments) {
         const std::string info = arguments.Value("info").value_or("");
         isOfAll_ = info.find("progress2") != std::string::npos;
-        const bool hasOwn = info.find("progress") != std::string::npos ||
-                            arguments.Has("progress P quiet q out-format list-only outbuf");
+        const bool hasOwn =
+            info.find("progress") != std::string::npos ||
+            arguments.Has("progress P quiet q out-format list-only outbuf stderr msgs2stderr");
         if (hasOwn || arguments.Operands().size() < 2)
             return;
         launch.arguments.insert(launch.arguments.begin() + static_cast<long>(launch.tool) + 1,
