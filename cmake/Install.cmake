@@ -29,9 +29,7 @@ function(kqu_install_command NAME)
 endfunction()
 
 kqu_install_command(kqu-post)
-if(TARGET kqu-run)
-  kqu_install_command(kqu-run)
-endif()
+kqu_install_command(kqu-run)
 
 install(TARGETS kqu-messenger RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES main/kqu-messenger.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)

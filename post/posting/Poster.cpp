@@ -100,11 +100,15 @@ void AwaitTaken(sd_bus* bus) {
 }
 } // namespace
 
-void Post(const Connection& connection, const Notification& notification) {
+void Send(const Connection& connection, const Notification& notification) {
     sd_bus* bus = connection.bus.get();
     const MessagePointer signal = MakeSignal(bus, notification);
     Check(sd_bus_send(bus, signal.get(), nullptr), notTaken);
     AwaitTaken(bus);
+}
+
+void Post(const Connection& connection, const Notification& notification) {
+    Send(connection, notification);
     if (connection.kind == Bus::System)
         std::this_thread::sleep_for(stay);
 }

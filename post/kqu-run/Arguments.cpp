@@ -1,0 +1,88 @@
+#include "post/kqu-run/Arguments.h"
+
+#include <algorithm>
+
+namespace kqu::run {
+
+namespace {
+template <class Items>
+bool Contains(const Items& items, std::string_view item) {
+    return std::find(items.begin(), items.end(), item) != items.end();
+}
+
+std::string Next(std::span<const std::string>& rest) {
+    if (rest.empty())
+        return {};
+    std::string next = rest.front();
+    rest = rest.subspan(1);
+    return next;
+}
+} // namespace
+
+std::vector<std::string_view> Words(std::string_view text) {
+    std::vector<std::string_view> words;
+    for (std::size_t at = text.find_first_not_of(' '); at != std::string_view::npos;
+         at = text.find_first_not_of(' ', at)) {
+        const std::size_t end = std::min(text.find(' ', at), text.size());
+        words.push_back(text.substr(at, end - at));
+        at = end;
+    }
+    return words;
+}
+
+Arguments::Arguments(std::span<const std::string> arguments, std::string_view withValue)
+    : withValue_(Words(withValue)) {
+    while (!arguments.empty()) {
+        const std::string argument = Next(arguments);
+        if (argument == "--") {
+            operands_.insert(operands_.end(), arguments.begin(), arguments.end());
+            break;
+        }
+        if (argument.starts_with("--"))
+            TakeLong(std::string_view(argument).substr(2), arguments);
+        else if (argument.size() > 1 && argument.starts_with("-"))
+            TakeCluster(std::string_view(argument).substr(1), arguments);
+        else
+            operands_.push_back(argument);
+    }
+}
+
+Arguments::Arguments(const Launch& launch, std::string_view withValue)
+    : Arguments(std::span(launch.arguments).subspan(launch.tool + 1), withValue) {}
+
+void Arguments::TakeLong(std::string_view argument, std::span<const std::string>& rest) {
+    const std::size_t equals = argument.find('=');
+    Option option{std::string(argument.substr(0, equals)), {}};
+    if (equals != std::string_view::npos)
+        option.value = argument.substr(equals + 1);
+    else if (Contains(withValue_, option.name))
+        option.value = Next(rest);
+    options_.push_back(std::move(option));
+}
+
+void Arguments::TakeCluster(std::string_view argument, std::span<const std::string>& rest) {
+    for (std::size_t i = 0; i < argument.size(); ++i) {
+        Option option{std::string(1, argument[i]), {}};
+        const bool takesRest = Contains(withValue_, option.name);
+        if (takesRest)
+            option.value =
+                i + 1 < argument.size() ? std::string(argument.substr(i + 1)) : Next(rest);
+        options_.push_back(std::move(option));
+        if (takesRest)
+            break;
+    }
+}
+
+bool Arguments::Has(std::string_view names) const {
+    return Value(names).has_value();
+}
+
+std::optional<std::string> Arguments::Value(std::string_view names) const {
+    const auto wanted = Words(names);
+    const auto found = std::find_if(options_.rbegin(), options_.rend(), [&](const Option& option) {
+        return Contains(wanted, option.name);
+    });
+    return found != options_.rend() ? std::optional(found->value) : std::nullopt;
+}
+
+} // namespace kqu::run

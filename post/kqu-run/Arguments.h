@@ -1,0 +1,44 @@
+#pragma once
+
+#include "post/kqu-run/Launch.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kqu::run {
+
+/// What a tool would make of its arguments by the conventions of getopt_long: options may stand in
+/// clusters, have their value attached or behind them, and stand among the operands.
+class Arguments {
+  public:
+    /// `withValue` names the options that take one, such as "C o exclude"; all others take none.
+    Arguments(std::span<const std::string> arguments, std::string_view withValue);
+    /// The arguments behind the tool's name.
+    Arguments(const Launch& launch, std::string_view withValue);
+
+    /// Whether any of the options, such as "q quiet", was given.
+    [[nodiscard]] bool Has(std::string_view names) const;
+    /// The value of the last of these options that was given.
+    [[nodiscard]] std::optional<std::string> Value(std::string_view names) const;
+    [[nodiscard]] const std::vector<std::string>& Operands() const { return operands_; }
+
+  private:
+    struct Option {
+        std::string name;
+        std::string value;
+    };
+    void TakeLong(std::string_view argument, std::span<const std::string>& rest);
+    void TakeCluster(std::string_view argument, std::span<const std::string>& rest);
+
+    std::vector<std::string_view> withValue_;
+    std::vector<Option> options_;
+    std::vector<std::string> operands_;
+};
+
+/// The words of a text.
+[[nodiscard]] std::vector<std::string_view> Words(std::string_view text);
+
+} // namespace kqu::run

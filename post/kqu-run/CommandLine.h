@@ -1,0 +1,39 @@
+#pragma once
+
+#include "post/kqu-run/Launch.h"
+#include "post/posting/Tools.h"
+
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace kqu::run {
+
+/// The command line can't be understood; the message is one line for the user.
+class UsageError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// What the command line asks for.
+struct Request {
+    enum class Action { Run, Help, Version };
+    Action action = Action::Run;
+    const post::Tool* tool = nullptr;
+    std::optional<std::string> volume, destination, name;
+    /// "sleep", "shutdown" or empty.
+    std::string after;
+    bool onSystemBus = false;
+    /// Whether the messenger may be started for the row.
+    bool startsMessenger = true;
+    bool isVerbose = false;
+    std::vector<std::string> command;
+};
+
+/// Reads the arguments behind the program's name. Raises UsageError.
+[[nodiscard]] Request ParseCommandLine(std::span<const char* const> arguments);
+
+[[nodiscard]] std::string HelpText();
+
+} // namespace kqu::run

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kqu::run {
+
+/// A place as a person would say it, from a path or from the ways in which rsync, restic and borg
+/// name places on other machines: "/data on nas" for "me@nas:/data", "sftp:me@nas:/data" or
+/// "ssh://me@nas:22/data". Names of users and passwords are left out; `home` stands for a ~ at the
+/// beginning.
+[[nodiscard]] std::string PlaceName(std::string_view place, std::string_view home);
+
+/// Whether the place is on another machine.
+[[nodiscard]] bool IsElsewhere(std::string_view place);
+
+/// The last component of a path, or "/".
+[[nodiscard]] std::string LastComponent(std::string_view path);
+
+/// Several names in one: "a", "a and b" or "a and 3 more".
+[[nodiscard]] std::string Joined(std::span<const std::string> names);
+
+/// A name as udev writes it in the names of its links, where \x20 is a blank.
+[[nodiscard]] std::string WithoutEscapes(std::string_view name);
+
+} // namespace kqu::run

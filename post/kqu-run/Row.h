@@ -1,0 +1,43 @@
+#pragma once
+
+#include "post/posting/Tools.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kqu::run {
+
+/// What stays the same in the row of one run. Texts may hold any bytes; an empty one is not known.
+struct Row {
+    /// Decides what the row looks like.
+    const post::Tool* tool = post::FindTool("backup");
+    std::string volume;
+    std::string destination;
+    /// The kernel's name of the disk, such as "sda1".
+    std::string disk;
+    /// A backup of folders, not of a whole volume.
+    bool folder = false;
+    /// A backup into an image file.
+    bool image = false;
+    /// A scan of the volume's sectors, where that can be told.
+    bool sectors = false;
+    /// The files on the defragmenter's volume, by which the panel divides.
+    std::uint64_t filesInUse = 0;
+};
+
+/// How far a tool is.
+struct Progress {
+    /// From 0 to 1; nothing where the tool doesn't tell.
+    std::optional<double> share;
+    /// What is being done or what is in work, as one line.
+    std::string text;
+    /// How far the file in work is, from 0 to 1.
+    std::optional<double> fileShare;
+    /// A defragmenter that only looks.
+    bool checking = false;
+
+    friend bool operator==(const Progress&, const Progress&) = default;
+};
+
+} // namespace kqu::run

@@ -1,0 +1,90 @@
+#include "post/kqu-run/RowPoster.h"
+
+#include "post/posting/StartMessenger.h"
+
+#include <condition_variable>
+#include <cstdio>
+#include <exception>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace kqu::run {
+
+namespace {
+using Clock = std::chrono::steady_clock;
+
+/// How long a bus that did not take a post is left alone.
+constexpr std::chrono::seconds pause{3};
+} // namespace
+
+struct RowPoster::Shared {
+    post::Bus bus;
+    bool startsMessenger;
+    bool isVerbose;
+
+    std::mutex lock;
+    std::condition_variable changed;
+    std::optional<post::Notification> newest;
+    bool isPosting = false;
+
+    // The thread's own.
+    std::optional<post::Connection> connection;
+    Clock::time_point pauseEnds{};
+
+    post::Notification Take() {
+        std::unique_lock held(lock);
+        isPosting = false;
+        changed.notify_all();
+        changed.wait(held, [this] { return newest.has_value(); });
+        isPosting = true;
+        post::Notification taken = std::move(*newest);
+        newest.reset();
+        return taken;
+    }
+
+    void Post(const post::Notification& notification) {
+        if (Clock::now() < pauseEnds)
+            return;
+        try {
+            if (!connection)
+                connection = post::Connect(bus);
+            post::Send(*connection, notification);
+        } catch (const std::exception& error) {
+            connection.reset();
+            pauseEnds = Clock::now() + pause;
+            if (std::exchange(isVerbose, false))
+                std::fprintf(stderr, "kqu-run: %s\n", error.what());
+        }
+    }
+};
+
+RowPoster::RowPoster(post::Bus bus, bool startsMessenger, bool isVerbose)
+    : shared_(std::make_shared<Shared>()) {
+    shared_->bus = bus;
+    shared_->startsMessenger = startsMessenger;
+    shared_->isVerbose = isVerbose;
+    std::thread([shared = shared_] { Work(shared); }).detach();
+}
+
+void RowPoster::Work(const std::shared_ptr<Shared>& shared) {
+    // It may take seconds, in which the tool runs already; only the newest post waits.
+    if (shared->startsMessenger)
+        post::StartMessenger(shared->bus);
+    while (true)
+        shared->Post(shared->Take());
+}
+
+void RowPoster::Post(post::Notification notification) {
+    const std::lock_guard held(shared_->lock);
+    shared_->newest = std::move(notification);
+    shared_->changed.notify_all();
+}
+
+void RowPoster::Finish(std::chrono::milliseconds patience) {
+    std::unique_lock held(shared_->lock);
+    shared_->changed.wait_for(held, patience,
+                              [this] { return !shared_->isPosting && !shared_->newest; });
+}
+
+} // namespace kqu::run

@@ -1,0 +1,121 @@
+#include "post/kqu-run/RowText.h"
+
+#include "post/posting/Utf8.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <strings.h>
+
+namespace kqu::run {
+
+namespace {
+constexpr std::size_t longestText = 512;
+constexpr std::string_view nameMark = "KQS_disk";
+
+/// The length of the character that the text begins with; 0 if it is none.
+std::size_t CharacterLength(std::string_view text) {
+    for (std::size_t length = 1; length <= std::min<std::size_t>(4, text.size()); ++length)
+        if (post::IsUtf8(text.substr(0, length)))
+            return length;
+    return 0;
+}
+
+bool IsControl(std::string_view character) {
+    const auto first = static_cast<unsigned char>(character.front());
+    const bool isHighControl =
+        character.size() == 2 && first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
+    return first < ' ' || first == 0x7F || isHighControl;
+}
+
+std::string Number(double value, int decimals) {
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "%.*f", decimals, value);
+    return text.data();
+}
+
+double Bounded(double share) {
+    return std::isfinite(share) ? std::clamp(share, 0.0, 1.0) : 0.0;
+}
+
+class Values {
+  public:
+    void Add(const char* key, std::string_view text) {
+        if (!text.empty())
+            values_.emplace_back(key, CleanText(text));
+    }
+    void AddShare(const char* key, const std::optional<double>& share, double whole, int decimals) {
+        if (share)
+            values_.emplace_back(key, Number(Bounded(*share) * whole, decimals));
+    }
+    std::vector<std::pair<std::string, std::string>> Take() { return std::move(values_); }
+
+  private:
+    std::vector<std::pair<std::string, std::string>> values_;
+};
+
+void AddScanner(Values& values, const Row& row, const Progress& progress) {
+    values.AddShare("Progress", progress.share, 1000, 2);
+    values.Add("VolName", row.volume);
+    values.Add("Item", progress.text);
+    values.Add("ScanType", row.sectors ? "1" : "");
+}
+
+void AddBackup(Values& values, const Row& row, const Progress& progress) {
+    values.AddShare("Progress", progress.share, 1000, 2);
+    values.Add("VolName", row.volume);
+    values.Add("dVolName", row.destination);
+    values.Add("status", progress.text);
+    values.Add("FolderBackup", row.folder ? "1" : "");
+    values.Add("Type", row.image ? "4" : "");
+}
+
+void AddDefragmenter(Values& values, const Row& row, const Progress& progress) {
+    values.Add("status", progress.checking ? "check" : "defrag");
+    values.Add("FileName", progress.text);
+    values.AddShare("FileProgress", progress.fileShare, 100, 0);
+    values.AddShare("NumFilesExamined", progress.share, static_cast<double>(row.filesInUse), 0);
+}
+} // namespace
+
+std::string CleanText(std::string_view text) {
+    std::string clean;
+    while (!text.empty() && clean.size() < longestText) {
+        const std::size_t length = CharacterLength(text);
+        const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
+        if (length == 0)
+            clean += '?';
+        else if (IsControl(character))
+            clean += ' ';
+        else
+            clean += character;
+        text.remove_prefix(character.size());
+    }
+    return clean;
+}
+
+std::string TaskName(std::string_view name) {
+    const auto found = std::search(name.begin(), name.end(), nameMark.begin(), nameMark.end(),
+                                   [](char a, char b) { return strncasecmp(&a, &b, 1) == 0; });
+    const std::string clean = CleanText(name);
+    return found != name.end() ? clean : std::string(nameMark) + "." + clean;
+}
+
+post::Notification MakeNotification(const std::string& name, const Row& row,
+                                    const Progress& progress, pid_t tool,
+                                    const std::string& after) {
+    Values values;
+    values.Add("PID", std::to_string(tool));
+    values.Add("Extra", after);
+    values.Add("BSD", row.disk);
+    if (row.tool->name == "scanner")
+        AddScanner(values, row, progress);
+    else if (row.tool->name == "backup")
+        AddBackup(values, row, progress);
+    else
+        AddDefragmenter(values, row, progress);
+    return {row.tool, name, values.Take()};
+}
+
+} // namespace kqu::run

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "post/kqu-run/Row.h"
+#include "post/posting/Poster.h"
+
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+
+namespace kqu::run {
+
+/// What a bus and a panel take: UTF-8 in one line without control characters, of bounded length;
+/// bytes that are neither become question marks.
+[[nodiscard]] std::string CleanText(std::string_view text);
+
+/// A task's name as the messenger wants it, which knows its own by a mark in the name: the name
+/// itself if the mark is in it, else with the mark before it.
+[[nodiscard]] std::string TaskName(std::string_view name);
+
+/// The notification that tells of a run. `after` is what the machine shall do afterwards, or empty.
+[[nodiscard]] post::Notification MakeNotification(const std::string& name, const Row& row,
+                                                  const Progress& progress, pid_t tool,
+                                                  const std::string& after);
+
+} // namespace kqu::run

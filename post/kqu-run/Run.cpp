@@ -1,0 +1,211 @@
+#include "post/kqu-run/Run.h"
+
+#include "post/kqu-run/Processes.h"
+#include "post/kqu-run/RowText.h"
+#include "post/kqu-run/tools/Recognise.h"
+
+#include <algorithm>
+#include <array>
+#include <fcntl.h>
+#include <linux/kcmp.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+namespace kqu::run {
+
+namespace {
+constexpr std::chrono::milliseconds betweenLooks{250};
+/// What has been read is made sense of this often, however much it is.
+constexpr std::chrono::milliseconds betweenReads{50};
+/// What doesn't change is told again all the same: the messenger or the bus may have come later.
+constexpr std::chrono::seconds untilRepeated{5};
+/// How long the last post may hold up the end; a bus that is there takes a millisecond.
+constexpr std::chrono::milliseconds lastPatience{300};
+
+/// Whether two descriptors share one open file, so that what is written to them has an order.
+bool AreOneFile(int one, int other) {
+    const long result = syscall(SYS_kcmp, getpid(), getpid(), KCMP_FILE, one, other);
+    if (result >= 0)
+        return result == 0;
+    struct stat a {
+    }, b{};
+    return fstat(one, &a) == 0 && fstat(other, &b) == 0 && a.st_dev == b.st_dev &&
+           a.st_ino == b.st_ino && !S_ISREG(a.st_mode);
+}
+
+/// Two terminals are one even if they were opened apart.
+bool AreOneTerminal(int one, int other) {
+    struct stat a {
+    }, b{};
+    return fstat(one, &a) == 0 && fstat(other, &b) == 0 && S_ISCHR(a.st_mode) &&
+           a.st_rdev == b.st_rdev && isatty(one);
+}
+
+bool EndsUs(std::uint32_t signal) {
+    return signal == SIGTERM || signal == SIGINT || signal == SIGHUP || signal == SIGQUIT;
+}
+} // namespace
+
+Run::Run(Request request) : request_(std::move(request)) {}
+
+Ending Run::Execute() {
+    Start();
+    while (!ending_ || (relay_ && !relay_->IsDone() && !isCutShort_))
+        Pump();
+    ReadTool();
+    PostIfDue(true);
+    poster_->Finish(lastPatience);
+    Reap(child_);
+    return *ending_;
+}
+
+void Run::Start() {
+    launch_.arguments = request_.command;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        launch_.terminal[static_cast<std::size_t>(stream)] = isatty(stream) != 0;
+    tool_ = Recognise(launch_);
+    tool_->Prepare(launch_);
+    row_ = tool_->GetRow();
+    row_.tool = request_.tool != nullptr ? request_.tool : row_.tool;
+    row_.volume = request_.volume.value_or(row_.volume);
+    row_.destination = request_.destination.value_or(row_.destination);
+    // The defragmenter's volume is known to the panel by its disk alone.
+    if (request_.volume && row_.tool->name == "defragmenter")
+        row_.disk = *request_.volume;
+
+    Stream stream = OpenStream();
+    const bool merges =
+        AreOneFile(STDOUT_FILENO, STDERR_FILENO) || AreOneTerminal(STDOUT_FILENO, STDERR_FILENO);
+    const int tools = stream.tools.Number();
+    child_ = StartChild(launch_, signals_, launch_.stream == 1 || merges ? tools : -1,
+                        launch_.stream == 2 || merges ? tools : -1);
+    process_ = child_;
+    if (stream.ours)
+        relay_.emplace(std::move(stream.ours), launch_.stream, tool_->Filter(),
+                       [this](std::string_view bytes) { lines_.Add(bytes); });
+
+    const std::string unique = ToolName(launch_) + "." + std::to_string(child_) + "." +
+                               std::to_string(Clock::now().time_since_epoch().count());
+    name_ = TaskName(request_.name.value_or(unique));
+    const bool isRoot = geteuid() == 0;
+    poster_.emplace(request_.onSystemBus || isRoot ? post::Bus::System : post::Bus::Session,
+                    request_.startsMessenger, request_.isVerbose);
+    PostIfDue(false);
+    nextLook_ = Clock::now() + betweenReads;
+}
+
+/// The way from the stream that is read to us: a terminal where the stream is one.
+Stream Run::OpenStream() {
+    if (launch_.stream == 0)
+        return {};
+    hasTerminal_ = launch_.terminal[static_cast<std::size_t>(launch_.stream)];
+    return hasTerminal_ ? OpenTerminalLike(launch_.stream) : OpenPipe();
+}
+
+void Run::Pump() {
+    std::vector<pollfd> polled{{signals_.Number(), POLLIN, 0}};
+    if (relay_)
+        relay_->Await(polled);
+    if (poll(polled.data(), polled.size(), Timeout()) < 0)
+        return;
+    if (polled[0].revents != 0)
+        TakeSignals();
+    if (relay_)
+        relay_->Work(polled[1], polled[2]);
+    if (!ending_ && Clock::now() >= nextLook_)
+        LookAtTool();
+    PostIfDue(false);
+}
+
+/// Until something has to be done though nothing has come, in milliseconds.
+int Run::Timeout() const {
+    if (ending_)
+        return relay_ && relay_->IsWaiting() ? -1 : 0;
+    const auto now = Clock::now();
+    auto next = nextLook_;
+    if (posted_ != tool_->GetProgress())
+        next = std::min(next, throttle_.Next(now));
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - now).count();
+    return static_cast<int>(std::clamp<long>(left, 0, betweenLooks.count()));
+}
+
+void Run::TakeSignals() {
+    signalfd_siginfo signal{};
+    while (signals_.Next(signal))
+        TakeSignal(signal);
+}
+
+void Run::TakeSignal(const signalfd_siginfo& signal) {
+    const auto number = static_cast<int>(signal.ssi_signo);
+    // The terminal's own signals go to the whole process group, the tool included.
+    const bool isTools = signal.ssi_code == SI_KERNEL;
+    if (number == SIGCHLD) {
+        LookAtChild();
+    } else if (ending_) {
+        isCutShort_ = isCutShort_ || EndsUs(signal.ssi_signo);
+    } else if (number == SIGWINCH && hasTerminal_ && relay_) {
+        // The tool may have asked for the size before the stand-in had it.
+        CopySize(launch_.stream, relay_->From());
+        kill(process_, number);
+    } else if (!isTools) {
+        kill(child_, number);
+    }
+}
+
+void Run::LookAtChild() {
+    const int stop = StoppedBy(child_);
+    // Whoever waits for us shall see the job stop. A tool that is stopped by others, as by those
+    // that slow processes down, is none of theirs.
+    if (stop == SIGTSTP || stop == SIGTTIN || stop == SIGTTOU)
+        ActOn(stop);
+    ending_ = Ended(child_);
+    if (ending_ && relay_)
+        relay_->ToolHasEnded();
+}
+
+void Run::ReadTool() {
+    if (launch_.channel >= 0)
+        ReadChannel();
+    lines_.Lines([this](std::string_view line) { tool_->Read(line); });
+}
+
+/// The channel is a file in memory; what has been read is given back.
+void Run::ReadChannel() {
+    std::array<char, 16384> buffer{};
+    ssize_t got = 0;
+    const long before = channelRead_;
+    while ((got = pread(launch_.channel, buffer.data(), buffer.size(), channelRead_)) > 0) {
+        lines_.Add({buffer.data(), static_cast<std::size_t>(got)});
+        channelRead_ += got;
+    }
+    if (channelRead_ > before)
+        fallocate(launch_.channel, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, channelRead_);
+}
+
+void Run::LookAtTool() {
+    const auto now = Clock::now();
+    ReadTool();
+    if (launch_.tool > 0)
+        if (const pid_t found = FindProcess(child_, ToolName(launch_)); found != 0)
+            process_ = found;
+    tool_->Look(process_);
+    nextLook_ = now + (relay_ ? betweenReads : betweenLooks);
+}
+
+void Run::PostIfDue(bool isLast) {
+    Progress progress = tool_->GetProgress();
+    if (isLast && ending_->status == 0 && ending_->signal == 0 && progress.share)
+        progress.share = 1;
+    const auto now = Clock::now();
+    const bool isNew = posted_ != progress || postedProcess_ != process_ || now >= repeated_;
+    if (!isLast && (!isNew || throttle_.Next(now) > now))
+        return;
+    poster_->Post(MakeNotification(name_, row_, progress, process_, request_.after));
+    throttle_.Posted(now);
+    posted_ = progress;
+    postedProcess_ = process_;
+    repeated_ = now + untilRepeated;
+}
+
+} // namespace kqu::run

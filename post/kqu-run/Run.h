@@ -1,0 +1,70 @@
+#pragma once
+
+#include "post/kqu-run/Child.h"
+#include "post/kqu-run/CommandLine.h"
+#include "post/kqu-run/LineReader.h"
+#include "post/kqu-run/Relay.h"
+#include "post/kqu-run/RowPoster.h"
+#include "post/kqu-run/Signals.h"
+#include "post/kqu-run/Terminal.h"
+#include "post/kqu-run/Throttle.h"
+#include "post/kqu-run/tools/Tool.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kqu::run {
+
+/// One run of a command, from its start to its end. Everything happens on one thread, which waits
+/// for the tool's output, for signals and for the time to look and to post; only the posting
+/// itself, which may take its time, has a thread of its own.
+class Run {
+  public:
+    explicit Run(Request request);
+
+    /// Raises StartError.
+    Ending Execute();
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    void Start();
+    Stream OpenStream();
+    void Pump();
+    [[nodiscard]] int Timeout() const;
+    void TakeSignals();
+    void TakeSignal(const signalfd_siginfo& signal);
+    void LookAtChild();
+    void ReadTool();
+    void ReadChannel();
+    void LookAtTool();
+    void PostIfDue(bool isLast);
+
+    Request request_;
+    Launch launch_;
+    Signals signals_;
+    std::unique_ptr<Tool> tool_;
+    Row row_;
+    std::string name_;
+    std::optional<Relay> relay_;
+    /// The stand-in for a terminal, whose size follows the real one.
+    bool hasTerminal_ = false;
+    LineReader lines_;
+    long channelRead_ = 0;
+
+    pid_t child_ = 0;
+    /// The tool itself, if the child is a command that runs it.
+    pid_t process_ = 0;
+    std::optional<Ending> ending_;
+    bool isCutShort_ = false;
+
+    std::optional<RowPoster> poster_;
+    Throttle throttle_;
+    std::optional<Progress> posted_;
+    pid_t postedProcess_ = 0;
+    Clock::time_point repeated_{};
+    Clock::time_point nextLook_{};
+};
+
+} // namespace kqu::run

@@ -1,0 +1,66 @@
+#include "post/kqu-run/Signals.h"
+
+#include <array>
+#include <sys/prctl.h>
+
+namespace kqu::run {
+
+namespace {
+/// Those that a process gets from its own faults, that stop it because it uses its terminal from
+/// the background, or that can't be caught act on kqu-run as on anybody.
+constexpr std::array<int, 12> notOurs{SIGKILL, SIGSTOP, SIGTTIN, SIGTTOU, SIGPIPE, SIGSEGV,
+                                      SIGBUS,  SIGFPE,  SIGILL,  SIGTRAP, SIGABRT, SIGSYS};
+
+sigset_t OurSignals() {
+    sigset_t ours;
+    sigfillset(&ours);
+    for (const int number : notOurs)
+        sigdelset(&ours, number);
+    return ours;
+}
+
+void SetAction(int number, void (*handler)(int), struct sigaction& before) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    sigaction(number, &action, &before);
+}
+} // namespace
+
+Signals::Signals() {
+    const sigset_t ours = OurSignals();
+    sigprocmask(SIG_BLOCK, &ours, &inheritedMask_);
+    SetAction(SIGPIPE, SIG_IGN, inheritedPipe_);
+    // Who ignores it is never told what became of a child.
+    SetAction(SIGCHLD, SIG_DFL, inheritedChild_);
+    waiting_ = Descriptor(signalfd(-1, &ours, SFD_NONBLOCK | SFD_CLOEXEC));
+}
+
+bool Signals::Next(signalfd_siginfo& signal) const {
+    return read(waiting_.Number(), &signal, sizeof signal) == sizeof signal;
+}
+
+void Signals::Restore() const {
+    sigaction(SIGPIPE, &inheritedPipe_, nullptr);
+    sigaction(SIGCHLD, &inheritedChild_, nullptr);
+    sigprocmask(SIG_SETMASK, &inheritedMask_, nullptr);
+}
+
+void ActOn(int number) {
+    struct sigaction before {};
+    SetAction(number, SIG_DFL, before);
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, number);
+    sigset_t mask;
+    kill(getpid(), number);
+    sigprocmask(SIG_UNBLOCK, &only, &mask);
+    sigprocmask(SIG_SETMASK, &mask, nullptr);
+    sigaction(number, &before, nullptr);
+}
+
+void DieBy(int number) {
+    prctl(PR_SET_DUMPABLE, 0);
+    ActOn(number);
+}
+
+} // namespace kqu::run

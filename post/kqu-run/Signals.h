@@ -1,0 +1,38 @@
+#pragma once
+
+#include "post/kqu-run/Descriptor.h"
+
+#include <csignal>
+#include <sys/signalfd.h>
+
+namespace kqu::run {
+
+/// While it lives, signals wait to be read instead of acting on kqu-run. What the tool inherits is
+/// what kqu-run has inherited.
+class Signals {
+  public:
+    Signals();
+
+    /// Readable when a signal waits.
+    [[nodiscard]] int Number() const { return waiting_.Number(); }
+    /// The next signal that waits; false if there is none.
+    [[nodiscard]] bool Next(signalfd_siginfo& signal) const;
+    /// In the new process, before it becomes the tool. Safe after a fork.
+    void Restore() const;
+
+  private:
+    Descriptor waiting_;
+    sigset_t inheritedMask_{};
+    struct sigaction inheritedPipe_ {};
+    struct sigaction inheritedChild_ {};
+};
+
+/// Does to this process what the signal does to one that doesn't care for it: stops it, for
+/// example, until it is continued.
+void ActOn(int number);
+
+/// Ends this process by the signal, so that whoever waits for it sees what became of the tool. No
+/// core is written: the tool has written its own. Returns only if the signal doesn't end anybody.
+void DieBy(int number);
+
+} // namespace kqu::run

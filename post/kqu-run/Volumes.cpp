@@ -1,0 +1,191 @@
+#include "post/kqu-run/Volumes.h"
+
+#include "post/kqu-run/Arguments.h"
+#include "post/kqu-run/Descriptor.h"
+#include "post/kqu-run/Naming.h"
+
+#include <charconv>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/sysmacros.h>
+
+namespace kqu::run {
+
+namespace {
+namespace files = std::filesystem;
+
+constexpr std::size_t extSuperblock = 1024;
+constexpr std::size_t extMagicAt = extSuperblock + 56;
+constexpr std::size_t extLabelAt = extSuperblock + 120;
+constexpr std::size_t extLabelSize = 16;
+constexpr std::uint64_t sector = 512;
+
+std::string FirstLine(const files::path& path) {
+    std::ifstream file(path);
+    std::string line;
+    std::getline(file, line);
+    line.erase(line.find_last_not_of(" \t") + 1);
+    return line;
+}
+
+std::string MountInfo() {
+    std::ifstream file("/proc/self/mountinfo");
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string NumberOf(dev_t device) {
+    return std::to_string(major(device)) + ":" + std::to_string(minor(device));
+}
+
+files::path SysFolder(dev_t device) {
+    return files::path("/sys/dev/block") / NumberOf(device);
+}
+
+std::string KernelName(dev_t device) {
+    std::error_code failure;
+    return files::canonical(SysFolder(device), failure).filename().string();
+}
+
+/// The label in the links that udev makes.
+std::string LinkedLabel(dev_t device) {
+    std::error_code failure;
+    for (const auto& link : files::directory_iterator("/dev/disk/by-label", failure)) {
+        struct stat status {};
+        if (stat(link.path().c_str(), &status) == 0 && status.st_rdev == device)
+            return WithoutEscapes(link.path().filename().string());
+    }
+    return {};
+}
+
+std::string LabelIn(const std::string& path) {
+    const Descriptor disk(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    std::string bytes(extLabelAt + extLabelSize, '\0');
+    const ssize_t got = disk ? pread(disk.Number(), bytes.data(), bytes.size(), 0) : 0;
+    bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+    return ExtLabel(bytes);
+}
+
+/// The disk's maker's name; a part of it has the kernel's name behind that.
+std::string Model(dev_t device) {
+    const std::string own = FirstLine(SysFolder(device) / "device/model");
+    const std::string whole = FirstLine(SysFolder(device) / "../device/model");
+    const std::string kernelName = KernelName(device);
+    return !own.empty() ? own : !whole.empty() ? whole + " (" + kernelName + ")" : kernelName;
+}
+
+Volume Described(dev_t device, const std::string& path) {
+    Volume volume;
+    volume.disk = KernelName(device);
+    volume.mountPoint = MountPointOf(NumberOf(device), MountInfo());
+    volume.name = LinkedLabel(device);
+    if (volume.name.empty())
+        volume.name = LabelIn(path);
+    if (volume.name.empty() && !volume.mountPoint.empty())
+        volume.name = LastComponent(volume.mountPoint);
+    if (volume.name.empty())
+        volume.name = Model(device);
+    struct statvfs status {};
+    if (!volume.mountPoint.empty() && statvfs(volume.mountPoint.c_str(), &status) == 0)
+        volume.filesInUse = status.f_files - status.f_ffree;
+    return volume;
+}
+
+/// A path in mountinfo writes blanks and the like as \040.
+std::string WithoutOctal(std::string_view text) {
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned code = 0;
+        if (text[i] == '\\' && i + 3 < text.size() &&
+            std::from_chars(&text[i + 1], &text[i + 1] + 3, code, 8).ptr == &text[i + 1] + 3) {
+            plain += static_cast<char>(code);
+            i += 3;
+        } else {
+            plain += text[i];
+        }
+    }
+    return plain;
+}
+} // namespace
+
+std::string MountPointOf(std::string_view device, std::string_view mountInfo) {
+    while (!mountInfo.empty()) {
+        const std::string_view line = mountInfo.substr(0, mountInfo.find('\n'));
+        mountInfo.remove_prefix(std::min(line.size() + 1, mountInfo.size()));
+        const auto words = Words(line);
+        constexpr std::size_t deviceField = 2;
+        constexpr std::size_t pointField = 4;
+        if (words.size() > pointField && words[deviceField] == device)
+            return WithoutOctal(words[pointField]);
+    }
+    return {};
+}
+
+std::string ExtLabel(std::string_view firstBytes) {
+    if (firstBytes.size() < extLabelAt + extLabelSize ||
+        firstBytes.substr(extMagicAt, 2) != "\x53\xEF")
+        return {};
+    const std::string_view label = firstBytes.substr(extLabelAt, extLabelSize);
+    return std::string(label.substr(0, label.find('\0')));
+}
+
+std::optional<Volume> VolumeOfFile(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    if (major(status.st_dev) == 0) // a file system that is on no single disk
+        return std::nullopt;
+    return Described(status.st_dev, "/dev/block/" + NumberOf(status.st_dev));
+}
+
+std::optional<Volume> VolumeOfDisk(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    if (S_ISBLK(status.st_mode))
+        return Described(status.st_rdev, path);
+    if (!S_ISREG(status.st_mode))
+        return std::nullopt;
+    const std::string label = LabelIn(path);
+    return Volume{label.empty() ? LastComponent(path) : label, {}, {}, 0};
+}
+
+std::string FolderName(const std::string& path) {
+    if (IsElsewhere(path))
+        return PlaceName(path, {});
+    std::error_code failure;
+    const files::path whole = files::canonical(path, failure);
+    if (failure)
+        return LastComponent(path);
+    const auto volume = VolumeOfFile(path);
+    if (volume && volume->mountPoint == whole)
+        return volume->name;
+    return LastComponent(whole.string());
+}
+
+std::string FolderNames(const std::vector<std::string>& paths) {
+    std::vector<std::string> names;
+    for (const std::string& path : paths)
+        names.push_back(FolderName(path));
+    return Joined(names);
+}
+
+std::optional<std::uint64_t> SizeOf(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    if (S_ISREG(status.st_mode))
+        return static_cast<std::uint64_t>(status.st_size);
+    if (!S_ISBLK(status.st_mode))
+        return std::nullopt;
+    const std::string sectors = FirstLine(SysFolder(status.st_rdev) / "size");
+    return std::strtoull(sectors.c_str(), nullptr, 10) * sector;
+}
+
+} // namespace kqu::run

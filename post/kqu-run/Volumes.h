@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <vector>
+
+namespace kqu::run {
+
+/// A volume, or a disk without one.
+struct Volume {
+    /// As a person would say it: its label, else the last component of where it is mounted, else
+    /// the disk's model, else the kernel's name.
+    std::string name;
+    /// The kernel's name of the disk, such as "sda1"; empty if it is on none.
+    std::string disk;
+    /// Empty if it isn't mounted.
+    std::string mountPoint;
+    std::uint64_t filesInUse = 0;
+};
+
+/// The mounted volume that a file is on.
+[[nodiscard]] std::optional<Volume> VolumeOfFile(const std::string& path);
+/// The disk that is named: a block device, or an image file.
+[[nodiscard]] std::optional<Volume> VolumeOfDisk(const std::string& path);
+
+/// A folder as a person would say it: the volume's name if the path is where it is mounted, else
+/// the folder's own. A path on another machine is named with that.
+[[nodiscard]] std::string FolderName(const std::string& path);
+[[nodiscard]] std::string FolderNames(const std::vector<std::string>& paths);
+
+/// The size of a regular file or block device in bytes.
+[[nodiscard]] std::optional<std::uint64_t> SizeOf(const std::string& path);
+
+/// Where a block device ("8:1") is mounted first by a text in the form of /proc/self/mountinfo.
+[[nodiscard]] std::string MountPointOf(std::string_view device, std::string_view mountInfo);
+
+/// The label of a file system of the ext family from the beginning of its disk, or nothing.
+[[nodiscard]] std::string ExtLabel(std::string_view firstBytes);
+
+} // namespace kqu::run

@@ -1,0 +1,117 @@
+#include "post/kqu-run/Arguments.h"
+#include "post/kqu-run/Naming.h"
+#include "post/kqu-run/TreeSize.h"
+#include "post/kqu-run/Volumes.h"
+#include "post/kqu-run/tools/Numbers.h"
+#include "post/kqu-run/tools/Tool.h"
+
+#include <cstdlib>
+
+namespace kqu::run {
+
+namespace {
+constexpr std::string_view withValue =
+    "e C a P m c comment compression chunker-params checkpoint-interval debug-topic encryption "
+    "exclude exclude-from exclude-if-present files-cache filter first glob-archives group "
+    "last lock-wait patterns-from pattern paths-from-command paths-delimiter prefix remote-path "
+    "remote-ratelimit rsh sort-by stdin-group stdin-mode stdin-name stdin-user timestamp umask "
+    "upload-buffer upload-ratelimit user";
+constexpr std::string_view leavesOut =
+    "e exclude exclude-from exclude-caches exclude-if-present exclude-nodump pattern patterns-from "
+    "paths-from-stdin paths-from-command";
+
+/// With --progress it tells how much it has read, not of how much: that is added up beside it.
+class Borg : public Tool {
+  public:
+    void Prepare(Launch& launch) override {
+        const Arguments arguments(launch, withValue);
+        const std::vector<std::string>& operands = arguments.Operands();
+        if (operands.empty())
+            return;
+        row_.folder = true;
+        command_ = operands[0];
+        progress_.text = "borg " + command_;
+        NamePlaces(operands);
+        isCountable_ = command_ == "create" && !arguments.Has(leavesOut);
+        staysOnVolume_ = arguments.Has("x one-file-system");
+        // On a terminal a progress is welcome; anywhere else it would stand among the messages.
+        const bool asks = command_ == "create" && launch.terminal[2] &&
+                          !arguments.Has("p progress log-json list");
+        if (asks)
+            launch.arguments.insert(launch.arguments.begin() + static_cast<long>(launch.tool) + 1,
+                                    "--progress");
+        if (asks || arguments.Has("p progress"))
+            launch.stream = 2;
+    }
+
+    /// "33.55 MB O 33.55 MB C 0 B D 30 N src/d2/big", or "Checking segments 12.5%".
+    void Read(std::string_view line) override {
+        if (line.starts_with('{')) {
+            ReadJson(line);
+            return;
+        }
+        const std::size_t read = line.find(" O ");
+        const std::size_t files = line.find(" N ");
+        if (read == std::string_view::npos || files == std::string_view::npos) {
+            if (command_ != "create" && LastPercentage(line))
+                progress_.share = LastPercentage(line);
+            return;
+        }
+        done_ = Amount(line.substr(0, read)).value_or(0);
+        SetFile(line.substr(files + 3));
+    }
+
+    void Look(pid_t /*process*/) override {
+        if (isCountable_ && !sources_.empty() && !total_)
+            total_.emplace(sources_, staysOnVolume_);
+        const auto all = total_ ? total_->Bytes() : std::nullopt;
+        if (all && done_ > 0)
+            progress_.share = Share(done_, static_cast<double>(*all));
+    }
+
+  private:
+    void NamePlaces(const std::vector<std::string>& operands) {
+        const char* given = std::getenv("BORG_REPO");
+        const char* home = std::getenv("HOME");
+        std::string repository = operands.size() > 1 ? operands[1] : "";
+        repository.erase(std::min(repository.find("::"), repository.size()));
+        if (repository.empty() && given != nullptr)
+            repository = given;
+        const std::string name = PlaceName(repository, home != nullptr ? home : "~");
+        row_.destination = name;
+        if (command_ != "create" || operands.size() < 3) {
+            row_.volume = name;
+            return;
+        }
+        sources_.assign(operands.begin() + 2, operands.end());
+        row_.volume = FolderNames(sources_);
+        const auto volume = VolumeOfFile(sources_.front());
+        row_.disk = volume ? volume->disk : "";
+    }
+
+    void ReadJson(std::string_view line) {
+        if (const auto done = JsonNumber(line, "original_size"))
+            done_ = *done;
+        SetFile(JsonText(line, "path"));
+    }
+
+    /// The name is filled up with blanks to the width of the line.
+    void SetFile(std::string_view file) {
+        file = file.substr(0, file.find_last_not_of(' ') + 1);
+        if (!file.empty())
+            progress_.text = file;
+    }
+
+    std::string command_;
+    std::vector<std::string> sources_;
+    bool isCountable_ = false, staysOnVolume_ = false;
+    double done_ = 0;
+    std::optional<TreeSize> total_;
+};
+} // namespace
+
+std::unique_ptr<Tool> MakeBorg() {
+    return std::make_unique<Borg>();
+}
+
+} // namespace kqu::run

@@ -1,0 +1,54 @@
+#include "post/kqu-run/Arguments.h"
+#include "post/kqu-run/Volumes.h"
+#include "post/kqu-run/tools/Numbers.h"
+#include "post/kqu-run/tools/Tool.h"
+
+namespace kqu::run {
+
+namespace {
+class E4defrag : public Tool {
+  public:
+    void Prepare(Launch& launch) override {
+        const Arguments arguments(launch, "");
+        row_.tool = post::FindTool("defragmenter");
+        progress_.checking = arguments.Has("c");
+        if (!arguments.Operands().empty()) {
+            const std::string& target = arguments.Operands().front();
+            auto volume = VolumeOfDisk(target);
+            if (!volume || volume->disk.empty())
+                volume = VolumeOfFile(target);
+            if (volume) {
+                row_.disk = volume->disk;
+                row_.volume = volume->name;
+                row_.filesInUse = volume->filesInUse;
+            }
+            progress_.text = target;
+        }
+        launch.stream = 1;
+    }
+
+    /// "[35/37]/mnt/data/big:	 16%", with the number in brackets alone before it.
+    void Read(std::string_view line) override {
+        if (!TakeMark(line, "["))
+            return;
+        const auto done = TakeNumber(line);
+        const bool isDivided = TakeMark(line, "/");
+        const auto all = TakeNumber(line);
+        if (!done || !isDivided || !all || !TakeMark(line, "]"))
+            return;
+        progress_.share = Share(static_cast<double>(*done), static_cast<double>(*all));
+        const std::size_t end = line.rfind(":\t");
+        if (end == std::string_view::npos || line.empty())
+            return;
+        progress_.text = line.substr(0, end);
+        progress_.fileShare =
+            LastPercentage(line.substr(end).substr(0, line.substr(end).find('%') + 1));
+    }
+};
+} // namespace
+
+std::unique_ptr<Tool> MakeE4defrag() {
+    return std::make_unique<E4defrag>();
+}
+
+} // namespace kqu::run

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kqu::run {
+
+/// Numbers as tools print them, whatever marks the locale has.
+
+/// The last percentage in the text, from 0 to 1: "  12.5%", "12,5 %".
+[[nodiscard]] std::optional<double> LastPercentage(std::string_view text);
+
+/// The whole number that the text begins with; moves the text behind it.
+[[nodiscard]] std::optional<std::uint64_t> TakeNumber(std::string_view& text);
+/// Whether the text begins with the mark; moves the text behind it.
+bool TakeMark(std::string_view& text, std::string_view mark);
+
+/// An amount such as "56.267 MiB" or "1,2 GB" at the beginning of the text, in bytes.
+[[nodiscard]] std::optional<double> Amount(std::string_view text);
+
+/// A size as dd takes it: "4096", "64k", "1M", "2x512", "10MB".
+[[nodiscard]] std::optional<std::uint64_t> DdSize(std::string_view text);
+
+/// The value behind `"key":` in a line of JSON: a number, or the text of the first string with the
+/// common escapes resolved.
+[[nodiscard]] std::optional<double> JsonNumber(std::string_view line, std::string_view key);
+[[nodiscard]] std::string JsonText(std::string_view line, std::string_view key);
+
+/// part / whole; nothing if there is no whole.
+[[nodiscard]] std::optional<double> Share(double part, double whole);
+
+} // namespace kqu::run

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "post/kqu-run/OutputFilter.h"
+
+#include <cstddef>
+
+namespace kqu::run {
+
+/// The length of what rsync prints for --info=progress2 or --progress at the beginning of the text,
+/// without the carriage return: "   1,200,000   2%  139.14MB/s    0:00:00 (xfr#4, to-chk=27/34)".
+/// 0 if it is something else.
+[[nodiscard]] std::size_t RsyncProgressLength(std::string_view text);
+
+/// Takes rsync's progress out. It can be told with certainty: rsync begins it with a carriage
+/// return, which nothing else of its output holds, since it writes that character of a file's name
+/// in octal; and it ends it with a line feed before it prints anything else.
+class RsyncFilter : public OutputFilter {
+  public:
+    void Pass(std::string_view bytes, std::string& out) override;
+    void End(std::string& out) override;
+
+  private:
+    void Decide(char next, std::string& out);
+    void Emit(std::string_view text, std::string& out);
+
+    /// From a carriage return on, until the next character of its kind; empty outside.
+    std::string held_;
+    /// Where both outputs are one stream, an error message may come between a progress and the line
+    /// feed that ends it; that one then makes an empty line, the next that there is.
+    bool owesLineFeed_ = false;
+    bool isAtLineStart_ = false;
+};
+
+} // namespace kqu::run

@@ -1,0 +1,383 @@
+"""kqu-run from outside: real tools on real files and file systems, what goes through and what is posted."""
+
+import contextlib
+import hashlib
+import os
+import pathlib
+import pty
+import re
+import select
+import shutil
+import signal
+import socket
+import subprocess
+import tempfile
+import termios
+import time
+import unittest
+
+import dbus.lowlevel
+
+from support import ROOT, DesktopTest, wait_until
+from support.buses import Bus
+from support.panel import ROW
+from support.posting import INTERFACE, OBJECTS
+from support.processes import Processes
+from test_post import Listener
+
+KQU_RUN = pathlib.Path(os.environ.get("KQU_BUILD", ROOT / "build" / "release")).resolve() / "kqu-run"
+IS_ROOT = os.geteuid() == 0
+KIND = "system" if IS_ROOT else "session"
+SECRETS = {"RESTIC_PASSWORD": "x", "BORG_PASSPHRASE": "x", "BORG_UNKNOWN_UNENCRYPTED_REPO_ACCESS_IS_OK": "yes"}
+
+
+class Posts(Listener):
+    """Keeps what is posted with the time at which it came."""
+
+    def _take(self, _, message):
+        if message.get_interface() == INTERFACE:
+            _, told, info = message.get_args_list()
+            self.heard.append((time.monotonic(), str(told), {str(k): str(v) for k, v in info.items()}))
+        return dbus.lowlevel.HANDLER_RESULT_NOT_YET_HANDLED
+
+    def forget(self):
+        """What comes from now on is of the next run: a run's last post comes before its end."""
+        self.has_come().clear()
+
+    def values(self, key):
+        return [info.get(key) for _, _, info in self.has_come()]
+
+
+class RunCase(unittest.TestCase):
+    """A folder with files, and kqu-run in it."""
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kqu-run-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.processes = Processes(self.folder)
+        self.addCleanup(self.processes.end_all)
+        self.env = {"PATH": f"{self.folder}/bin:/usr/sbin:/sbin:{os.environ['PATH']}", "HOME": str(self.folder),
+                    "LANG": "C.UTF-8", **self.processes.mark, **SECRETS}
+        for kind in ("session", "system"):
+            self.env[f"DBUS_{kind.upper()}_BUS_ADDRESS"] = f"unix:path={self.folder}/none"
+        self.source = self.folder / "Documents"
+        (self.source / "inner").mkdir(parents=True)
+        (self.folder / "bin").mkdir()
+        for number in range(20):
+            (self.source / "inner" / f"f{number}").write_bytes(os.urandom(100_000))
+        (self.source / "big").write_bytes(os.urandom(20_000_000))
+
+    def listen(self):
+        bus = Bus(KIND, self.processes, self.env)
+        self.env[f"DBUS_{KIND.upper()}_BUS_ADDRESS"] = bus.address
+        bus.start()
+        self.addCleanup(bus.stop)
+        return Posts(bus)
+
+    def run_direct(self, *command, **options):
+        options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
+        return subprocess.run([str(part) for part in command], env=self.env, cwd=self.folder,
+                              timeout=120, check=False, **options)
+
+    def run_shown(self, *command, **options):
+        return self.run_direct(KQU_RUN, *command, **options)
+
+    def start(self, *command, **options):
+        return subprocess.Popen([str(KQU_RUN), *(str(part) for part in command)], env=self.env,
+                                cwd=self.folder, **options)
+
+    def stand_in(self, name, script):
+        """A tool that does what is hard to get a real one to do."""
+        path = self.folder / "bin" / name
+        path.write_text("#!/bin/sh\n" + script)
+        path.chmod(0o755)
+
+    def make_volume(self):
+        """A file system labelled Data, mounted by root; the image itself for others."""
+        image = self.folder / "disk.img"
+        subprocess.run(["truncate", "-s", "64M", image], check=True)
+        subprocess.run(["/sbin/mkfs.ext4", "-q", "-L", "Data", image], check=True, timeout=60)
+        if not IS_ROOT:
+            return image, self.source, None
+        device = subprocess.run(["losetup", "-f", "--show", image], check=True, capture_output=True,
+                                text=True).stdout.strip()
+        self.addCleanup(subprocess.run, ["losetup", "-d", device], check=True)
+        mount = self.folder / "mounted"
+        mount.mkdir()
+        subprocess.run(["mount", device, mount], check=True)
+        self.addCleanup(subprocess.run, ["umount", mount], check=True)
+        shutil.copytree(self.source, mount / "files")
+        os.sync()
+        return device, mount, os.path.basename(device)
+
+
+class RunTest(RunCase):
+    def test_known_tools_show_their_progress_and_print_what_they_would(self):
+        posts = self.listen()
+        device, mount, disk = self.make_volume()
+        self.run_direct("restic", "init", "-r", "restic")
+        self.run_direct("borg", "init", "-e", "none", "borg")
+        self.env["RESTIC_PROGRESS_FPS"] = "20"
+        rows = (
+            (("rsync", "-a", "Documents/", "a/"), "backup",
+             {"VolName": "Documents", "dVolName": "a/", "FolderBackup": "1", "status": "23 of 23 files"}),
+            (("nice", "rsync", "-av", "--bwlimit=20000", "Documents/", "b/"), "backup", {"dVolName": "b/"}),
+            (("dd", f"if={device}", "of=copy.img", "bs=64k"), "backup",
+             {"VolName": "Data", "dVolName": "copy.img", "Type": "4" if disk else None}),
+            (("badblocks", "-sv", device), "scanner", {"VolName": "Data", "ScanType": "1"}),
+            (("badblocks", "-b", "512", device), "scanner", {"VolName": "Data", "ScanType": "1"}),
+            (("e2fsck", "-fn", device), "scanner",
+             {"VolName": "Data", "Item": "Pass 5 of 5: group summaries"}),
+            (("e4defrag", "-v", mount), "defragmenter", {"status": "defrag"}),
+            (("tar", "czf", "a.tgz", "Documents"), "backup",
+             {"VolName": "Documents", "dVolName": "a.tgz", "Type": "4"}),
+            (("tar", "xf", "a.tgz", "-C", "/dev/shm", "--to-command=cat >/dev/null"), "backup",
+             {"VolName": "a.tgz", "dVolName": "/dev/shm"}),
+            (("restic", "-r", "restic", "backup", "Documents"), "backup",
+             {"VolName": "Documents", "dVolName": "restic"}),
+            (("borg", "create", "-p", "borg::one", "Documents"), "backup",
+             {"VolName": "Documents", "dVolName": "borg"}),
+        )
+        for command, tool, expected in rows:
+            with self.subTest(command):
+                posts.forget()
+                shown = self.run_shown("--after", "sleep", *command)
+                self.assertEqual(shown.returncode, 0, shown.stderr)
+                self.assertGreaterEqual(len(posts.has_come()), 2)
+                self.assertEqual({told for _, told, _ in posts.heard}, {OBJECTS[tool]})
+                last = posts.heard[-1][2]
+                self.assertEqual({key: last.get(key) for key in expected}, expected)
+                self.assertEqual(last["Extra"], "sleep")
+                if tool == "defragmenter":
+                    self.assertTrue(any(name for name in posts.values("FileName")
+                                        if name.endswith("/big")), posts.heard)
+                    self.assertEqual(last["BSD"], disk or last["BSD"])
+                else:
+                    self.assertEqual(last.get("Progress", "none"), "1000.00")
+
+    def test_output_is_what_it_was(self):
+        self.listen()
+        image, _, _ = self.make_volume()
+        (self.source / "odd\rname 5%\n").touch()
+        changing = re.compile(rb"received \d+ bytes +[\d,.]+ bytes/sec|created directory \S+|\[\d+/\d+\]")
+        for command in (("rsync", "-av", "--delete", "Documents/", "{}/"),
+                        ("rsync", "-a", "absent", "Documents/", "{}/"),
+                        ("rsync", "--nonsense"), ("e2fsck", "-fn", image),
+                        ("e4defrag", "-v", "Documents/inner"), ("badblocks", "-sv", image),
+                        ("tar", "cf", "-", "Documents")):
+            for options in ({}, {"stderr": subprocess.STDOUT}):
+                with self.subTest(command, options=options):
+                    for place in ("a", "b"):
+                        shutil.rmtree(self.folder / place, ignore_errors=True)
+                    direct = self.run_direct(*(str(word).format("a") for word in command), **options)
+                    shown = self.run_shown(*(str(word).format("b") for word in command), **options)
+                    self.assertEqual(shown.returncode, direct.returncode)
+                    self.assertEqual(changing.sub(b"", shown.stdout), changing.sub(b"", direct.stdout))
+                    self.assertEqual((shown.stderr or b"").replace(b"\nrsync", b"rsync"),
+                                     (direct.stderr or b"").replace(b"\nrsync", b"rsync"))
+
+    def test_statuses_and_signals_are_the_tools(self):
+        posts = self.listen()
+        for command, status in ((("sh", "-c", "exit 7"), 7), (("sh", "-c", "kill -KILL $$"), -9),
+                                (("sh", "-c", "kill -SEGV $$"), -11), (("true",), 0),
+                                (("absent-command",), 127), ((self.source,), 126),
+                                (("--nonsense", "true"), 125), ((), 125)):
+            done = self.run_shown(*command)
+            self.assertEqual((done.returncode, done.stdout), (status, b""), command)
+            self.assertRegex(done.stderr.decode(), r"\Akqu-run: [^\n]+\n\Z" if status > 100 else r"\A\Z")
+        done = self.run_shown("cat", input=b"in\0put\n")
+        self.assertEqual(done.stdout, b"in\0put\n")
+        self.stand_in("e4defrag", "trap 'echo asked; exit 3' USR1 TERM; echo $$; while :; do sleep 0.05; done")
+        for number in (signal.SIGTERM, signal.SIGUSR1):
+            posts.forget()
+            running = self.start("e4defrag", "x", stdout=subprocess.PIPE)
+            tool = running.stdout.readline()
+            running.send_signal(number)
+            self.assertEqual((running.stdout.read(), running.wait(20)), (b"asked\n", 3))
+            running.stdout.close()
+            self.assertEqual(set(posts.values("PID")), {tool.decode().strip()})
+
+    def test_a_tool_that_is_killed_and_a_kqu_run_that_is_killed(self):
+        posts = self.listen()
+        running = self.start("--volume", "Mine", "--destination", "There", "--name", "mine",
+                             "dd", "if=/dev/zero", "of=/dev/null", "bs=1k")
+        tool = int(wait_until("a post", lambda: posts.values("PID"))[0])
+        self.assertEqual(pathlib.Path(f"/proc/{tool}/comm").read_text(), "dd\n")
+        self.assertEqual((posts.values("VolName")[0], posts.values("dVolName")[0]), ("Mine", "There"))
+        os.kill(tool, signal.SIGKILL)
+        self.assertEqual(running.wait(20), -9)
+        posts.forget()
+        running = self.start("dd", f"if={self.source}/big", "of=slow", "bs=512", "oflag=dsync",
+                             stderr=subprocess.DEVNULL)
+        tool = int(wait_until("a post", lambda: posts.values("PID"))[0])
+        running.kill()
+        running.wait(20)
+        copy = self.folder / "slow"
+        size = os.path.getsize(copy) if copy.exists() else 0
+        wait_until("the copy to go on", lambda: copy.exists() and os.path.getsize(copy) > size)
+        os.kill(tool, signal.SIGKILL)
+
+    def test_a_flood_goes_through_whole_and_is_posted_four_times_a_second(self):
+        posts = self.listen()
+        self.stand_in("e4defrag", 'for i in 1 2 3 4 5; do yes "[$i/8]/x/file,1:\t 12%" | head -c 20M; sleep 0.3; done;'
+                      'printf "\\n[7/8]/last:\t 50%%"; exit 4')
+        wanted = self.run_direct("e4defrag").stdout
+        self.assertGreater(len(wanted), 100 << 20)
+        with self.start("e4defrag", stdout=subprocess.PIPE) as running:
+            sums, size = hashlib.sha256(), 0
+            while data := running.stdout.read1(1 << 20):
+                sums.update(data)
+                size += len(data)
+                posts.has_come()
+            self.assertEqual(running.wait(20), 4)
+        self.assertEqual((size, sums.digest()), (len(wanted), hashlib.sha256(wanted).digest()))
+        self.assertEqual(posts.values("FileName")[-1], "/last")
+        times = [when for when, _, _ in posts.heard]
+        self.assertGreater(len(times), 3)
+        self.assertLessEqual(len(times), 4 * (times[-1] - times[0]) + 1, times)
+
+    def test_a_reader_that_waits_or_goes_is_as_it_was(self):
+        self.listen()
+        self.stand_in("e4defrag", "trap 'exit 9' TERM; echo $$ >&2; yes | head -c 50M & wait $!; echo $? >&2")
+        running = self.start("e4defrag", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        running.stderr.readline()
+        time.sleep(0.3)  # everything on the way is full by then
+        running.send_signal(signal.SIGTERM)
+        wait_until("the tool to end", lambda: len(os.listdir(f"/proc/{running.pid}/task")) and
+                   "Z" in self._children_states(running.pid))
+        self.assertGreater(len(running.stdout.read()), 100_000)
+        self.assertEqual(running.wait(20), 9)
+        running.stdout.close()
+        running.stderr.close()
+        self.stand_in("e4defrag", "exec yes")
+        running = self.start("e4defrag", stdout=subprocess.PIPE)
+        running.stdout.readline()
+        running.stdout.close()
+        self.assertEqual(running.wait(20), -signal.SIGPIPE)
+
+    @staticmethod
+    def _children_states(pid):
+        children = pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text().split()
+        return [pathlib.Path(f"/proc/{child}/stat").read_text().rpartition(")")[2].split()[0]
+                for child in children]
+
+    def test_no_bus_and_a_silent_bus_hold_nothing_up(self):
+        silent = socket.socket(socket.AF_UNIX)
+        self.addCleanup(silent.close)
+        silent.bind(f"{self.folder}/silent")
+        silent.listen()
+        for address in ("none", "silent"):
+            self.env[f"DBUS_{KIND.upper()}_BUS_ADDRESS"] = f"unix:path={self.folder}/{address}"
+            began = time.monotonic()
+            done = self.run_shown("rsync", "-a", "Documents/inner/", f"{address}-copy/")
+            self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
+            self.assertLess(time.monotonic() - began, 8)  # the bus alone would take ten and more
+        self.env[f"DBUS_{KIND.upper()}_BUS_ADDRESS"] = f"unix:path={self.folder}/none"
+        told = self.run_shown("--verbose", "sleep", "0.3").stderr.decode()
+        self.assertRegex(told, rf"\Akqu-run: no {KIND} bus: [^\n]+\n\Z")
+
+    def test_help_and_manual_know_every_option(self):
+        shown = self.run_shown("--help")
+        manual = (ROOT / "post" / "kqu-run" / "kqu-run.1").read_text().replace("\\-", "-")
+        for word in ("--after", "--tool", "--volume", "--destination", "--name", "--system",
+                     "--no-start", "--verbose", "--help", "--version", "rsync", "restic", "125"):
+            self.assertIn(word, shown.stdout.decode())
+            self.assertIn(word, manual)
+        self.assertRegex(self.run_shown("--version").stdout.decode(), r"\Akqu-run \d+\.\d+\.\d+\n\Z")
+
+
+class TerminalTest(RunCase):
+    """With a shell on a terminal, as a user works."""
+
+    def setUp(self):
+        super().setUp()
+        self.pid, self.terminal = pty.fork()
+        if self.pid == 0:
+            os.chdir(self.folder)
+            os.execvpe("bash", ["bash", "--norc", "--noediting", "-i"], {**self.env, "PS1": "ready> "})
+        self.addCleanup(self._hang_up)
+        self.seen = b""
+        self.expect("ready> ")
+        self.before = termios.tcgetattr(self.terminal)
+
+    def _hang_up(self):
+        with contextlib.suppress(OSError):
+            os.kill(self.pid, signal.SIGHUP)
+        os.close(self.terminal)
+        os.waitpid(self.pid, 0)
+
+    def expect(self, text):
+        def come():
+            if select.select([self.terminal], [], [], 0)[0]:
+                self.seen += os.read(self.terminal, 65536)
+            return re.search(text.encode(), self.seen)
+        found = wait_until(f"{text!r} on the terminal, after {self.seen[-400:]!r}", come)
+        self.seen = self.seen[found.end():]
+        return found[0].decode()
+
+    def type(self, text):
+        os.write(self.terminal, text.encode())
+
+    def test_a_terminal_stays_one(self):
+        self.stand_in("e4defrag", "test -t 0 && test -t 1 && test -t 2 && stty size <&1; read line; "
+                      "trap 'stty size <&1' WINCH; echo \"[1/2]got $line\"; while :; do sleep 0.05; done")
+        termios.tcsetwinsize(self.terminal, (30, 90))
+        self.type(f"{KQU_RUN} e4defrag x\n")
+        self.expect("30 90\r\n")
+        self.type("typed\n")
+        self.expect(r"\[1/2\]got typed\r\n")
+        termios.tcsetwinsize(self.terminal, (31, 91))
+        self.expect("31 91\r\n")
+        self.type("\x1a")
+        self.expect(r"Stopped[^\n]*\n.*ready> ")
+        self.type("fg; echo ended $?\n")
+        self.expect("e4defrag x\r\n")
+        self.type("\x03")
+        self.type("echo after $?\n")
+        self.expect("after 130\r\n")
+        self.expect("ready> ")
+        self.assertEqual(termios.tcgetattr(self.terminal), self.before)
+
+    def test_real_tools_in_the_foreground_and_background(self):
+        self.type(f"{KQU_RUN} rsync -a --bwlimit=2000 --info=progress2 Documents/ a/\n")
+        self.expect(r"\r +[\d,]+ +1\d% ")
+        self.type("\x03")
+        self.expect("received SIGINT")
+        self.type("echo status $?\n")
+        self.expect("status 20\r\n")
+        self.type(f"{KQU_RUN} badblocks -s Documents/big &\n")
+        self.expect(r"read-only test\): .*done  *\r\n")
+        self.type("wait; echo status $?\n")
+        self.expect("status 0\r\n")
+        self.type(f"{KQU_RUN} cat &\n")
+        self.type("sleep 0.5; jobs\n")
+        self.expect(r"Stopped[^\n]*\n.*ready> ")
+        self.type("fg\n")
+        self.expect("cat\r\n")
+        self.type("line\n\x04")
+        self.expect("line\r\nline\r\nready> ")
+        self.assertEqual(termios.tcgetattr(self.terminal), self.before)
+
+
+class RowTest(DesktopTest):
+    options = {"window_manager": None}
+
+    def test_the_panel_shows_the_row_until_the_tool_is_killed(self):
+        bus = self.desktop.system_bus if IS_ROOT else self.desktop.session_bus
+        running = self.desktop.processes.start([KQU_RUN, "nice", "sleep", "600"], self.desktop.env)
+        tool = int(wait_until("the tool", lambda: self._children(running.pid)))
+        self.desktop.start_messenger()  # after the first post, that nobody has heard
+        self.desktop.wait_listening(bus)
+        self.panel.wait_visible()
+        self.panel.wait_height(ROW)
+        os.kill(tool, signal.SIGKILL)
+        self.panel.wait_hidden()
+        running.wait(20)
+
+    @staticmethod
+    def _children(pid):
+        return pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text()
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,96 @@
+#include "post/kqu-run/LineReader.h"
+#include "post/kqu-run/Throttle.h"
+#include "post/kqu-run/tools/RsyncFilter.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace kqu::run {
+namespace {
+
+using namespace std::chrono_literals;
+using Lines = std::vector<std::string>;
+
+Lines Take(LineReader& reader) {
+    Lines lines;
+    reader.Lines([&](std::string_view line) { lines.emplace_back(line); });
+    return lines;
+}
+
+TEST(LineReader, MakesLinesOfWhatIsPrintedForEyes) {
+    LineReader reader;
+    reader.Add(
+        "one\r\n\r\ntwo\rthree 12%\b\b\b 13%\x1b[79;0H\x1b[K[3/34]\x1b[1;31mred\x1b[0m\n\x1b[");
+    EXPECT_EQ(Take(reader), (Lines{"one", "two", "three 12%", " 13%", "[3/34]red"}));
+    reader.Add("2Kfour\x07 \xff");
+    EXPECT_EQ(Take(reader), Lines{"four \xff"})
+        << "a sequence in two pieces, a bell, another encoding";
+    EXPECT_EQ(Take(reader), Lines{}) << "a line without an end is told once";
+    reader.Add("!\n");
+    EXPECT_EQ(Take(reader), Lines{"four \xff!"});
+}
+
+TEST(LineReader, AFloodLeavesTheNewestWholeLines) {
+    LineReader reader;
+    for (int i = 0; i < 100000; ++i)
+        reader.Add("line " + std::to_string(i) + "\n");
+    const Lines lines = Take(reader);
+    ASSERT_LT(lines.size(), 5000U);
+    EXPECT_EQ(lines.front().find("line "), 0U);
+    EXPECT_EQ(lines.back(), "line 99999");
+    reader.Add(std::string(10'000'000, 'x'));
+    EXPECT_EQ(Take(reader), Lines{});
+    reader.Add("x\nnext\n");
+    EXPECT_EQ(Take(reader), Lines{"next"});
+}
+
+TEST(Throttle, NeverMoreThanFourInASecondEvenWithTheLastOne) {
+    Throttle throttle;
+    const Throttle::Time start{};
+    std::vector<Throttle::Time> posts;
+    for (auto now = start; now < start + 10s; now += 1ms) {
+        if (throttle.Next(now) > now)
+            continue;
+        throttle.Posted(now);
+        posts.push_back(now);
+    }
+    EXPECT_EQ(posts[1], start + 250ms) << "what follows a burst comes soon";
+    EXPECT_EQ(posts.size(), 30U);
+    for (std::size_t i = 3; i < posts.size(); ++i)
+        EXPECT_GE(posts[i] - posts[i - 3], 1s);
+    EXPECT_EQ(throttle.Next(start + 20s), start + 20s);
+}
+
+/// What goes on when the text comes in pieces of a size.
+std::string Passed(std::string_view text, std::size_t size) {
+    RsyncFilter filter;
+    std::string out;
+    for (; !text.empty(); text.remove_prefix(std::min(size, text.size())))
+        filter.Pass(text.substr(0, size), out);
+    filter.End(out);
+    return out;
+}
+
+TEST(RsyncFilter, TakesOutItsProgressAndNothingElse) {
+    const std::string progress =
+        "\r         32,768   0%    0.00kB/s    0:00:00  "
+        "\r      1.200.000   2%  139,14MB/s    0:00:00 (xfr#4, to-chk=27/34)"
+        "\r          1.52M  15%  219.28MB/s    0:00:00 (xfr#30, ir-chk=1/34) ";
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"sending incremental file list\nd1/\n" + progress + "\nd1/f1\n" + progress +
+             "\n\nsent 1\n",
+         "sending incremental file list\nd1/\nd1/f1\n\nsent 1\n"},
+        {progress, ""},
+        {progress + "\n", ""},
+        {progress + "ssh: gone\nand\n\n\nsent\n", "ssh: gone\nand\n\nsent\n"},
+        {"motd\r\n\rother\r100%\n", "motd\r\n\rother\r100%\n"},
+        {"\r" + std::string(1000, '9'), "\r" + std::string(1000, '9')},
+        {"name 5% 1.0kB/s 0:00:01\n", "name 5% 1.0kB/s 0:00:01\n"},
+    };
+    for (const auto& [printed, wanted] : cases)
+        for (const std::size_t size : {1U, 2U, 7U, 4096U})
+            EXPECT_EQ(Passed(printed, size), wanted) << size << " bytes at a time";
+}
+
+} // namespace
+} // namespace kqu::run

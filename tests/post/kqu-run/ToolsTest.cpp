@@ -1,0 +1,176 @@
+#include "post/kqu-run/CommandLine.h"
+#include "post/kqu-run/LineReader.h"
+#include "post/kqu-run/tools/Numbers.h"
+#include "post/kqu-run/tools/Recognise.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+#include <unistd.h>
+#include <vector>
+
+namespace kqu::run {
+namespace {
+
+std::vector<std::string> Split(const std::string& text) {
+    std::istringstream words(text);
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
+struct Prepared {
+    Launch launch;
+    std::unique_ptr<Tool> tool;
+
+    explicit Prepared(const std::string& command, bool onTerminal = false) {
+        launch.arguments = Split(command);
+        launch.terminal.fill(onTerminal);
+        tool = Recognise(launch);
+        tool->Prepare(launch);
+    }
+    ~Prepared() { close(launch.channel); }
+
+    [[nodiscard]] std::string Command() const {
+        std::string joined;
+        for (const std::string& argument : launch.arguments)
+            joined += (joined.empty() ? "" : " ") + argument;
+        return joined;
+    }
+    Progress After(std::string_view printed) const {
+        LineReader lines;
+        lines.Add(printed);
+        lines.Lines([&](std::string_view line) { tool->Read(line); });
+        return tool->GetProgress();
+    }
+};
+
+/// What the tools print, as it was recorded.
+TEST(Tools, AreReadByTheirRealOutput) {
+    struct Case {
+        std::string command, printed;
+        double share;
+        std::string text;
+    };
+    const std::vector<Case> cases{
+        {"rsync -a src/ dst/",
+         "\r      8,700,000  14%  217.52MB/s    0:00:00 (xfr#29, to-chk=2/34)", 0.14,
+         "32 of 34 files"},
+        {"rsync -a --info=progress2 src/ dst/",
+         "\r      8.700.000  14%  217,52MB/s    0:00:00 (xfr#29, ir-chk=2/34)", 0.14,
+         "32 of 34 files so far"},
+        {"rsync -av --progress src/ dst/",
+         "d1/f10\n\r         32,768  10%    2.23MB/s    0:00:00  "
+         "\r        300,000 100%   19.07MB/s    0:00:00 (xfr#2, to-chk=17/34)\n",
+         0.5, "d1/f10"},
+        {"dd if=/dev/null of=/dev/null bs=1M count=720 status=progress",
+         "\r377487360 bytes (377 MB, 360 MiB) copied, 1 s, 377 MB/s", 0.5, "377 MB of 754 MB"},
+        {"dd count=720 bs=1M status=progress",
+         "377487360 Bytes (377 MB, 360 MiB) kopiert, 1,2 s, 3,7 MB/s", 0.5, "377 MB of 754 MB"},
+        {"badblocks -sv /dev/none 1000",
+         "Checking for bad blocks (read-only test):   0.00% done, 0:00 elapsed. (0/0/0 "
+         "errors)\b\b\b"
+         " 12.50% done, 0:05 elapsed. (0/0/0 errors)\b\b\b",
+         0.125, "125 of 1000"},
+        {"badblocks -sw /dev/none 1000",
+         "Testing with pattern 0xaa: 100.00% done, 0:05 elapsed. (0/0/0 errors)\b\bdone   \n"
+         "Reading and comparing:   0.00% done, 0:05 elapsed. (0/0/0 errors)\b\b"
+         " 50,00% done, 0:05 elapsed. (0/0/0 errors)\b\b",
+         0.1875, "500 of 1000"},
+        {"e2fsck -f /dev/none", "1 25 25 Data\n2 0 17 Data\n2 17 34 Data\n", 0.8,
+         "Pass 2 of 5: directory structure"},
+        {"e2fsck -C0 /dev/none", "Data: |==                    |  2.8%   \r", 0.028, ""},
+        {"e4defrag /none",
+         "\x1b[79;0H\x1b[K[35/70]/mnt/src/d2/big:\t  0%\x1b[79;0H\x1b[K[35/70]/mnt/src/d2/big:\t "
+         "16%",
+         0.5, "/mnt/src/d2/big"},
+        {"restic -r rep backup src",
+         "\r\x1b[2K[0:01] 34.50%  30 files 19.413 MiB, total 31 files 56.267 MiB, 0 errors ETA 0:02"
+         "\r\n\r\x1b[2K/src/d2/big\r\x1b[1A",
+         0.345, "/src/d2/big"},
+        {"restic -r rep backup src",
+         "[0:00] 30 files 28 MiB, total 31 files 56.000 MiB, 0 errors\n", 0.5, "restic backup"},
+        {"restic -r rep backup --json src",
+         R"({"message_type":"status","percent_done":0.25,"total_files":31,"current_files":["/src/\"f1"]})",
+         0.25, "/src/\"f1"},
+        {"borg check -p rep", "Checking segments 12.5%\r", 0.125, "borg check"},
+    };
+    for (const Case& one : cases) {
+        const Progress progress = Prepared(one.command, true).After(one.printed);
+        EXPECT_NEAR(progress.share.value_or(-1), one.share, 0.0001) << one.command;
+        EXPECT_EQ(progress.text, one.text) << one.command;
+    }
+    EXPECT_NEAR(*Prepared("e4defrag /none").After("[1/2]/a:b:\t 37%\r").fileShare, 0.37, 0.001);
+    EXPECT_EQ(Prepared("borg create -p rep::a src")
+                  .After("33.55 MB O 33.55 MB C 0 B D 30 N src/d2/big      \r")
+                  .text,
+              "src/d2/big");
+}
+
+TEST(Tools, AreAskedForProgressOnlyWhereThatDoesNoHarm) {
+    const std::string noTerminal =
+        "rsync -a src/ dst/;rsync --info=progress2 -a src/ dst/;1\n"
+        "nice -n 5 rsync -e ssh a b;nice -n 5 rsync --info=progress2 -e ssh a b;1\n"
+        "rsync -aP a b;=;1\nrsync -q a b;=;1\nrsync a;=;1\nrsync --daemon;=;0\n"
+        "dd if=a of=b;=;0\nsudo -u me dd if=a status=progress;=;2\n"
+        "badblocks /dev/none;=;0\nbadblocks -b 512 -s /dev/none;=;2\n"
+        "e2fsck -C 0 /dev/none;=;1\nsudo e2fsck /dev/zero;=;0\n"
+        "restic backup a;=;0\nrestic dump latest a;=;0\n"
+        "borg create r::a b;=;0\nborg -p create r::a b;=;2\n"
+        "tar czf a.tgz b;=;0\nenv A=b make;=;0\n";
+    std::istringstream lines(noTerminal);
+    std::string command, started, stream;
+    while (std::getline(lines, command, ';') && std::getline(lines, started, ';') &&
+           std::getline(lines, stream)) {
+        const Prepared prepared(command);
+        EXPECT_EQ(prepared.Command(), started == "=" ? command : started);
+        EXPECT_EQ(std::to_string(prepared.launch.stream), stream) << command;
+    }
+    EXPECT_EQ(Prepared("borg create r::a b", true).Command(), "borg --progress create r::a b");
+    EXPECT_EQ(Prepared("restic dump latest a", true).launch.stream, 0);
+}
+
+TEST(Tools, AreFoundBehindOtherCommands) {
+    for (const std::string command :
+         {"e4defrag x", "sudo -u root -- /usr/sbin/e4defrag x", "ionice -c 3 nice e4defrag x",
+          "env -u A B=c e4defrag x", "timeout -k 5 60 stdbuf -oL e4defrag x",
+          "time -f %e e4defrag x"})
+        EXPECT_EQ(Prepared(command).tool->GetRow().tool->name, "defragmenter") << command;
+    for (const std::string command : {"make e4defrag", "sudo", "timeout 5", "env A=b", "sudo --"})
+        EXPECT_EQ(Prepared(command).tool->GetProgress().text, command);
+}
+
+TEST(Numbers, AreReadAsToolsWriteThem) {
+    EXPECT_DOUBLE_EQ(*Amount("1,5 GB"), 1.5e9);
+    EXPECT_DOUBLE_EQ(*Amount("292.969 KiB"), 292.969 * 1024);
+    EXPECT_DOUBLE_EQ(*Amount("0 B"), 0);
+    EXPECT_FALSE(Amount("none"));
+    for (const auto& [text, size] :
+         std::vector<std::pair<std::string, std::uint64_t>>{{"4096", 4096},
+                                                            {"64k", 65536},
+                                                            {"1M", 1048576},
+                                                            {"10MB", 10000000},
+                                                            {"2x512", 1024},
+                                                            {"1MiB", 1048576},
+                                                            {"3b", 1536}})
+        EXPECT_EQ(DdSize(text), size) << text;
+    EXPECT_FALSE(DdSize("1q"));
+    EXPECT_FALSE(DdSize(""));
+    EXPECT_FALSE(LastPercentage("%"));
+}
+
+TEST(CommandLine, OwnOptionsEndWhereTheCommandBegins) {
+    const auto parse = [](std::vector<const char*> arguments) {
+        return ParseCommandLine(arguments);
+    };
+    const Request request =
+        parse({"--after", "sleep", "--volume=a=b", "--no-start", "ls", "--after"});
+    EXPECT_EQ(request.after, "sleep");
+    EXPECT_EQ(request.volume, "a=b");
+    EXPECT_FALSE(request.startsMessenger);
+    EXPECT_EQ(request.command, (std::vector<std::string>{"ls", "--after"}));
+    EXPECT_EQ(parse({"--", "--help"}).command, std::vector<std::string>{"--help"});
+    for (const auto& wrong : std::vector<std::vector<const char*>>{
+             {}, {"--"}, {"--after", "later", "ls"}, {"--tool=x", "ls"}, {"--name"}, {"-x", "ls"}})
+        EXPECT_THROW(parse(wrong), UsageError);
+}
+
+} // namespace
+} // namespace kqu::run
