@@ -41,8 +41,6 @@ class Plane {
     void PaintOn(const Target& target) const;
     /// Pixels that hold at least `area`, which is in reason and within the bounds.
     [[nodiscard]] std::shared_ptr<const Raster> PixelsOf(const Area& area) const;
-    /// All pixels, for good.
-    Raster& AllPixels();
 
     /// Whether the pixels of an area can be held in memory.
     [[nodiscard]] static bool IsInReason(const Area& area);
@@ -56,6 +54,7 @@ class Plane {
 
     void Record(Command command, const Area& reach);
     void Hide(const Area& filled);
+    void DropBelow(const Area& covered);
     void Rasterise() const;
     [[nodiscard]] Pixels Size() const { return Pixels{width_} * height_; }
 
