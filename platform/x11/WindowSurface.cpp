@@ -159,7 +159,8 @@ std::span<const std::byte> WindowSurface::BytesOf(const Part& part, Lines lines)
     converted_.resize(lineBytes * count);
     std::span<std::byte> left(converted_);
     for (int line = lines.first; line < lines.last; ++line) {
-        display_.Format().Convert(LineOf(frame, line - part.top, framed_.width), left.first(lineBytes));
+        display_.Format().Convert(LineOf(frame, line - part.top, framed_.width),
+                                  left.first(lineBytes));
         left = left.subspan(lineBytes);
     }
     return converted_;

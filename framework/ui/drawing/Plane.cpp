@@ -90,11 +90,12 @@ void Plane::Hide(const Area& filled) {
         blank_.top = std::clamp(filled.bottom, blank_.top, blank_.bottom);
 }
 
-// A window is drawn on again and again, control by control, and shows only what came last. A list is
-// drawn once, row by row: its many entries are not searched each time.
+// A window is drawn on again and again, control by control, and shows only what came last. A list
+// is drawn once, row by row: its many entries are not searched each time.
 void Plane::DropBelow(const Area& covered) {
-    if (entries_.size() <= fewEntries &&
-        std::erase_if(entries_, [&](const Entry& entry) { return covered.Covers(entry.reach); }) != 0)
+    if (entries_.size() <= fewEntries && std::erase_if(entries_, [&](const Entry& entry) {
+                                             return covered.Covers(entry.reach);
+                                         }) != 0)
         latestFill_.reset();
 }
 
