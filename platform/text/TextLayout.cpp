@@ -62,21 +62,25 @@ TextLayout& TextLayout::Shared() {
     return shared;
 }
 
-TextLayout::TextLayout() {
-    // Settings of the user's fonts that can't be read are complained of, in a thread that begins
-    // with the font map and that the first load waits for.
+TextLayout::TextLayout() = default;
+TextLayout::~TextLayout() = default;
+
+/// Settings of the user's fonts that can't be read are complained of, in a thread that begins with
+/// the font map and that the first load waits for.
+void TextLayout::LoadQuietly(int size) {
     const QuietErrors quiet;
     fontMap_ = std::make_unique<FontMap>();
-    const PangoContextPointer context = MakeContext(fontMap_->object.get(), smallestSize);
+    const PangoContextPointer context = MakeContext(fontMap_->object.get(), size);
     const CPointer<PangoFontMetrics, pango_font_metrics_unref> metrics(
         pango_context_get_metrics(context.get(), nullptr, nullptr));
 }
-TextLayout::~TextLayout() = default;
 
 TextLayout::Font& TextLayout::FontOf(int size) {
     const int pixels = std::clamp(size, smallestSize, largestSize);
     if (const auto known = fonts_.find(pixels); known != fonts_.end())
         return *known->second;
+    if (!fontMap_)
+        LoadQuietly(pixels);
     if (fonts_.size() >= fontsKept)
         fonts_.clear();
     return *fonts_.emplace(pixels, std::make_unique<Font>(*fontMap_, pixels)).first->second;

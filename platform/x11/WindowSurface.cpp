@@ -15,7 +15,7 @@ constexpr std::size_t shortestLimit = 4096;
 constexpr std::uint32_t colourBits = 0xFFFFFF;
 constexpr std::uint32_t white = 0xFFFFFF;
 /// How many lines of the window are made into pixels at a time.
-constexpr int linesAtATime = 64;
+constexpr int linesAtATime = 32;
 
 std::span<const std::uint32_t> LineOf(const Frame& frame, int line, int width) {
     return {frame.pixels + static_cast<std::ptrdiff_t>(line) * frame.stride,

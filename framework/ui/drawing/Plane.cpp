@@ -8,6 +8,9 @@ namespace kqu::drawing {
 namespace {
 /// A plane of up to so many pixels keeps them once they have been made.
 constexpr Pixels smallPlane = 1 << 16;
+/// What is looked at less often is not worth keeping: a bar is drawn anew at each paint, and shown
+/// once, or in two parts.
+constexpr int fewLooks = 2;
 /// A recorded command takes about as much memory as this many pixels.
 constexpr Pixels pixelsPerCommand = 64;
 /// A quarter of a gigabyte.
@@ -134,8 +137,7 @@ Pixel Plane::At(Pixels x, Pixels y) const {
 }
 
 std::shared_ptr<const Raster> Plane::PixelsOf(const Area& area) const {
-    // What is looked at once, as most bars are, is not worth keeping.
-    if (!pixels_ && Size() <= smallPlane && std::exchange(wasSeen_, true))
+    if (!pixels_ && Size() <= smallPlane && ++looks_ > fewLooks)
         Rasterise();
     if (pixels_)
         return pixels_;

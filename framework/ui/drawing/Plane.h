@@ -13,7 +13,7 @@ namespace kqu::drawing {
 /// One plane of a picture, its colours or its mask, white to begin with.
 ///
 /// What is drawn on it is recorded, and made into pixels only where somebody looks: a list of a
-/// thousand rows costs what it shows. A small plane that is looked at again, or one that has been
+/// thousand rows costs what it shows. A small plane that is looked at again and again, or one that has been
 /// drawn on more often than its pixels are worth, gets pixels for good and is drawn on directly
 /// from then on.
 ///
@@ -67,8 +67,8 @@ class Plane {
     mutable Area blank_;
     /// The latest fill among the entries.
     std::optional<std::size_t> latestFill_;
-    /// Whether somebody asked for pixels before.
-    mutable bool wasSeen_ = false;
+    /// How often somebody asked for pixels.
+    mutable int looks_ = 0;
     /// How many planes stand behind one another in the entries.
     mutable int depth_ = 0;
 };
