@@ -16,6 +16,9 @@ import subprocess
 import sys
 import time
 
+import dbus
+import dbus.lowlevel
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT / "tests" / "desktop"), str(ROOT / "bench")]
 
@@ -47,16 +50,19 @@ class Load:
 class Ears:
     """Hears what is asked of a bus, the moment it is asked."""
 
-    def __init__(self, desktop, bus):
+    def __init__(self, desktop, bus, member="AddMatch"):
         self._bus = bus
         self._process = subprocess.Popen(
             ["dbus-monitor", "--address", bus.address, "--binary",
-             "type='method_call',member='AddMatch'"],
+             f"type='method_call',member='{member}'",
+             "type='signal',interface='com.brackwater.Bench'"],
             env=desktop.env, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         wait_until("the bus monitor to hear", self._hears_us)
 
     def _hears_us(self):
-        self._bus.connection().add_match_string("type='signal',interface='com.brackwater.Bench'")
+        self._bus.connection().send_message(
+            dbus.lowlevel.SignalMessage("/", "com.brackwater.Bench", "Heard"))
+        self._bus.connection().flush()
         return select.select([self._process.stdout], [], [], 0.1)[0]
 
     def wait_for(self, text):
@@ -149,13 +155,8 @@ class Bench:
             self.end()
 
     def note_memory(self, facts, state):
-        lines = pathlib.Path("/proc", str(facts.pid), "smaps_rollup").read_text().splitlines()
-        kib = {line.split(":")[0]: int(line.split()[1]) for line in lines[1:]}
-        private = kib["Private_Clean"] + kib["Private_Dirty"]
-        # What is private depends on which libraries others use; what was written to does not.
-        for name, value in (("resident", kib["Rss"]), ("proportional", kib["Pss"]),
-                            ("private", private), ("written", kib["Private_Dirty"])):
-            self.note(f"{name} memory, {state}", "MiB", value / 1024)
+        for name, mib in memory_of(facts.pid).items():
+            self.note(f"{name} memory, {state}", "MiB", mib)
 
     def idle(self):
         """What it costs while nothing changes."""
@@ -192,17 +193,31 @@ class Bench:
         self.end()
 
     def settled_load(self):
-        """Waits until the messenger has come to rest."""
-        facts = self.desktop.messenger_facts()
-        seen = [Load(facts)]
+        return settled_load(self.desktop.messenger_facts())
 
-        def rests():
-            time.sleep(0.1)
-            seen.append(Load(facts))
-            return seen[-1].cpu_ms - seen[-2].cpu_ms < 1.0
 
-        wait_until("the messenger to come to rest", rests)
-        return seen[-1]
+def memory_of(pid):
+    """Kinds of memory of a process, in MiB."""
+    lines = pathlib.Path("/proc", str(pid), "smaps_rollup").read_text().splitlines()
+    kib = {line.split(":")[0]: int(line.split()[1]) for line in lines[1:]}
+    # What is private depends on which libraries others use; what was written to does not.
+    kinds = {"resident": kib["Rss"], "proportional": kib["Pss"],
+             "private": kib["Private_Clean"] + kib["Private_Dirty"],
+             "written": kib["Private_Dirty"]}
+    return {name: value / 1024 for name, value in kinds.items()}
+
+
+def settled_load(facts):
+    """Waits until a process has come to rest, and gives what it has used by then."""
+    seen = [Load(facts)]
+
+    def rests():
+        time.sleep(0.1)
+        seen.append(Load(facts))
+        return seen[-1].cpu_ms - seen[-2].cpu_ms < 1.0
+
+    wait_until("the process to come to rest", rests)
+    return seen[-1]
 
 
 PARTS = {name: getattr(Bench, name) for name in ("start", "memory", "idle", "updates")}

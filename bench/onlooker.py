@@ -92,3 +92,12 @@ class Onlooker:
                 raise RuntimeError("the pixels did not change in time")
             time.sleep(0.0005)
         return time.monotonic()
+
+    def wait_equal(self, area, wanted, timeout):
+        """The monotonic time at which an area looked as it is wanted to."""
+        end = time.monotonic() + timeout
+        while self.pixels(*area) != wanted:
+            if time.monotonic() >= end:
+                raise RuntimeError("the pixels did not come to look as expected in time")
+            time.sleep(0.0005)
+        return time.monotonic()

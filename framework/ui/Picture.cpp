@@ -42,12 +42,6 @@ Ref<Picture> Picture::Mask(MaskCreation creation) {
     return mask_;
 }
 
-platform::Frame Picture::Pixels() {
-    if (Width() == 0 || Height() == 0)
-        return {};
-    return {plane_->AllPixels().At(0, 0), Width(), Height(), Width()};
-}
-
 drawing::Image Picture::Snapshot() const {
     return {plane_, mask_ ? mask_->plane_ : nullptr};
 }

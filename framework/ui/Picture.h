@@ -27,7 +27,7 @@ enum class MaskCreation { IfThere, MakeIfMissing };
 /// and makes pixels of what is looked at. A picture may be far larger than would fit in memory.
 class Picture : public Object {
   public:
-    /// A picture that has its pixels from the start, to be shown in a window.
+    /// A picture that has its pixels from the start, for those who look at many of them.
     [[nodiscard]] static Ref<Picture> MakeBuffer(int width, int height);
     /// A picture from a PNG file's bytes; nil if they are broken. What is transparent becomes
     /// white.
@@ -44,9 +44,6 @@ class Picture : public Object {
 
     /// The mask: nil if there is none and none was asked to be made.
     [[nodiscard]] Ref<Picture> Mask(MaskCreation creation);
-
-    /// The pixels of a picture that was made as a buffer, valid until it is drawn on or goes.
-    [[nodiscard]] platform::Frame Pixels();
 
     // For Graphics.
     /// What the picture shows now, untouched by later drawing.

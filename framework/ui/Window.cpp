@@ -3,6 +3,7 @@
 #include "framework/Runtime.h"
 #include "framework/ui/Graphics.h"
 #include "framework/ui/Picture.h"
+#include "framework/ui/drawing/Plane.h"
 
 #include <algorithm>
 #include <utility>
@@ -175,7 +176,8 @@ std::unique_ptr<Graphics> Window::GraphicsFor(const Control& control) {
 
 Ref<Picture>& Window::Buffer() {
     if (!buffer_ || buffer_->Width() != content_.width || buffer_->Height() != content_.height)
-        buffer_ = Picture::MakeBuffer(content_.width, content_.height);
+        buffer_ = std::make_shared<Picture>(std::make_shared<drawing::Plane>(
+            std::max(content_.width, 0), std::max(content_.height, 0)));
     return buffer_;
 }
 
@@ -194,8 +196,21 @@ void Window::ShowChanges() {
     native_->Commit();
 }
 
-platform::Frame Window::CurrentFrame() {
-    return Buffer()->Pixels();
+platform::Frame Window::CurrentFrame(int top, int height) {
+    const drawing::Plane& colours = Buffer()->Colours();
+    const auto wanted = drawing::Area::Of(0, top, colours.Width(), height);
+    const drawing::Area lines = wanted.Within(colours.Bounds());
+    if (lines.IsEmpty())
+        return {};
+    // One part of the window after the other in the same memory.
+    if (lines_ && lines_->Bounds().Width() == wanted.Width() &&
+        lines_->Bounds().Height() == wanted.Height())
+        lines_->MoveTo(0, top);
+    else
+        lines_ = std::make_unique<drawing::Raster>(wanted);
+    colours.PaintOn({*lines_, lines});
+    return {lines_->At(0, lines.top), colours.Width(), static_cast<int>(lines.Height()),
+            colours.Width()};
 }
 
 void Window::ContentChanged(const platform::Rect& content) {

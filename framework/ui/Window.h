@@ -14,6 +14,10 @@ namespace kqu {
 
 class Picture;
 
+namespace drawing {
+class Raster;
+}
+
 /// How a window stands among the others; the values are the framework's old frame numbers.
 enum class WindowFrame { Document = 0, GlobalFloating = 7 };
 
@@ -119,7 +123,8 @@ class Window : private platform::NativeWindowOwner {
     void PointerMoved(platform::Point inContent) override;
     void WheelTurned(platform::Point inContent, int deltaX, int deltaY) override;
     void CloseRequested() override;
-    [[nodiscard]] platform::Frame CurrentFrame() override;
+    [[nodiscard]] platform::Size FrameExtent() override { return content_.Extent(); }
+    [[nodiscard]] platform::Frame CurrentFrame(int top, int height) override;
 
     void Resize(platform::Size size);
     void ShowChanges();
@@ -136,7 +141,9 @@ class Window : private platform::NativeWindowOwner {
     std::unique_ptr<platform::NativeWindow> native_;
     std::vector<Control*> controls_;
     std::vector<Pending> pending_;
+    /// What the window shows, as it was drawn, and the lines that were last made of it.
     Ref<Picture> buffer_;
+    std::unique_ptr<drawing::Raster> lines_;
     platform::Rect changed_;
     Control* held_ = nullptr;
     bool layoutPending_ = true;

@@ -40,7 +40,7 @@ struct Rect {
 /// The smallest rectangle around both; an empty one does not count.
 [[nodiscard]] Rect Union(const Rect& a, const Rect& b);
 
-/// A window's pixels: 32 bits each, 0x00RRGGBB in the machine's byte order, `stride` pixels a line.
+/// Lines of a window's pixels: 32 bits each, 0x00RRGGBB in the machine's byte order, `stride` pixels a line.
 struct Frame {
     const std::uint32_t* pixels = nullptr;
     int width = 0;
@@ -66,8 +66,11 @@ class NativeWindowOwner {
     /// The user or the window manager asks to close the window (ICCCM WM_DELETE_WINDOW).
     virtual void CloseRequested() = 0;
 
-    /// The window's pixels as they are to be seen, valid until the owner draws or resizes next.
-    [[nodiscard]] virtual Frame CurrentFrame() = 0;
+    /// The size of what the window is to show.
+    [[nodiscard]] virtual Size FrameExtent() = 0;
+    /// Lines from `top` on as they are to be seen, as many as there are up to `height`. They are
+    /// valid until the next call, or until the owner draws or resizes: nobody keeps a whole window.
+    [[nodiscard]] virtual Frame CurrentFrame(int top, int height) = 0;
 };
 
 /// One top-level window. Position and size are those of the content, without any frame. Changes are

@@ -26,6 +26,21 @@ class ShapedLine {
     /// Draws with the source that is set; the current point does not matter.
     void Draw(cairo_t& cairo, double x, double baseline) const;
 
+    /// Calls `visit` with the font, the glyph and its place, in pixels relative to the start on the
+    /// baseline, y downwards.
+    template <class Visit>
+    void ForEachGlyph(Visit visit) const {
+        double x = 0;
+        for (const Run& run : runs_)
+            for (int i = 0; i < run.glyphs->num_glyphs; ++i) {
+                const PangoGlyphInfo& info = run.glyphs->glyphs[i];
+                visit(*run.item->analysis.font, info.glyph,
+                      (x + info.geometry.x_offset) / PANGO_SCALE,
+                      static_cast<double>(info.geometry.y_offset) / PANGO_SCALE);
+                x += info.geometry.width;
+            }
+    }
+
   private:
     struct Run {
         CPointer<PangoItem, pango_item_free> item;

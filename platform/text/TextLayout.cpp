@@ -1,6 +1,7 @@
 #include "platform/text/TextLayout.h"
 
 #include "platform/QuietErrors.h"
+#include "platform/text/LineDrawing.h"
 #include "platform/text/ShapedLine.h"
 
 #include <algorithm>
@@ -13,8 +14,6 @@ namespace kqu::platform {
 namespace {
 using FontOptions = CPointer<cairo_font_options_t, cairo_font_options_destroy>;
 using Description = CPointer<PangoFontDescription, pango_font_description_free>;
-using Surface = CPointer<cairo_surface_t, cairo_surface_destroy>;
-using Cairo = CPointer<cairo_t, cairo_destroy>;
 
 constexpr int smallestSize = 1;
 constexpr int largestSize = 500;
@@ -22,9 +21,6 @@ constexpr std::size_t fontsKept = 8;
 /// A list is painted twice a second; what three paints did not ask for is not on show any more.
 constexpr std::chrono::milliseconds lineLifetime{2000};
 constexpr std::size_t lineBytes = 1U << 20U;
-/// Wider than any screen; glyphs further to the right are not made into pixels.
-constexpr int widestImage = 16384;
-constexpr std::uint32_t white = 0xFFFFFF;
 
 /// The same pixels on every desktop: no setting of the user or of the display takes part.
 PangoContextPointer MakeContext(PangoFontMap* fontMap, int size) {
@@ -38,61 +34,6 @@ PangoContextPointer MakeContext(PangoFontMap* fontMap, int size) {
     pango_font_description_set_absolute_size(face.get(), static_cast<double>(size) * PANGO_SCALE);
     pango_context_set_font_description(context.get(), face.get());
     return context;
-}
-
-/// Draws in a colour 0xRRGGBB and hands every pixel, premultiplied, to `take` in reading order.
-template <class Take>
-void Rasterise(const ShapedLine& line, const TextImage& image, std::uint32_t colour, Take take) {
-    const Surface surface(
-        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, image.width, image.height));
-    const auto part = [colour](unsigned shift) {
-        return static_cast<double>(colour >> shift & 0xFFU) / 255.0;
-    };
-    const Cairo cairo(cairo_create(surface.get()));
-    cairo_set_source_rgb(cairo.get(), part(16), part(8), part(0));
-    line.Draw(*cairo, -image.left, -image.top);
-    cairo_surface_flush(surface.get());
-    const unsigned char* pixels = cairo_image_surface_get_data(surface.get());
-    if (pixels == nullptr)
-        return;
-    const int stride = cairo_image_surface_get_stride(surface.get());
-    for (int y = 0; y < image.height; ++y) {
-        const auto* row = reinterpret_cast<const std::uint32_t*>(
-            pixels + static_cast<std::ptrdiff_t>(y) * stride);
-        std::for_each(row, row + image.width, take);
-    }
-}
-
-/// Where the line's glyphs leave ink, within reach of the baseline.
-TextImage Frame(const ShapedLine& line, int size) {
-    const PangoRectangle ink = line.Ink();
-    TextImage image;
-    image.left = std::clamp(ink.x, -widestImage, widestImage);
-    image.top = std::clamp(ink.y, -TextLayout::reach * size, TextLayout::reach * size);
-    image.width = std::clamp(ink.x + ink.width - image.left, 0, widestImage);
-    image.height = std::clamp(ink.y + ink.height, image.top, TextLayout::reach * size) - image.top;
-    return image;
-}
-
-TextImage MakeImage(const ShapedLine& line, int size, std::uint32_t colour) {
-    TextImage image = Frame(line, size);
-    if (image.width <= 0 || image.height <= 0)
-        return {};
-    // In white, glyphs without colours of their own have the same value in all four channels.
-    bool hasColours = false;
-    image.coverage.reserve(static_cast<std::size_t>(image.width) *
-                           static_cast<std::size_t>(image.height));
-    Rasterise(line, image, white, [&](std::uint32_t pixel) {
-        const std::uint32_t alpha = pixel >> 24U;
-        hasColours = hasColours || pixel != alpha * 0x01010101U;
-        image.coverage.push_back(static_cast<std::uint8_t>(alpha));
-    });
-    if (hasColours) {
-        image.coverage = {};
-        Rasterise(line, image, colour,
-                  [&](std::uint32_t pixel) { image.colours.push_back(pixel); });
-    }
-    return image;
 }
 
 std::size_t BytesOf(const TextImage& image) {
@@ -112,6 +53,7 @@ class TextLayout::Font {
 
     int size;
     PangoContextPointer context;
+    LineDrawing drawing;
     RecentCache<Line> lines{lineLifetime, lineBytes};
 };
 
@@ -120,21 +62,25 @@ TextLayout& TextLayout::Shared() {
     return shared;
 }
 
-TextLayout::TextLayout() {
-    // Settings of the user's fonts that can't be read are complained of, in a thread that begins
-    // with the font map and that the first load waits for.
+TextLayout::TextLayout() = default;
+TextLayout::~TextLayout() = default;
+
+/// Settings of the user's fonts that can't be read are complained of, in a thread that begins with
+/// the font map and that the first load waits for.
+void TextLayout::LoadQuietly(int size) {
     const QuietErrors quiet;
     fontMap_ = std::make_unique<FontMap>();
-    const PangoContextPointer context = MakeContext(fontMap_->object.get(), smallestSize);
+    const PangoContextPointer context = MakeContext(fontMap_->object.get(), size);
     const CPointer<PangoFontMetrics, pango_font_metrics_unref> metrics(
         pango_context_get_metrics(context.get(), nullptr, nullptr));
 }
-TextLayout::~TextLayout() = default;
 
 TextLayout::Font& TextLayout::FontOf(int size) {
     const int pixels = std::clamp(size, smallestSize, largestSize);
     if (const auto known = fonts_.find(pixels); known != fonts_.end())
         return *known->second;
+    if (!fontMap_)
+        LoadQuietly(pixels);
     if (fonts_.size() >= fontsKept)
         fonts_.clear();
     return *fonts_.emplace(pixels, std::make_unique<Font>(*fontMap_, pixels)).first->second;
@@ -163,7 +109,7 @@ std::shared_ptr<const TextImage> TextLayout::Image(std::string_view text, int si
     const ShapedLine shaped(*font.context, PlainText(text).utf8);
     if (line == nullptr)
         line = &font.lines.Enter(std::string(text), {shaped.Width(), 0, nullptr}, 0, now);
-    line->image = std::make_shared<TextImage>(MakeImage(shaped, font.size, colour));
+    line->image = std::make_shared<TextImage>(font.drawing.Draw(shaped, font.size, colour));
     line->colour = colour;
     auto image = line->image;
     font.lines.Grow(text, BytesOf(*image));

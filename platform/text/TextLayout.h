@@ -64,6 +64,7 @@ class TextLayout {
     };
     class Font;
 
+    void LoadQuietly(int size);
     [[nodiscard]] Font& FontOf(int size);
 
     struct FontMap;

@@ -14,6 +14,8 @@ constexpr std::size_t requestHeader = 32;
 constexpr std::size_t shortestLimit = 4096;
 constexpr std::uint32_t colourBits = 0xFFFFFF;
 constexpr std::uint32_t white = 0xFFFFFF;
+/// How many lines of the window are made into pixels at a time.
+constexpr int linesAtATime = 32;
 
 std::span<const std::uint32_t> LineOf(const Frame& frame, int line, int width) {
     return {frame.pixels + static_cast<std::ptrdiff_t>(line) * frame.stride,
@@ -50,24 +52,26 @@ WindowSurface::~WindowSurface() {
     xcb_free_gc(display_.Connection(), context_);
 }
 
-void WindowSurface::Rebuild(Size extent, const Frame& frame) {
+void WindowSurface::Rebuild(Size extent, NativeWindowOwner& owner) {
     const xcb_pixmap_t former = pixmap_;
     pixmap_ = xcb_generate_id(display_.Connection());
     extent_ = extent;
     xcb_create_pixmap(display_.Connection(), display_.Format().depth, pixmap_, window_,
                       static_cast<std::uint16_t>(extent.width),
                       static_cast<std::uint16_t>(extent.height));
-    framed_ = {std::min(frame.width, extent.width), std::min(frame.height, extent.height)};
+    framed_ = Framed(extent, owner);
     if (framed_ != extent)
         Fill(pixmap_, extent);
-    fingerprints_.resize(static_cast<std::size_t>(std::max(framed_.height, 0)));
-    for (int line = 0; line < framed_.height; ++line)
-        fingerprints_[static_cast<std::size_t>(line)] =
-            Fingerprint(LineOf(frame, line, framed_.width));
-    Put(frame, {0, framed_.height});
+    fingerprints_.assign(static_cast<std::size_t>(framed_.height), std::nullopt);
+    static_cast<void>(TakeOver({0, framed_.height}, owner));
     MakeBackground();
     if (former != 0)
         xcb_free_pixmap(display_.Connection(), former);
+}
+
+Size WindowSurface::Framed(Size extent, NativeWindowOwner& owner) const {
+    const Size frame = owner.FrameExtent();
+    return {std::clamp(frame.width, 0, extent.width), std::clamp(frame.height, 0, extent.height)};
 }
 
 void WindowSurface::Fill(xcb_pixmap_t pixmap, Size extent) const {
@@ -78,26 +82,14 @@ void WindowSurface::Fill(xcb_pixmap_t pixmap, Size extent) const {
     xcb_poly_fill_rectangle(display_.Connection(), pixmap, context_, 1, &whole);
 }
 
-void WindowSurface::Update(const Rect& area, const Frame& frame) {
-    if (framed_ !=
-        Size{std::min(frame.width, extent_.width), std::min(frame.height, extent_.height)}) {
-        Rebuild(extent_, frame);
+void WindowSurface::Update(const Rect& area, NativeWindowOwner& owner) {
+    if (framed_ != Framed(extent_, owner)) {
+        Rebuild(extent_, owner);
         Repaint();
         return;
     }
     const Rect within = Intersection(area, {0, 0, framed_.width, framed_.height});
-    Lines changed{framed_.height, 0};
-    Lines run{within.y, within.y};
-    for (int line = within.y; line < within.y + within.height; ++line) {
-        if (!HasChanged(frame, line)) {
-            Put(frame, run);
-            run.first = line + 1;
-        } else {
-            changed = {std::min(changed.first, line), line + 1};
-        }
-        run.last = line + 1;
-    }
-    Put(frame, run);
+    const Lines changed = TakeOver({within.y, within.y + within.height}, owner);
     if (changed.first >= changed.last)
         return;
     MakeBackground();
@@ -106,9 +98,29 @@ void WindowSurface::Update(const Rect& area, const Frame& frame) {
                    static_cast<std::uint16_t>(changed.last - changed.first));
 }
 
-bool WindowSurface::HasChanged(const Frame& frame, int line) {
+WindowSurface::Lines WindowSurface::TakeOver(Lines lines, NativeWindowOwner& owner) {
+    Lines changed{framed_.height, 0};
+    for (int top = lines.first; top < lines.last; top += linesAtATime) {
+        const int end = std::min(top + linesAtATime, lines.last);
+        const Part part{owner.CurrentFrame(top, linesAtATime), top};
+        Lines run{top, top};
+        for (int line = top; line < end; ++line) {
+            if (!HasChanged(part, line)) {
+                Put(part, run);
+                run.first = line + 1;
+            } else {
+                changed = {std::min(changed.first, line), line + 1};
+            }
+            run.last = line + 1;
+        }
+        Put(part, run);
+    }
+    return changed;
+}
+
+bool WindowSurface::HasChanged(const Part& part, int line) {
     // The whole line, since that is what the fingerprint stands for.
-    const std::uint64_t print = Fingerprint(LineOf(frame, line, framed_.width));
+    const std::uint64_t print = Fingerprint(LineOf(part.frame, line - part.top, framed_.width));
     return std::exchange(fingerprints_[static_cast<std::size_t>(line)], print) != print;
 }
 
@@ -116,7 +128,7 @@ void WindowSurface::Repaint() const {
     xcb_clear_area(display_.Connection(), 0, window_, 0, 0, 0, 0);
 }
 
-void WindowSurface::Put(const Frame& frame, Lines lines) {
+void WindowSurface::Put(const Part& part, Lines lines) {
     if (framed_.width <= 0)
         return;
     const std::size_t lineBytes =
@@ -126,7 +138,7 @@ void WindowSurface::Put(const Frame& frame, Lines lines) {
     const int linesAtOnce = static_cast<int>(std::max<std::size_t>(room / lineBytes, 1));
     for (int line = lines.first; line < lines.last; line += linesAtOnce) {
         const Lines strip{line, std::min(line + linesAtOnce, lines.last)};
-        const std::span<const std::byte> bytes = BytesOf(frame, strip);
+        const std::span<const std::byte> bytes = BytesOf(part, strip);
         xcb_put_image(display_.Connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, context_,
                       static_cast<std::uint16_t>(framed_.width),
                       static_cast<std::uint16_t>(strip.last - strip.first), 0,
@@ -136,17 +148,19 @@ void WindowSurface::Put(const Frame& frame, Lines lines) {
     }
 }
 
-std::span<const std::byte> WindowSurface::BytesOf(const Frame& frame, Lines lines) {
+std::span<const std::byte> WindowSurface::BytesOf(const Part& part, Lines lines) {
+    const Frame& frame = part.frame;
     const auto count = static_cast<std::size_t>(lines.last - lines.first);
     if (display_.Format().IsNative() && frame.stride == framed_.width)
-        return std::as_bytes(std::span(LineOf(frame, lines.first, framed_.width).data(),
+        return std::as_bytes(std::span(LineOf(frame, lines.first - part.top, framed_.width).data(),
                                        count * static_cast<std::size_t>(framed_.width)));
     const std::size_t lineBytes =
         display_.Format().LineBytes(static_cast<std::size_t>(framed_.width));
     converted_.resize(lineBytes * count);
     std::span<std::byte> left(converted_);
     for (int line = lines.first; line < lines.last; ++line) {
-        display_.Format().Convert(LineOf(frame, line, framed_.width), left.first(lineBytes));
+        display_.Format().Convert(LineOf(frame, line - part.top, framed_.width),
+                                  left.first(lineBytes));
         left = left.subspan(lineBytes);
     }
     return converted_;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -22,12 +23,12 @@ class WindowSurface {
 
     [[nodiscard]] Size Extent() const { return extent_; }
 
-    /// Makes a pixmap of that size the background, filled from the frame; white where the frame
-    /// does not reach. The window shows it when the server next paints it.
-    void Rebuild(Size extent, const Frame& frame);
-    /// Takes the lines of the area over from the frame, as far as they have changed, and shows
-    /// them.
-    void Update(const Rect& area, const Frame& frame);
+    /// Makes a pixmap of that size the background, filled from the owner's frame; white where
+    /// that does not reach. The window shows it when the server next paints it.
+    void Rebuild(Size extent, NativeWindowOwner& owner);
+    /// Takes the lines of the area over from the owner's frame, as far as they have changed, and
+    /// shows them.
+    void Update(const Rect& area, NativeWindowOwner& owner);
     /// Has the server paint the whole window.
     void Repaint() const;
 
@@ -38,11 +39,20 @@ class WindowSurface {
         int last;
     };
 
+    /// A part of the frame, and where it begins.
+    struct Part {
+        Frame frame;
+        int top;
+    };
+
+    [[nodiscard]] Size Framed(Size extent, NativeWindowOwner& owner) const;
     void Fill(xcb_pixmap_t pixmap, Size extent) const;
-    void Put(const Frame& frame, Lines lines);
+    /// Takes over what differs from the fingerprints; from the first to the last line that did.
+    [[nodiscard]] Lines TakeOver(Lines lines, NativeWindowOwner& owner);
+    void Put(const Part& part, Lines lines);
     /// The lines as the server wants them, valid until the next call.
-    [[nodiscard]] std::span<const std::byte> BytesOf(const Frame& frame, Lines lines);
-    [[nodiscard]] bool HasChanged(const Frame& frame, int line);
+    [[nodiscard]] std::span<const std::byte> BytesOf(const Part& part, Lines lines);
+    [[nodiscard]] bool HasChanged(const Part& part, int line);
     void MakeBackground() const;
 
     const Display& display_;
@@ -52,7 +62,7 @@ class WindowSurface {
     Size extent_;
     /// The part of the pixmap that shows the frame, and a fingerprint of each of its lines.
     Size framed_;
-    std::vector<std::uint64_t> fingerprints_;
+    std::vector<std::optional<std::uint64_t>> fingerprints_;
     std::vector<std::byte> converted_;
 };
 

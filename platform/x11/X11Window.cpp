@@ -136,17 +136,17 @@ void X11Window::CommitContent() {
     const Rect area = std::exchange(changed_, {});
     const Size has = surface_.Extent();
     if (has.width >= wanted_.size.width && has.height >= wanted_.size.height) {
-        surface_.Update(area, owner_.CurrentFrame());
+        surface_.Update(area, owner_);
         return;
     }
-    surface_.Rebuild(wanted_.size, owner_.CurrentFrame());
+    surface_.Rebuild(wanted_.size, owner_);
     surface_.Repaint();
 }
 
 void X11Window::CommitIcon() {
     if (!std::exchange(iconWanted_, false) || !std::exchange(hasNewContentForIcon_, false))
         return;
-    const Frame frame = owner_.CurrentFrame();
+    const Frame frame = owner_.CurrentFrame(0, owner_.FrameExtent().height);
     std::vector<std::uint32_t> icons;
     for (const int side : iconSides) {
         const auto icon = ScaledIcon(frame, side);

@@ -28,7 +28,7 @@ void X11Window::CommitGeometry(Moment now) {
     if (resizes && mapping_ == Mapping::Up) {
         // Finished pixels of the new size are in place before the server can want them, which may
         // be as soon as a manager sees the new limits.
-        surface_.Rebuild(content.Extent(), owner_.CurrentFrame());
+        surface_.Rebuild(content.Extent(), owner_);
         changed_ = {};
         hasNewContentForIcon_ = true;
         repaintAt_ = now + settleTime;
@@ -202,7 +202,7 @@ void X11Window::RepaintAfterResize() {
     const Size extent{std::max(wanted_.size.width, size_.Actual().width),
                       std::max(wanted_.size.height, size_.Actual().height)};
     if (surface_.Extent() != extent)
-        surface_.Rebuild(extent, owner_.CurrentFrame());
+        surface_.Rebuild(extent, owner_);
     surface_.Repaint();
 }
 

@@ -23,7 +23,7 @@ constexpr std::chrono::milliseconds mapAnswerTime{250};
 
 void X11Window::Map() {
     const Rect content = WantedOnRoot();
-    surface_.Rebuild(content.Extent(), owner_.CurrentFrame());
+    surface_.Rebuild(content.Extent(), owner_);
     changed_ = {};
     hints_.WriteWishes();
     hints_.WriteAttributes(attributes_);

@@ -85,7 +85,7 @@ void SimulatedWindow::Present(const platform::Rect& changed) {
 void SimulatedWindow::Commit() {
     if (marked_.IsEmpty())
         return;
-    const platform::Frame frame = owner.CurrentFrame();
+    const platform::Frame frame = owner.CurrentFrame(0, owner.FrameExtent().height);
     screenSize_ = {frame.width, frame.height};
     screen_.clear();
     for (int y = 0; y < frame.height; ++y) {

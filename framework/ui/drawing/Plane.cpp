@@ -8,10 +8,15 @@ namespace kqu::drawing {
 namespace {
 /// A plane of up to so many pixels keeps them once they have been made.
 constexpr Pixels smallPlane = 1 << 16;
+/// What is looked at less often is not worth keeping: a bar is drawn anew at each paint, and shown
+/// once, or in two parts.
+constexpr int fewLooks = 2;
 /// A recorded command takes about as much memory as this many pixels.
 constexpr Pixels pixelsPerCommand = 64;
 /// A quarter of a gigabyte.
 constexpr Pixels mostPixels = 1 << 26;
+/// What was drawn over is looked for among so many commands.
+constexpr std::size_t fewEntries = 32;
 /// Planes that are drawn on planes and so on: further down they are given pixels.
 constexpr int deepest = 16;
 } // namespace
@@ -58,6 +63,8 @@ void Plane::Record(Command command, const Area& reach) {
         latestFill_.reset();
         blank_ = {};
         depth_ = 0;
+    } else if (command.IsOpaque()) {
+        DropBelow(reach);
     }
     if (std::holds_alternative<FillCommand>(command.what)) {
         Hide(reach);
@@ -84,6 +91,15 @@ void Plane::Hide(const Area& filled) {
     }
     if (filled.left <= blank_.left && filled.right >= blank_.right && filled.top <= blank_.top)
         blank_.top = std::clamp(filled.bottom, blank_.top, blank_.bottom);
+}
+
+// A window is drawn on again and again, control by control, and shows only what came last. A list
+// is drawn once, row by row: its many entries are not searched each time.
+void Plane::DropBelow(const Area& covered) {
+    if (entries_.size() <= fewEntries && std::erase_if(entries_, [&](const Entry& entry) {
+                                             return covered.Covers(entry.reach);
+                                         }) != 0)
+        latestFill_.reset();
 }
 
 void Plane::Rasterise() const {
@@ -121,19 +137,13 @@ Pixel Plane::At(Pixels x, Pixels y) const {
 }
 
 std::shared_ptr<const Raster> Plane::PixelsOf(const Area& area) const {
-    // What is looked at once, as most bars are, is not worth keeping.
-    if (!pixels_ && Size() <= smallPlane && std::exchange(wasSeen_, true))
+    if (!pixels_ && Size() <= smallPlane && ++looks_ > fewLooks)
         Rasterise();
     if (pixels_)
         return pixels_;
     auto pixels = std::make_shared<Raster>(area);
     PaintOn({*pixels, area});
     return pixels;
-}
-
-Raster& Plane::AllPixels() {
-    Rasterise();
-    return *pixels_;
 }
 
 } // namespace kqu::drawing

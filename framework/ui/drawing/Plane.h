@@ -13,7 +13,7 @@ namespace kqu::drawing {
 /// One plane of a picture, its colours or its mask, white to begin with.
 ///
 /// What is drawn on it is recorded, and made into pixels only where somebody looks: a list of a
-/// thousand rows costs what it shows. A small plane that is looked at again, or one that has been
+/// thousand rows costs what it shows. A small plane that is looked at again and again, or one that has been
 /// drawn on more often than its pixels are worth, gets pixels for good and is drawn on directly
 /// from then on.
 ///
@@ -41,8 +41,6 @@ class Plane {
     void PaintOn(const Target& target) const;
     /// Pixels that hold at least `area`, which is in reason and within the bounds.
     [[nodiscard]] std::shared_ptr<const Raster> PixelsOf(const Area& area) const;
-    /// All pixels, for good.
-    Raster& AllPixels();
 
     /// Whether the pixels of an area can be held in memory.
     [[nodiscard]] static bool IsInReason(const Area& area);
@@ -56,6 +54,7 @@ class Plane {
 
     void Record(Command command, const Area& reach);
     void Hide(const Area& filled);
+    void DropBelow(const Area& covered);
     void Rasterise() const;
     [[nodiscard]] Pixels Size() const { return Pixels{width_} * height_; }
 
@@ -68,8 +67,8 @@ class Plane {
     mutable Area blank_;
     /// The latest fill among the entries.
     std::optional<std::size_t> latestFill_;
-    /// Whether somebody asked for pixels before.
-    mutable bool wasSeen_ = false;
+    /// How often somebody asked for pixels.
+    mutable int looks_ = 0;
     /// How many planes stand behind one another in the entries.
     mutable int depth_ = 0;
 };

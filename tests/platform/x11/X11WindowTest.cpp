@@ -156,8 +156,10 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     void PointerMoved(Point) override {}
     void WheelTurned(Point, int, int) override {}
     void CloseRequested() override {}
-    Frame CurrentFrame() override {
-        return {pixels.data(), extent.width, extent.height, extent.width};
+    Size FrameExtent() override { return extent; }
+    Frame CurrentFrame(int top, int height) override {
+        return {pixels.data() + static_cast<std::ptrdiff_t>(top) * extent.width, extent.width,
+                std::min(height, extent.height - top), extent.width};
     }
 
     testing_support::ServerProcess server{
