@@ -247,12 +247,10 @@ struct ExpectedList {
 };
 
 void ExpectSame(const Ref<Picture>& shown, const Ref<Picture>& expected) {
-    const platform::Frame a = shown->Pixels(), b = expected->Pixels();
-    for (int y = 0; y < a.height; ++y)
-        for (int x = 0; x < a.width; ++x)
-            ASSERT_EQ(a.pixels[y * a.stride + x] & 0xFFFFFFU,
-                      b.pixels[y * b.stride + x] & 0xFFFFFFU)
-                << std::hex << "at " << std::dec << x << ", " << y;
+    for (int y = 0; y < shown->Height(); ++y)
+        for (int x = 0; x < shown->Width(); ++x)
+            ASSERT_EQ(shown->Graphics().Pixel(x, y), expected->Graphics().Pixel(x, y))
+                << "at " << x << ", " << y;
 }
 
 TEST(RowRules, NotificationsAndTheListTheyMake) {
