@@ -48,6 +48,9 @@ bool Expectation::HasProcesses() const {
 }
 
 void Expectation::Repaint() {
+    // One that fell behind fires once.
+    if (std::exchange(lastRepaint_, world_.machine.time.Now()) == world_.machine.time.Now())
+        broken_ = "timer: twice in one moment";
     if (!rows_.empty())
         phase_ = (phase_ + 1) % 6;
 }

@@ -21,7 +21,7 @@ class Player {
         HookCommands();
         world_.removable.emplace(machine_.functions);
         machine_.centre.beforeDelivery = [this](const platform::PostedNotification& posted) {
-            Look();
+            LookAtDelivery();
             expectation_->Notified(posted);
         };
     }
@@ -99,6 +99,12 @@ class Player {
             Complain(expectation_->Difference());
     }
 
+    void LookAtDelivery() {
+        Look();
+        if (HasEnded())
+            Complain("delivery: to an ending program");
+    }
+
     void Complain(const std::string& complaint) {
         if (complaint.empty() || !outcome_.complaint.empty())
             return;
@@ -135,7 +141,7 @@ class Player {
     /// Through the window system, so that it comes in a round of the loop.
     void Deliver(std::function<void(NativeWindowOwner&)> event) {
         machine_.windows.Inject([this, event = std::move(event)](NativeWindowOwner& panel) {
-            Look();
+            LookAtDelivery();
             event(panel);
         });
     }
@@ -255,6 +261,10 @@ void Player::HappenByHand(const Event& event) {
         break;
     case Kind::Move:
         windows.pointer = {content.x + values[0] % 900 - 100, content.y + values[1] % 1000 - 100};
+        // Where half a row decides, as often as not.
+        if (values[2] % 2 == 0)
+            windows.pointer.y =
+                content.y + content.height + (values[3] % 2 == 0 ? 36 : -38) + values[1] % 3;
         if (windows.buttonDown)
             Deliver([this](NativeWindowOwner& panel) {
                 const Point origin = machine_.windows.window->content.Origin();

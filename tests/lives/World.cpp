@@ -77,7 +77,9 @@ std::string World::List() const {
     case ListMode::Unended:
         return fine.substr(0, fine.size() - 1);
     case ListMode::Nuls:
-        return fine.substr(0, fine.size() / 2) + std::string(2, '\0') + fine;
+        // A single one behind the header stays; a pair ends the chunk.
+        return "PID\n" + std::string(1, '\0') + fine.substr(0, fine.size() / 2) +
+               std::string(2, '\0') + fine;
     case ListMode::Long:
         return std::string(chunkSize - fine.size() / 2, '\n') + fine;
     default:
