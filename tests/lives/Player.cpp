@@ -56,7 +56,10 @@ class Player {
                     Happen(happening);
             });
         end_ = 20s + std::chrono::milliseconds(life_.empty() ? 0 : life_.back().at);
-        machine_.At(end_, [this] { world_.LetAllEnd(); });
+        machine_.At(end_, [this] {
+            waiting_.clear();
+            world_.LetAllEnd();
+        });
         machine_.app->Start();
         expectation_.emplace(world_);
         rounds_ = Loop().BetweenHandlers([this] {
