@@ -199,12 +199,12 @@ void World::WritePlace(const std::array<int, 4>& values) {
     std::string text;
     // On the limits as often as not.
     const platform::Rect screen = machine.windows.screens[0];
-    const auto place = [](int value, int size) {
+    const auto edge = [](int value, int size) {
         return value % 2 == 0 ? Pick(std::array{0, 1, size - 10, size - 11}, value / 2)
                               : value % (size + 100) - 50;
     };
     for (const int value :
-         {place(values[0], screen.width), place(values[1], screen.height), values[2] % 700})
+         {edge(values[0], screen.width), edge(values[1], screen.height), values[2] % 700})
         text += "<integer>" + std::to_string(value) + "</integer>";
     MakeFolder(true);
     machine.tree.Write(placeFile, text);
