@@ -35,6 +35,8 @@ Expectation::Expectation(World& world)
 void Expectation::Do(const std::function<void()>& work) {
     if (end_)
         return;
+    if (coming_)
+        broken_ = "pump: left out";
     try {
         work();
     } catch (const Ends& end) {
@@ -48,6 +50,9 @@ bool Expectation::HasProcesses() const {
 }
 
 void Expectation::Repaint() {
+    // One that fell behind fires once.
+    if (std::exchange(lastRepaint_, world_.machine.time.Now()) == world_.machine.time.Now())
+        broken_ = "timer: twice in one moment";
     if (!rows_.empty())
         phase_ = (phase_ + 1) % 6;
 }
@@ -168,19 +173,17 @@ void Expectation::StartPumping(Pump pump) {
 }
 
 bool Expectation::RoundTurns() {
-    bool begins = false;
+    const std::optional<Pump> coming = std::exchange(coming_, std::nullopt);
     Do([&] {
-        if (coming_ || rounds_.empty()) {
-            rounds_.push_back(coming_.value_or(Pump::Outermost));
-            begins = coming_.has_value();
-            coming_.reset();
+        if (coming || rounds_.empty()) {
+            rounds_.push_back(coming.value_or(Pump::Outermost));
             return;
         }
         const Pump pump = rounds_.back();
         rounds_.pop_back();
         AfterPump(pump);
     });
-    return begins;
+    return coming.has_value();
 }
 
 void Expectation::AfterPump(Pump pump) {
