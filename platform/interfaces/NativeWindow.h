@@ -40,7 +40,8 @@ struct Rect {
 /// The smallest rectangle around both; an empty one does not count.
 [[nodiscard]] Rect Union(const Rect& a, const Rect& b);
 
-/// Lines of a window's pixels: 32 bits each, 0x00RRGGBB in the machine's byte order, `stride` pixels a line.
+/// Lines of a window's pixels: 32 bits each, 0x00RRGGBB in the machine's byte order, `stride`
+/// pixels a line.
 struct Frame {
     const std::uint32_t* pixels = nullptr;
     int width = 0;

@@ -13,9 +13,9 @@ namespace kqu::drawing {
 /// One plane of a picture, its colours or its mask, white to begin with.
 ///
 /// What is drawn on it is recorded, and made into pixels only where somebody looks: a list of a
-/// thousand rows costs what it shows. A small plane that is looked at again and again, or one that has been
-/// drawn on more often than its pixels are worth, gets pixels for good and is drawn on directly
-/// from then on.
+/// thousand rows costs what it shows. A small plane that is looked at again and again, or one that
+/// has been drawn on more often than its pixels are worth, gets pixels for good and is drawn on
+/// directly from then on.
 ///
 /// A plane that is shared is never drawn on: it is the snapshot of its picture.
 class Plane {
