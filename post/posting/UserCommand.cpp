@@ -51,10 +51,12 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
     return pointers;
 }
 
-/// Leaves behind what the user must not get at: the terminal, open files, the folder, blocked
-/// signals. Only system calls.
+/// Leaves behind what the user must not get at: the terminal, open files, the folder, and what the
+/// caller has done to signals. Only system calls.
 bool LeaveCaller() {
     setsid();
+    for (int number = 1; number < NSIG; ++number)
+        std::signal(number, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
     const int nowhere = open("/dev/null", O_RDWR);
