@@ -92,6 +92,15 @@ class PanelWithoutManager(DesktopTest):
         self.assertFalse((self.desktop.folder / "config" /
                           "com.brackwater.KQU_Messenger.plist").exists())
 
+    def frames(self, seconds, at_least):
+        """What the panel shows during that time, and longer where pictures of it are slow."""
+        taken = []
+        end = time.monotonic() + seconds
+        while time.monotonic() < end or len(taken) < at_least:
+            self.assertLess(time.monotonic(), end + 20)
+            if self.panel.is_visible():
+                taken.append(self.panel.screenshot())
+        return taken
 
     def test_no_frame_shows_a_row_that_is_not_its_own(self):
         """New rows appear as a whole: whatever frame is caught, each row shows its own icon."""
@@ -101,13 +110,10 @@ class PanelWithoutManager(DesktopTest):
         frames = []
         for number in range(9):
             self.desktop.post(f"KQS_disk.{number}", tools[number % 3], PID=self.job.pid)
-            end = time.monotonic() + (0.4 if number % 2 == 0 else 0)
-            while time.monotonic() < end:
-                if self.panel.is_visible():
-                    frames.append(self.panel.screenshot())
+            if number % 2 == 0:
+                frames += self.frames(0.4, at_least=3)
         last = frames[-1]
         self.assertEqual(last.height, 9 * ROW)
-        self.assertGreater(len(frames), 10)
         for frame in frames:
             for row in range(frame.height // ROW):
                 shown = [frame.pixel(x, row * ROW + y) for x, y in icon]

@@ -55,8 +55,13 @@ class ProcessFacts:
         return targets
 
     def children(self):
-        return [int(pid) for task in (self._folder / "task").iterdir()
-                for pid in (task / "children").read_text().split()]
+        children = []
+        for task in (self._folder / "task").iterdir():
+            try:
+                children += map(int, (task / "children").read_text().split())
+            except FileNotFoundError:  # a thread that has just ended
+                pass
+        return children
 
     def cpu_seconds(self):
         fields = (self._folder / "stat").read_text().rpartition(")")[2].split()
