@@ -14,6 +14,7 @@ namespace kqu::lives {
 namespace {
 using namespace std::chrono_literals;
 constexpr int rowHeight = 73;
+constexpr std::size_t deepest = 64;
 } // namespace
 
 Expectation::Expectation(World& world)
@@ -166,7 +167,7 @@ void Expectation::RowRemoved() {
 }
 
 void Expectation::StartPumping(Pump pump) {
-    if (static_cast<int>(rounds_.size()) < EventLoop::maximumDepth)
+    if (rounds_.size() < deepest)
         coming_ = pump;
     else
         AfterPump(pump);

@@ -121,8 +121,11 @@ class Player {
             Complain("exit status: not 0");
         if (machine_.centre.listeners != 1 || machine_.windows.windowsMade != 1)
             Complain("listeners or windows: not one");
-        // What was open when a function could not be found is left as it is.
-        if (expectation_->End().value_or("").ends_with("be found"))
+        // What was open when a function could not be found is left as it is, by the handlers that
+        // still have to return as well.
+        if (expectation_->End().value_or("").ends_with("be found") ||
+            !(world_.Has<functions::feof>() && world_.Has<functions::fread>() &&
+              world_.Has<functions::ferror>() && world_.Has<functions::pclose>()))
             return;
         if (machine_.processes.openStreams != 0)
             Complain("end: an open command");
