@@ -238,7 +238,7 @@ def spread(values):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--rounds", type=int, default=5, help="how often each figure is taken")
-    parser.add_argument("--seconds", type=int, default=45, help="how long to watch them idle")
+    parser.add_argument("--seconds", type=int, default=30, help="how long to watch them idle")
     parser.add_argument("--pictures", type=pathlib.Path, help="a folder for pictures of both")
     options = parser.parse_args()
     comparison = Comparison(options.pictures)

@@ -40,8 +40,8 @@ class Load:
 
     def __init__(self, facts):
         folder = pathlib.Path("/proc", str(facts.pid))
-        self.cpu_ms = sum(int((task / "schedstat").read_text().split()[0])
-                          for task in (folder / "task").iterdir()) / 1e6
+        # The process's own clock, by its number: threads that have ended count as well.
+        self.cpu_ms = time.clock_gettime(~facts.pid << 3 | 2) * 1e3
         times = (folder / "stat").read_text().rpartition(")")[2].split()[13:15]
         self.children_ms = sum(int(ticks) for ticks in times) * 1000 / os.sysconf("SC_CLK_TCK")
         self.wake_ups = facts.wake_ups()

@@ -91,17 +91,16 @@ void Add(const TextImage& glyph, int x, int y, TextImage& line) {
     const int top = y + glyph.top - line.top;
     const int firstColumn = std::max(0, -left);
     const int endColumn = std::min(glyph.width, line.width - left);
+    if (firstColumn >= endColumn)
+        return;
+    constexpr unsigned full = 255;
     for (int row = std::max(0, -top); row < std::min(glyph.height, line.height - top); ++row) {
-        const std::uint8_t* from =
-            glyph.coverage.data() + static_cast<std::ptrdiff_t>(row) * glyph.width;
-        std::uint8_t* to =
-            line.coverage.data() + static_cast<std::ptrdiff_t>(top + row) * line.width + left;
-        for (int column = firstColumn; column < endColumn; ++column) {
-            constexpr unsigned full = 255;
-            const unsigned open = full - to[column];
-            to[column] =
-                static_cast<std::uint8_t>(to[column] + (from[column] * open + full / 2) / full);
-        }
+        const auto source = static_cast<std::ptrdiff_t>(row) * glyph.width + firstColumn;
+        const auto place = static_cast<std::ptrdiff_t>(top + row) * line.width + left + firstColumn;
+        const std::uint8_t* from = glyph.coverage.data() + source;
+        std::uint8_t* to = line.coverage.data() + place;
+        for (int column = firstColumn; column < endColumn; ++column, ++from, ++to)
+            *to = static_cast<std::uint8_t>(*to + (*from * (full - *to) + full / 2) / full);
     }
 }
 } // namespace
