@@ -127,11 +127,11 @@ bool LineDrawing::Compose(const ShapedLine& line, int size, TextImage& image) {
     bool isPlain = true;
     image.coverage.assign(
         static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height), 0);
-    line.ForEachGlyph([&](PangoFont& font, PangoGlyph code, double x, double y) {
+    line.ForEachGlyph([&](PangoFont* font, PangoGlyph code, double x, double y) {
         if (!isPlain || code == PANGO_GLYPH_EMPTY || x > 2.0 * widestImage)
             return;
-        const bool isInFont = (code & PANGO_GLYPH_UNKNOWN_FLAG) == 0;
-        const TextImage* const glyph = isInFont ? GlyphOf(font, code, size) : nullptr;
+        const bool isInFont = font != nullptr && (code & PANGO_GLYPH_UNKNOWN_FLAG) == 0;
+        const TextImage* const glyph = isInFont ? GlyphOf(*font, code, size) : nullptr;
         isPlain = glyph != nullptr;
         if (isPlain)
             Add(*glyph, static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y)), image);

@@ -34,7 +34,7 @@ class ShapedLine {
         for (const Run& run : runs_)
             for (int i = 0; i < run.glyphs->num_glyphs; ++i) {
                 const PangoGlyphInfo& info = run.glyphs->glyphs[i];
-                visit(*run.item->analysis.font, info.glyph,
+                visit(run.item->analysis.font, info.glyph,
                       (x + info.geometry.x_offset) / PANGO_SCALE,
                       static_cast<double>(info.geometry.y_offset) / PANGO_SCALE);
                 x += info.geometry.width;

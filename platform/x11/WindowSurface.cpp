@@ -47,14 +47,15 @@ WindowSurface::WindowSurface(const Display& display, xcb_window_t window)
 }
 
 WindowSurface::~WindowSurface() {
-    if (pixmap_ != 0)
-        xcb_free_pixmap(display_.Connection(), pixmap_);
+    for (const xcb_pixmap_t pixmap : {pixmap_, shown_})
+        if (pixmap != 0)
+            xcb_free_pixmap(display_.Connection(), pixmap);
     xcb_free_gc(display_.Connection(), context_);
 }
 
 void WindowSurface::Rebuild(Size extent, NativeWindowOwner& owner) {
-    const xcb_pixmap_t former = pixmap_;
-    pixmap_ = xcb_generate_id(display_.Connection());
+    isShown_ = false;
+    shown_ = std::exchange(pixmap_, xcb_generate_id(display_.Connection()));
     extent_ = extent;
     xcb_create_pixmap(display_.Connection(), display_.Format().depth, pixmap_, window_,
                       static_cast<std::uint16_t>(extent.width),
@@ -65,8 +66,6 @@ void WindowSurface::Rebuild(Size extent, NativeWindowOwner& owner) {
     fingerprints_.assign(static_cast<std::size_t>(framed_.height), std::nullopt);
     static_cast<void>(TakeOver({0, framed_.height}, owner));
     MakeBackground();
-    if (former != 0)
-        xcb_free_pixmap(display_.Connection(), former);
 }
 
 Size WindowSurface::Framed(Size extent, NativeWindowOwner& owner) const {
@@ -129,8 +128,9 @@ void WindowSurface::Repaint() const {
 }
 
 void WindowSurface::Put(const Part& part, Lines lines) {
-    if (framed_.width <= 0)
+    if (framed_.width <= 0 || lines.first >= lines.last)
         return;
+    DrawAside();
     const std::size_t lineBytes =
         display_.Format().LineBytes(static_cast<std::size_t>(framed_.width));
     const std::size_t room =
@@ -166,9 +166,24 @@ std::span<const std::byte> WindowSurface::BytesOf(const Part& part, Lines lines)
     return converted_;
 }
 
-void WindowSurface::MakeBackground() const {
+/// What the window shows must not change line by line: an exposure in between would show a mixture.
+void WindowSurface::DrawAside() {
+    if (!std::exchange(isShown_, false))
+        return;
+    shown_ = std::exchange(pixmap_, xcb_generate_id(display_.Connection()));
+    const auto width = static_cast<std::uint16_t>(extent_.width);
+    const auto height = static_cast<std::uint16_t>(extent_.height);
+    xcb_create_pixmap(display_.Connection(), display_.Format().depth, pixmap_, window_, width,
+                      height);
+    xcb_copy_area(display_.Connection(), shown_, pixmap_, context_, 0, 0, 0, 0, width, height);
+}
+
+void WindowSurface::MakeBackground() {
     // What is drawn into a pixmap after it was made a background need not be seen.
     xcb_change_window_attributes(display_.Connection(), window_, XCB_CW_BACK_PIXMAP, &pixmap_);
+    isShown_ = true;
+    if (shown_ != 0)
+        xcb_free_pixmap(display_.Connection(), std::exchange(shown_, 0));
 }
 
 } // namespace kqu::platform

@@ -53,12 +53,16 @@ class WindowSurface {
     /// The lines as the server wants them, valid until the next call.
     [[nodiscard]] std::span<const std::byte> BytesOf(const Part& part, Lines lines);
     [[nodiscard]] bool HasChanged(const Part& part, int line);
-    void MakeBackground() const;
+    void DrawAside();
+    void MakeBackground();
 
     const Display& display_;
     xcb_window_t window_;
     xcb_gcontext_t context_;
+    /// What is drawn on, and whether the window shows it; while it doesn't, what it shows instead.
     xcb_pixmap_t pixmap_ = 0;
+    bool isShown_ = false;
+    xcb_pixmap_t shown_ = 0;
     Size extent_;
     /// The part of the pixmap that shows the frame, and a fingerprint of each of its lines.
     Size framed_;

@@ -161,6 +161,8 @@ class X11Window final : public NativeWindow {
     Mapping mapping_ = Mapping::Withdrawn;
     bool wantsToBeUp_ = false;
     bool awaitsMap_ = false;
+    /// Questions about the state that a manager keeps of the window, not yet answered.
+    int statesAsked_ = 0;
     bool answersMap_ = false;
     bool isManaged_ = false;
     bool isIconic_ = false;

@@ -57,7 +57,8 @@ void X11Window::Withdraw(Moment now) {
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    bytes.data());
     // A manager that has not yet let go would wipe out what the next map needs.
-    mapping_ = isManaged_ || awaitsMap_ ? Mapping::Withdrawing : Mapping::Withdrawn;
+    const bool mayBeManaged = isManaged_ || awaitsMap_ || statesAsked_ > 0;
+    mapping_ = mayBeManaged ? Mapping::Withdrawing : Mapping::Withdrawn;
     withdrawnAtLatest_ = now + withdrawalLimit;
     repaintAt_.reset();
     placeCheckAt_.reset();
@@ -97,10 +98,12 @@ void X11Window::OnProperty(xcb_atom_t property) {
     if (!isState && property != display_.Atom(AtomName::NetWmState))
         return;
     const xcb_atom_t type = isState ? property : xcb_atom_t{XCB_ATOM_ATOM};
+    statesAsked_ += isState ? 1 : 0;
     Ask(display_.AskForWords(id_.value, property, type).sequence, [this, isState,
                                                                    type](const void* reply) {
         const auto words =
             Display::WordsOf(static_cast<const xcb_get_property_reply_t*>(reply), type);
+        statesAsked_ -= isState ? 1 : 0;
         if (isState)
             OnState(words.empty() ? std::uint32_t{XCB_ICCCM_WM_STATE_WITHDRAWN} : words.front());
         else
