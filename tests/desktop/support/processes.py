@@ -42,7 +42,15 @@ class ProcessFacts:
 
     def wake_ups(self):
         """How often the process has gone to sleep and been woken."""
-        return int(self._status("voluntary_ctxt_switches")[0])
+        woken = 0
+        for task in (self._folder / "task").iterdir():
+            try:
+                lines = (task / "status").read_text().splitlines()
+            except FileNotFoundError:  # a thread that has just ended
+                continue
+            woken += sum(int(line.split()[1]) for line in lines
+                         if line.startswith("voluntary_ctxt_switches"))
+        return woken
 
     def descriptors(self):
         """What each open descriptor refers to."""
