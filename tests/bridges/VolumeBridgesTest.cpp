@@ -20,11 +20,6 @@ class VolumeBridgesTest : public testing::Test {
         block->SetInt32Value(0, handle);
         return block;
     }
-    Ref<Dictionary> RowOfDefragmenter(const std::string& name, const std::string& disk) {
-        machine.centre.Post(name, "KQDefrag", {{"BSD", disk.c_str()}, {"NumFilesExamined", "1"}});
-        machine.Advance();
-        return machine.Row(name);
-    }
 
     MachineWithVolumes machine;
 };
@@ -74,38 +69,6 @@ TEST_F(VolumeBridgesTest, VolumesAreItemsWithNamesOfTheirOwn) {
     EXPECT_EQ(Volume(1), nullptr);
     machine.functions.Remove<functions::MountedVolumes>();
     EXPECT_EQ(VolumeCount(), 0);
-}
-
-TEST_F(VolumeBridgesTest, ADefragmenterThatIsNotInTheLookupFileIsFoundAmongTheVolumes) {
-    machine.functions.Set<functions::FSGetVolumeInfo>(
-        [](std::int32_t, std::uint32_t index, std::int32_t* actual, std::uint32_t which,
-           std::byte* info, std::u16string* name, std::byte* root) {
-            EXPECT_TRUE(index == 0 && actual == nullptr && name == nullptr && root == nullptr);
-            EXPECT_EQ(which, 0xFFFFU);
-            info[32] = std::byte{8};
-            return 0;
-        });
-    machine.Start();
-    const auto row = RowOfDefragmenter("KQS_disk.1", "SDB1");
-    EXPECT_EQ(row->Value("volume").StringValue(), "Photos");
-    EXPECT_EQ(row->Value("TotalFiles").UInt32Value(), 8U);
-    EXPECT_EQ(row->Value("progress").DoubleValue(), 125);
-
-    // An error counts as no files at all.
-    machine.functions.Set<functions::FSGetVolumeInfo>([](auto...) { return -36; });
-    EXPECT_EQ(RowOfDefragmenter("KQS_disk.2", "sda1")->Value("TotalFiles").UInt32Value(), 0U);
-
-    const auto unknown = RowOfDefragmenter("KQS_disk.3", "sdz9");
-    EXPECT_EQ(unknown->Value("volume").StringValue(), "sdz9");
-    EXPECT_FALSE(unknown->HasKey("TotalFiles"));
-    // A volume whose disk can't be told has the name of a disk that was not named.
-    machine.functions.Set<functions::FSCopyDiskIDForVolume>(
-        [](std::int32_t, std::int32_t*) { return -35; });
-    EXPECT_EQ(RowOfDefragmenter("KQS_disk.4", "")->Value("volume").StringValue(), "/");
-    EXPECT_FALSE(machine.HasEnded());
-    machine.functions.Remove<functions::FSGetVolumeInfo>();
-    static_cast<void>(RowOfDefragmenter("KQS_disk.5", ""));
-    EXPECT_TRUE(machine.HasEnded());
 }
 
 } // namespace

@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 namespace kqu {
 namespace {
 
@@ -16,10 +13,6 @@ constexpr std::uint32_t canSleep = 0xE0000270;
 class SleepNoteTest : public testing::Test {
   protected:
     void SetUp() override { machine.Start(); }
-    void AddRow() {
-        machine.centre.Post("KQS_disk.1", "unknown", {});
-        machine.Advance();
-    }
     SimulatedMachine machine;
 };
 
@@ -28,7 +21,8 @@ TEST_F(SleepNoteTest, WithoutRowsNothingIsHeldBackAndThePowerSourceIsNotAsked) {
     machine.functions.Set<functions::IOPSCopyPowerSourcesInfo>([&] { return ++asked; });
     EXPECT_FALSE(machine.power.Ask(canSleep));
     EXPECT_EQ(asked, 0);
-    AddRow();
+    machine.centre.Post("KQS_disk.1", "unknown", {});
+    machine.Advance();
     EXPECT_TRUE(machine.power.Ask(canSleep));
     EXPECT_EQ(asked, 2);
 }

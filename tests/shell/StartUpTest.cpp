@@ -141,43 +141,29 @@ TEST(StartUp, AFunctionThatIsMissingEndsTheProgramWithStatusZero) {
 TEST(StartUp, BrokenPowerPreferencesEndTheProgramAndMissingOnesDoNot) {
     const std::string head = "<?xml version=\"1.0\"?><plist version=\"1.0\">";
     struct Case {
-        std::string file;
+        std::string list;
         bool ends;
         bool prevent, onAC, onBatt;
     };
-    for (const Case& c : {
-             Case{"", false, true, false, true},
-             {head + "<dict/></plist>", false, true, false, true},
-             {head + "<dict><key>SleepOnAC</key><true/></dict></plist>", false, true, true, true},
-             {head + "<dict><key>sleeponac</key><true/></dict></plist>", false, true, false, true},
-             {head + "<dict><key>PreventScheduleOnBatt</key><false/><key>SleepOnBatt</key><false/>"
-                     "</dict></plist>",
-              false, false, false, false},
-             {head + "<dict><key>x</key><dict><key>SleepOnAC</key><true/></dict></dict></plist>",
-              false, true, false, true},
-             {head + "<dict><key>SleepOnBatt</key><integer>1</integer></dict></plist>", true, true,
-              false, true},
-             {head + "<array/></plist>", true, true, false, true},
-             {head + "<dict><key>SleepOnAC</key><true/>", false, true, false, true},
-         }) {
+    for (const Case& c :
+         {Case{"<dict/>", false, true, false, true},
+          {"<dict><key>SleepOnAC</key><true/></dict>", false, true, true, true},
+          {"<dict><key>sleeponac</key><true/></dict>", false, true, false, true},
+          {"<dict><key>PreventScheduleOnBatt</key><false/><key>SleepOnBatt</key><false/></dict>",
+           false, false, false, false},
+          {"<dict><key>SleepOnBatt</key><integer>1</integer></dict>", true, true, false, true},
+          {"<array/>", true, true, false, true},
+          {"<dict><key>SleepOnAC</key><true/>", false, true, false, true}}) {
         SimulatedMachine machine;
-        machine.WriteFile(preferences, c.file);
+        machine.WriteFile(preferences, head + c.list + "</plist>");
         machine.Start();
-        EXPECT_EQ(machine.HasEnded(), c.ends) << c.file;
-        EXPECT_EQ(machine.windows.windowsMade, c.ends ? 0 : 1) << c.file;
+        EXPECT_EQ(machine.HasEnded(), c.ends) << c.list;
+        EXPECT_EQ(machine.windows.windowsMade, c.ends ? 0 : 1) << c.list;
         EXPECT_EQ(machine.app->ExitStatus(), 0);
-        EXPECT_EQ(Module1.PreventScheduleOnBatt, c.prevent) << c.file;
-        EXPECT_EQ(Module1.SleepOnAC, c.onAC) << c.file;
-        EXPECT_EQ(Module1.SleepOnBatt, c.onBatt) << c.file;
+        EXPECT_EQ(Module1.PreventScheduleOnBatt, c.prevent) << c.list;
+        EXPECT_EQ(Module1.SleepOnAC, c.onAC) << c.list;
+        EXPECT_EQ(Module1.SleepOnBatt, c.onBatt) << c.list;
     }
-}
-
-TEST(StartUp, PreferencesThatCannotBeOpenedMeanTheDefaults) {
-    SimulatedMachine machine;
-    std::filesystem::create_directories(machine.root / (preferences + 1));
-    machine.Start();
-    EXPECT_FALSE(machine.HasEnded());
-    EXPECT_TRUE(Module1.PreventScheduleOnBatt);
 }
 
 TEST(BundleDescription, GivesTextsAndTheWordNilForEverythingElse) {
@@ -191,49 +177,13 @@ TEST(BundleDescription, GivesTextsAndTheWordNilForEverythingElse) {
         EXPECT_EQ(machine.app->GetPlistValueForKey(key), "nil") << key;
 }
 
-class ParentApp : public testing::Test {
-  protected:
-    [[nodiscard]] static bool IsMarlstone(const std::string& file) {
-        SimulatedMachine machine;
-        machine.WriteFile(preferences, file);
-        machine.processes.commands[catCommand] = [&] { return file; };
-        machine.app->GetParentApp();
-        return Module1.ParentIsMarlstone;
-    }
-    [[nodiscard]] static std::string File(const std::string& location,
-                                          const std::string& lineEnd = "\n") {
-        return "<dict>" + lineEnd + "\t<key>ParentLocation</key>" + lineEnd + "\t<string>" +
-               location + "</string>" + lineEnd + "</dict>" + lineEnd;
-    }
-};
-
-TEST_F(ParentApp, NameDecidesTheFlavour) {
-    struct Case {
-        const char* location;
-        bool marlstone;
-    };
-    for (const Case& c : {Case{"/Applications/Marlstone Pro.app", true},
-                          {"/Applications/Brackwater Utilities.app", false},
-                          {"/Applications/BRACKWATER.APP", false},
-                          {"/Applications/", false},
-                          {"/Applications/Foo.app/", false},
-                          {"/Applications/Foo.app.bak", true},
-                          {"/Applications/Foo.APP.bak", true},
-                          {".app", false},
-                          {".a.apppp", true},
-                          {"Brack.appwater", false},
-                          {"/A/\xC4\xB0.appBrackwater", false},
-                          {"/Brackwater/Foo.app", true},
-                          {"", false}})
-        EXPECT_EQ(IsMarlstone(File(c.location)), c.marlstone) << c.location;
-}
-
-TEST_F(ParentApp, AMissingFileIsNotEvenRead) {
+TEST(StartUp, PreferencesThatAreNoFileMeanTheDefaults) {
     SimulatedMachine machine;
-    machine.processes.commands[catCommand] = [] { return File("/A/Foo.app"); };
-    machine.app->GetParentApp();
-    EXPECT_FALSE(Module1.ParentIsMarlstone);
-    EXPECT_TRUE(machine.processes.started.empty());
+    std::filesystem::create_directories(machine.root / (preferences + 1));
+    machine.Start();
+    EXPECT_FALSE(machine.HasEnded());
+    EXPECT_TRUE(Module1.PreventScheduleOnBatt);
+    EXPECT_EQ(machine.processes.started.back(), "pmset -g");
 }
 
 } // namespace

@@ -204,25 +204,6 @@ TEST_F(DBusNotificationCentreTest, TheNameWaitsForASystemBusThatHangsButNotForLo
     EXPECT_FALSE(centre.Sources()[2]->Due());
 }
 
-TEST_F(DBusNotificationCentreTest, TheNameIsQueuedForAndAskedForAnewOnANewBus) {
-    session.Run();
-    std::optional<Copy> first(std::in_place);
-    std::optional<Poster> poster(session);
-    ASSERT_TRUE(first->pump.Until([&] { return !poster->Owner().empty(); }));
-    const std::string owner = poster->Owner();
-    Listen();
-    AwaitListening(*poster);
-    pump.For(100ms);
-    EXPECT_EQ(poster->Owner(), owner) << "nobody is pushed out";
-    first.reset();
-    EXPECT_TRUE(pump.Until([&] { return !poster->Owner().empty(); }));
-    session.Stop();
-    session.Run();
-    poster.emplace(session);
-    EXPECT_TRUE(pump.Until([&] { return !poster->Owner().empty(); }));
-    AwaitListening(*poster);
-}
-
 TEST_F(DBusNotificationCentreTest, ANameThatIsDeniedChangesNothing) {
     PrivateBus strict("<deny own='com.brackwater.KQU_Messenger'/>");
     strict.Run();

@@ -65,23 +65,6 @@ Fill Of(const char* types, Values... values) {
     };
 }
 
-/// A text in so many variants, as the one value of the user information.
-Fill Nested(int depth) {
-    return [depth](sd_bus_message* message) {
-        sd_bus_message_append(message, "ss", "n", "o");
-        sd_bus_message_open_container(message, 'a', "{sv}");
-        sd_bus_message_open_container(message, 'e', "sv");
-        sd_bus_message_append(message, "s", "k");
-        for (int level = 1; level < depth; ++level)
-            EXPECT_GE(sd_bus_message_open_container(message, 'v', "v"), 0) << level;
-        sd_bus_message_append(message, "v", "s", "deep");
-        for (int level = 0; level < depth; ++level)
-            sd_bus_message_close_container(message);
-        sd_bus_message_append(message, "{sv}", "after", "s", "x");
-        sd_bus_message_close_container(message);
-    };
-}
-
 TEST(WireDecoder, EveryMessageHasAMeaning) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const std::pair<Fill, const char*> cases[] = {
@@ -89,22 +72,14 @@ TEST(WireDecoder, EveryMessageHasAMeaning) {
         {Of("ssa{sv}", "n", "o", 2, "PID", "s", "1", "Item", "s", "ä"),
          "'n' 'o' {PID:'1' Item:'ä' }"},
         {Of("ssa{ss}", "n", "o", 2, "PID", "1", "", ""), "'n' 'o' {PID:'1' :'' }"},
-        {Of("ssa{sv}", "", "", 0), "'' '' {}"},
-        // Missing arguments, and more than there should be.
         {Of(""), "- - -"},
-        {Of("s", "n"), "'n' - -"},
-        {Of("ss", "n", "o"), "'n' 'o' -"},
         {Of("ssa{ss}sa{ss}", "n", "o", 1, "k", "v", "more", 1, "x", "y"), "'n' 'o' {k:'v' }"},
         // Arguments that do not fit their place.
         {Of("isa{ss}", 5, "o", 0), "- 'o' {}"},
-        {Of("oga{ss}", "/n", "s", 0), "- other {}"},
         {Of("a{ss}ss", 1, "k", "v", "o", "x"), "- 'o' -"},
         {Of("ssas", "n", "o", 1, "x"), "'n' 'o' -"},
         {Of("ssa{is}", "n", "o", 1, 7, "x"), "'n' 'o' -"},
-        {Of("ssi", "n", "o", 7), "'n' 'o' -"},
         // An object is passed on as what it is.
-        {Of("sb", "n", 1), "'n' true -"},
-        {Of("sd", "n", -2.5), "'n' -2.5 -"},
         {Of("s(is)a{ss}", "n", 1, "x", 0), "'n' other {}"},
         {Of("svv", "n", "v", "s", "o", "a{sv}", 1, "k", "u", 9U), "'n' 'o' {k:9 }"},
         {Of("vs", "v", "s", "n", "o"), "'n' 'o' -"},
@@ -112,10 +87,6 @@ TEST(WireDecoder, EveryMessageHasAMeaning) {
         {Of("ssa{sv}", "n", "o", 7, "y", "y", 255, "b", "b", 0, "n", "n", -32768, "q", "q", 65535,
             "i", "i", std::numeric_limits<int>::min(), "u", "u", 4294967295U, "d", "d", infinity),
          "'n' 'o' {y:255 b:false n:-32768 q:65535 i:-2147483648 u:4294967295 d:inf }"},
-        {Of("ssa{sv}", "n", "o", 2, "x", "x", std::numeric_limits<std::int64_t>::min(), "t", "t",
-            std::numeric_limits<std::uint64_t>::max()),
-         "'n' 'o' {x:-9.2233720368547758e+18 t:1.8446744073709552e+19 }"},
-        {Of("ssa{si}", "n", "o", 1, "PID", 7), "'n' 'o' {PID:7 }"},
         // Values of other kinds do not disturb what follows.
         {Of("ssa{sv}", "n", "o", 8, "o", "o", "/p", "g", "g", "a{sv}", "h", "h", STDERR_FILENO,
             "ay", "ay", 2, 1, 2, "as", "as", 1, "x", "r", "(ia{sv})", 1, 1, "k", "i", 2, "e", "ad",
@@ -124,8 +95,6 @@ TEST(WireDecoder, EveryMessageHasAMeaning) {
         // The same key twice: both, in their order.
         {Of("ssa{sv}", "n", "o", 3, "k", "s", "1", "K", "s", "2", "k", "i", 3),
          "'n' 'o' {k:'1' K:'2' k:3 }"},
-        {Nested(1), "'n' 'o' {k:'deep' after:'x' }"},
-        {Nested(100), "'n' 'o' {k:other after:'x' }"},
     };
     for (const auto& [fill, meaning] : cases)
         EXPECT_EQ(Shown(DecodePosted(*Make(fill))), meaning);

@@ -1,6 +1,5 @@
 #include "platform/x11/X11Window.h"
 
-#include "platform/loop/SignalSource.h"
 #include "platform/x11/X11WindowSystem.h"
 #include "tests/support/ServerProcess.h"
 
@@ -251,15 +250,6 @@ TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
         Sync();
         Await([&] { return window->IsCollapsed() == (state[0] == 3); });
     }
-    // A place while it is withdrawn is nobody's wish.
-    window->Hide();
-    RoundTrip();
-    Configure({1, 2, 400, 700});
-    RunFor(20ms);
-    Appear();
-    RunFor(300ms);
-    EXPECT_EQ(Place(), larger);
-    EXPECT_EQ(told.size(), 1U);
 }
 
 TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
@@ -316,25 +306,6 @@ TEST_F(X11WindowTest, AnswersPingsAndOffersIcons) {
         EXPECT_EQ(shown[2 + side * side / 2 + side / 2], 0xFF3366CC);
         shown += 2 + side * side;
     }
-}
-
-TEST_F(X11WindowTest, ADisplayThatGoesAwayIsToldOnceAndEverythingStaysSafe) {
-    const SignalSource peaceFromBrokenPipes([] {});
-    int lost = 0;
-    Appear();
-    system->OnDisplayLost([&] { ++lost; });
-    server.End(SIGKILL);
-    // The writes meet a socket that nobody reads any more.
-    for (int round = 0; round < 50; ++round) {
-        Resize({340, 73 + round});
-        window->SetAlpha(round % 2 == 0 ? 0.0F : 1.0F);
-        window->UpdateDockTile();
-        RoundTrip();
-    }
-    EXPECT_EQ(lost, 1);
-    EXPECT_EQ(system->Watch().fd, -1);
-    EXPECT_FALSE(system->Due());
-    EXPECT_EQ(system->Screens(), (std::vector<Rect>{{0, 0, 1024, 768}}));
 }
 
 } // namespace
