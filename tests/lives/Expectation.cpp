@@ -14,6 +14,7 @@ namespace kqu::lives {
 namespace {
 using namespace std::chrono_literals;
 constexpr int rowHeight = 73;
+constexpr std::size_t deepest = 64;
 } // namespace
 
 Expectation::Expectation(World& world)
@@ -35,6 +36,8 @@ Expectation::Expectation(World& world)
 void Expectation::Do(const std::function<void()>& work) {
     if (end_)
         return;
+    if (coming_)
+        broken_ = "pump: left out";
     try {
         work();
     } catch (const Ends& end) {
@@ -48,6 +51,9 @@ bool Expectation::HasProcesses() const {
 }
 
 void Expectation::Repaint() {
+    // One that fell behind fires once.
+    if (std::exchange(lastRepaint_, world_.machine.time.Now()) == world_.machine.time.Now())
+        broken_ = "timer: twice in one moment";
     if (!rows_.empty())
         phase_ = (phase_ + 1) % 6;
 }
@@ -161,26 +167,24 @@ void Expectation::RowRemoved() {
 }
 
 void Expectation::StartPumping(Pump pump) {
-    if (static_cast<int>(rounds_.size()) < EventLoop::maximumDepth)
+    if (rounds_.size() < deepest)
         coming_ = pump;
     else
         AfterPump(pump);
 }
 
 bool Expectation::RoundTurns() {
-    bool begins = false;
+    const std::optional<Pump> coming = std::exchange(coming_, std::nullopt);
     Do([&] {
-        if (coming_ || rounds_.empty()) {
-            rounds_.push_back(coming_.value_or(Pump::Outermost));
-            begins = coming_.has_value();
-            coming_.reset();
+        if (coming || rounds_.empty()) {
+            rounds_.push_back(coming.value_or(Pump::Outermost));
             return;
         }
         const Pump pump = rounds_.back();
         rounds_.pop_back();
         AfterPump(pump);
     });
-    return begins;
+    return coming.has_value();
 }
 
 void Expectation::AfterPump(Pump pump) {

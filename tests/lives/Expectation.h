@@ -90,6 +90,7 @@ class Expectation {
     std::vector<Pass> passes_;
     std::vector<bool> commands_;
     std::string broken_;
+    platform::Moment lastRepaint_;
 
     platform::Rect content_{0, 0, 340, 185};
     int lastWidth_ = 0, lastHeight_ = 0;

@@ -100,10 +100,11 @@ class Maker {
             return event;
         event.values[0] = Below(50) == 0 ? -1 - Below(2) : Below(few_) * nameForms + Below(3);
         event.values[1] = Below(12) == 0 ? Below(toolCount) : Below(3);
-        // Nearly always a process; a value that is no text only where the program may break.
+        // Nearly always a process; a value that is no text where nobody reads it, or where the
+        // program may break.
         event.values[2] = Below(1 << wireKeyCount) | (Below(8) == 0 ? 0 : 1);
-        if (rough_ && Below(40) == 0)
-            event.values[2] |= (1 + Below(wireKeyCount)) << oddKeyShift;
+        if (Below(30) == 0)
+            event.values[2] |= (rough_ ? 1 + Below(wireKeyCount) : unreadKey) << oddKeyShift;
         return event;
     }
 

@@ -14,6 +14,8 @@ inline constexpr int toolCount = 10;
 inline constexpr int wireKeyCount = 16;
 /// Above the bits of the keys: 1 + the number of the key whose value is no text, or 0.
 inline constexpr int oddKeyShift = 20;
+/// 1 + the number of the one key whose value nobody reads.
+inline constexpr int unreadKey = 10;
 
 /// The notification of an event: its name, its tool, the bits of the keys it sends, and a number
 /// that their values follow from.

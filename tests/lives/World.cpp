@@ -77,7 +77,9 @@ std::string World::List() const {
     case ListMode::Unended:
         return fine.substr(0, fine.size() - 1);
     case ListMode::Nuls:
-        return fine.substr(0, fine.size() / 2) + std::string(2, '\0') + fine;
+        // A single one behind the header stays; a pair ends the chunk.
+        return "PID\n" + std::string(1, '\0') + fine.substr(0, fine.size() / 2) +
+               std::string(2, '\0') + fine;
     case ListMode::Long:
         return std::string(chunkSize - fine.size() / 2, '\n') + fine;
     default:
@@ -195,7 +197,14 @@ void World::WriteLookUpFile(bool knows) {
 
 void World::WritePlace(const std::array<int, 4>& values) {
     std::string text;
-    for (const int value : {values[0] % 1400 - 50, values[1] % 900 - 20, values[2] % 700})
+    // On the limits as often as not.
+    const platform::Rect screen = machine.windows.screens[0];
+    const auto edge = [](int value, int size) {
+        return value % 2 == 0 ? Pick(std::array{0, 1, size - 10, size - 11}, value / 2)
+                              : value % (size + 100) - 50;
+    };
+    for (const int value :
+         {edge(values[0], screen.width), edge(values[1], screen.height), values[2] % 700})
         text += "<integer>" + std::to_string(value) + "</integer>";
     MakeFolder(true);
     machine.tree.Write(placeFile, text);
