@@ -55,8 +55,13 @@ class ProcessFacts:
         return targets
 
     def children(self):
-        return [int(pid) for task in (self._folder / "task").iterdir()
-                for pid in (task / "children").read_text().split()]
+        found = []
+        for task in (self._folder / "task").iterdir():
+            try:
+                found += map(int, (task / "children").read_text().split())
+            except FileNotFoundError:
+                pass  # a thread that has ended meanwhile
+        return found
 
     def cpu_seconds(self):
         fields = (self._folder / "stat").read_text().rpartition(")")[2].split()
@@ -64,12 +69,6 @@ class ProcessFacts:
 
     def program(self):
         return os.readlink(self._folder / "exe")
-
-    def folder(self):
-        return os.readlink(self._folder / "cwd")
-
-    def exists(self):
-        return self._folder.exists()
 
 
 class Processes:
