@@ -53,6 +53,7 @@ class PanelWithoutManager(DesktopTest):
         self.assertEqual(self.panel.property("WM_CLASS"), '"kqu-messenger", "KQU_Messenger"')
         self.assertIn(str(self.desktop.messenger.pid), self.panel.property("_NET_WM_PID"))
         self.assertIn("_NET_WM_WINDOW_TYPE_UTILITY", self.panel.property("_NET_WM_WINDOW_TYPE"))
+        self.assertEqual(list((self.desktop.folder / "config").iterdir()), [])
 
     def test_grows_by_rows_until_the_screen_ends_and_then_brings_in_the_scroll_bar(self):
         self.listen()
@@ -66,31 +67,6 @@ class PanelWithoutManager(DesktopTest):
         bar = 340 - 11
         self.panel.wait_pixels("the scroll bar", lambda seen: seen.pixel(bar + 4, 20) not in (
             (255, 255, 255), (241, 245, 250)))
-
-    def test_a_burst_of_rows_ends_at_their_height_and_stays_there(self):
-        self.listen()
-        for number in range(8):
-            self.post(number)
-        self.panel.wait_height(8 * ROW)
-        self.panel.wait_visible()
-        hold("the height", lambda: self.panel.geometry().height == 8 * ROW, 1.5)
-
-    def test_rows_come_and_go_at_the_same_place(self):
-        self.listen()
-        self.post(1)
-        self.panel.wait_visible()
-        place = self.panel.geometry()
-        self.desktop.end_job(self.job)
-        self.panel.wait_hidden()
-        for number in range(3):
-            self.job = self.desktop.start_job()
-            self.post(number)
-            self.panel.wait_visible()
-            wait_until("the same place", lambda: self.panel.geometry() == place, 5)
-            self.desktop.end_job(self.job)
-            self.panel.wait_hidden()
-        self.assertFalse((self.desktop.folder / "config" /
-                          "com.brackwater.KQU_Messenger.plist").exists())
 
     def frames(self, seconds, at_least):
         """What the panel shows during that time, and longer where pictures of it are slow."""
@@ -163,12 +139,3 @@ class Posters(DesktopTest):
                                   "VolName": "Data", "Item": "/a b/c"})
             self.panel.wait_height(number * ROW)
         self.assertEqual(self.desktop.messenger_output(), "")
-
-    def test_on_the_system_bus_root_and_the_own_user_are_heard(self):
-        self.desktop.start_messenger()
-        self.desktop.wait_listening(self.desktop.system_bus)
-        self.desktop.post_by("kqu-post", "KQS_disk.1", "backup",
-                             {"PID": self.desktop.messenger.pid, "status": "copying"},
-                             self.desktop.system_bus)
-        self.panel.wait_visible()
-        self.assertEqual(self.panel.geometry().height, ROW)

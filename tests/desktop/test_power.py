@@ -1,7 +1,6 @@
 """Sleep and shutdown: the locks that the program holds at the login manager, and why."""
 
 import os
-import pathlib
 import signal
 
 import dbus
@@ -12,7 +11,6 @@ from support.waiting import hold, wait_for_value, wait_until
 
 ACTIONS = "sleep:shutdown"
 WHO = "KQU Messenger"
-CLOSE_ON_EXEC = 0o2000000
 # In seconds: what is promised, and a quarter for the way to the login manager and back.
 PROMPTLY = 1.25
 
@@ -95,18 +93,6 @@ class Power(DesktopTest):
                 self.wait_modes(timeout=PROMPTLY)
                 self.desktop.start_messenger()
                 self.desktop.wait_listening()
-
-    def test_no_descriptor_goes_to_a_child(self):
-        self.start_row()
-        self.wait_modes("block", "delay")
-        own = set(self.desktop.messenger_facts().descriptors()) - {0, 1, 2}
-        self.assertGreaterEqual(len(own), 5)
-        folder = pathlib.Path("/proc", str(self.desktop.messenger.pid), "fdinfo")
-        for descriptor in own:
-            flags = next(line.split()[1] for line in
-                         (folder / str(descriptor)).read_text().splitlines()
-                         if line.startswith("flags:"))
-            self.assertTrue(int(flags, 8) & CLOSE_ON_EXEC, descriptor)
 
     def test_it_asks_for_locks_and_for_nothing_else(self):
         for wish in ("sleep", "shutdown"):

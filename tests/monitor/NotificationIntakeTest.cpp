@@ -82,13 +82,6 @@ TEST_F(NotificationIntakeTest, BeforeTheOpeningIsDoneNothingIsTakenIn) {
     EXPECT_EQ(Rows(), 1);
 }
 
-TEST_F(NotificationIntakeTest, ABurstOfNewNamesNestsWithoutLosingOne) {
-    for (int i = 0; i < 500; ++i)
-        machine.centre.Post("KQS_disk." + std::to_string(i), "KQMS", {});
-    machine.Advance(1ms);
-    EXPECT_EQ(Rows(), 500);
-}
-
 TEST_F(NotificationIntakeTest, ALookupFileThatCannotBeOpenedEndsTheProgram) {
     std::filesystem::create_directories(
         machine.root / "Application Support/Brackwater Utilties Support/BSDLookup");

@@ -44,13 +44,5 @@ TEST_F(PanelGeometry, AFileThatCannotBeOpenedEndsTheProgramAtStart) {
     EXPECT_TRUE(machine.HasEnded());
 }
 
-TEST_F(PanelGeometry, AFileThatCannotBeOpenedEndsTheProgramAtSaving) {
-    machine.Start();
-    std::filesystem::create_directories(file / "full");
-    MoveTo(200, 100);
-    EXPECT_TRUE(machine.HasEnded());
-    EXPECT_EQ(machine.app->ExitStatus(), 0);
-}
-
 } // namespace
 } // namespace kqu

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "framework/files/FolderItem.h"
 #include "platform/functions/CoreFoundationFunctions.h"
 #include "platform/functions/Handles.h"
 #include "platform/volumes/VolumeFunctions.h"
-#include "tests/support/MadeUpVolumes.h"
 #include "tests/support/SimulatedMachine.h"
 
 namespace kqu::simulation {
@@ -17,12 +15,10 @@ class MachineWithVolumes : public SimulatedMachine {
         tree.Mount("8:1", "sda1", "/");
         tree.Mount("8:17", "sdb1", "/media/My Disk");
         tree.Label("sdb1", "Photos");
-        FolderItem::SetRoot(tree.Root());
         platform::RegisterCoreFoundationFunctions(functions, handles);
         platform::RegisterVolumeFunctions(functions, handles, tree.Root());
     }
 
-    MadeUpVolumes tree;
     platform::Handles handles;
 };
 

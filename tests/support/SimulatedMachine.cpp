@@ -9,18 +9,10 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 namespace kqu::simulation {
 
 namespace {
-std::filesystem::path MakeTemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "kqu-machine-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
-        throw std::runtime_error("no temporary folder could be made");
-    return pattern;
-}
-
 constexpr std::int32_t powerBlob = 7;
 constexpr std::int32_t powerName = 8;
 } // namespace
@@ -65,7 +57,7 @@ bool SimulatedPower::Ask(std::uint32_t message) const {
     return listener_ && listener_(static_cast<std::int32_t>(message));
 }
 
-SimulatedMachine::SimulatedMachine() : root(MakeTemporaryFolder()) {
+SimulatedMachine::SimulatedMachine() {
     FolderItem::SetRoot(root);
     // The preferences folder of the machine's user.
     std::filesystem::create_directories(root / "home/.config");
@@ -80,8 +72,6 @@ SimulatedMachine::~SimulatedMachine() {
     app.reset();
     runtime_.reset();
     FolderItem::SetRoot("/");
-    std::error_code ignored;
-    std::filesystem::remove_all(root, ignored);
 }
 
 void SimulatedMachine::Start() {
@@ -118,9 +108,7 @@ Ref<Dictionary> SimulatedMachine::Row(const std::string& name) {
 }
 
 void SimulatedMachine::WriteFile(const std::string& path, const std::string& text) {
-    const std::filesystem::path native = root / path.substr(1);
-    std::filesystem::create_directories(native.parent_path());
-    std::ofstream(native, std::ios::binary) << text;
+    tree.Write(path.substr(1), text);
 }
 
 std::string SimulatedMachine::ReadFile(const std::string& path) const {

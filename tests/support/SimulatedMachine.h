@@ -4,12 +4,12 @@
 #include "panel/Window1.h"
 #include "shell/App.h"
 #include "shell/Module1.h"
+#include "tests/support/MadeUpVolumes.h"
 #include "tests/support/SimulatedProcesses.h"
 #include "tests/support/SimulatedWaiting.h"
 #include "tests/support/SimulatedWindows.h"
 
 #include <chrono>
-#include <filesystem>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -103,7 +103,8 @@ class SimulatedMachine {
     SimulatedProcesses processes;
     platform::FunctionTable functions;
     platform::ScreenUpdates screenUpdates;
-    std::filesystem::path root;
+    MadeUpVolumes tree;
+    const std::filesystem::path root = tree.Root();
     /// What the version question answers; nothing lets it fail.
     std::optional<std::int32_t> systemVersion = 0x1068;
     std::uint32_t consoleOwner = 1000;

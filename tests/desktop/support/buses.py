@@ -17,7 +17,7 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
   <servicedir>{services}</servicedir>
   <auth>EXTERNAL</auth>
   <policy context="default">
-    {users}
+    <allow user="*"/>
     <allow own="*"/>
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
@@ -31,10 +31,9 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 
 class Bus:
     """A bus daemon of one kind, "session" or "system". It keeps its address when it is started
-    anew. `only_owner` is the stock policy of a session bus, which refuses all others, root too.
-    `services` is a folder for the files of what can be started by name."""
+    anew. `services` is a folder for the files of what can be started by name."""
 
-    def __init__(self, kind, processes, env, owner=None, only_owner=False):
+    def __init__(self, kind, processes, env, owner=None):
         self.kind = kind
         self._processes, self._env, self._owner = processes, env, owner
         self._folder = processes.folder / f"{kind}-bus"
@@ -46,10 +45,9 @@ class Bus:
         self.services = self._folder / "services"
         self.services.mkdir()
         self.address = f"unix:path={socket}"
-        users = "" if only_owner else '<allow user="*"/>'
         self._configuration = self._folder / "bus.conf"
         self._configuration.write_text(
-            CONFIGURATION.format(kind=kind, socket=socket, services=self.services, users=users))
+            CONFIGURATION.format(kind=kind, socket=socket, services=self.services))
         self._daemon = None
         self._connection = None
 
@@ -127,7 +125,3 @@ class Logind:
         """For example emit("PrepareForSleep", "b", True)."""
         self._interface("org.freedesktop.DBus.Mock").EmitSignal(
             self.MANAGER, name, signature, dbus.Array(values, signature="v"))
-
-    def set_properties(self, **values):
-        self._interface("org.freedesktop.DBus.Mock").UpdateProperties(
-            self.MANAGER, dbus.Dictionary(values, signature="sv"))

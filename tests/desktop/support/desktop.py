@@ -115,18 +115,16 @@ class Desktop:
         return subprocess.run(command, env=self.env, check=True, capture_output=True, text=True,
                               timeout=20).stdout
 
-    def start_messenger(self, *prefix, path_first=None, **environment):
-        """Starts the program; `prefix` is put before its command (for example "setpriv", ...), and
-        the folder `path_first` before PATH. The panel's window is there when this returns."""
-        self.launch_messenger(*prefix, path_first=path_first, **environment)
+    def start_messenger(self, *prefix, **environment):
+        """Starts the program; `prefix` is put before its command (for example "setpriv", ...).
+        The panel's window is there when this returns."""
+        self.launch_messenger(*prefix, **environment)
         wait_until("the panel's window", lambda: self.panel.find() or self._ended_early())
         return self.messenger
 
-    def launch_messenger(self, *prefix, path_first=None, **environment):
+    def launch_messenger(self, *prefix, **environment):
         """The same without waiting for anything. A variable that is given as None is left out."""
         env = {**self.env, **environment}
-        if path_first:
-            env["PATH"] = f"{path_first}:{env['PATH']}"
         env = {key: value for key, value in env.items() if value is not None}
         self.messenger = self.processes.start([*prefix, str(self.build / "kqu-messenger")], env,
                                               log="messenger.log")

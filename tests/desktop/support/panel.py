@@ -36,9 +36,6 @@ class Panel:
         largest = max(windows, key=lambda found: int(found[1]) * int(found[2]), default=None)
         return largest and largest[0]
 
-    def wait_found(self):
-        return wait_until("the panel's window", self.find)
-
     def _info(self):
         window = self.find()
         return self._ask("xwininfo", "-id", window) if window else ""

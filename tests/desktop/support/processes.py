@@ -78,12 +78,6 @@ class ProcessFacts:
     def program(self):
         return os.readlink(self._folder / "exe")
 
-    def folder(self):
-        return os.readlink(self._folder / "cwd")
-
-    def exists(self):
-        return self._folder.exists()
-
 
 class Processes:
     """Starts the processes of one desktop and ends them in reverse order. All of them carry `mark`
