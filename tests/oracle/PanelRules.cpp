@@ -10,7 +10,7 @@ constexpr int rowHeight = 73;
 constexpr int scrollColumn = 11;
 } // namespace
 
-void Panel::Resize(int newWidth, int newHeight, bool exact, bool force, int rows) {
+bool Panel::Resize(int newWidth, int newHeight, bool exact, bool force, int rows) {
     const int rowCount = rows > 0 ? rows : 1;
     int h = newHeight;
     if (!exact) {
@@ -25,7 +25,7 @@ void Panel::Resize(int newWidth, int newHeight, bool exact, bool force, int rows
     const int w = std::min(std::max(newWidth, 270), 500);
     height = h;
     if (w == lastWidth && h == lastHeight && !exact && !force)
-        return;
+        return false;
     width = w;
     grip = {w - 17 - 1, h - 14 - 1, 17, 14};
     maximum = rowCount - Whole((h + 2) / 73.0);
@@ -36,23 +36,24 @@ void Panel::Resize(int newWidth, int newHeight, bool exact, bool force, int rows
     maxHeight = rowCount * rowHeight;
     lastWidth = w;
     lastHeight = h;
+    return true;
 }
 
-void Panel::RowCame(int rows, int screenHeight) {
+bool Panel::RowCame(int rows, int screenHeight) {
     const bool isShort = rows != lastCount && screenHeight < top + height + rowHeight;
-    Resize(width, isShort ? height : height + rowHeight, isShort, true, rows);
     lastCount = rows;
+    return Resize(width, isShort ? height : height + rowHeight, isShort, true, rows);
 }
 
-void Panel::RowWent(int rows) {
-    if (rows == 0)
-        lastCount = 0;
-    else
-        Resize(width, rows < height / 73.0 ? height - rowHeight : height, false, true, rows);
+bool Panel::RowWent(int rows) {
+    if (rows > 0)
+        return Resize(width, rows < height / 73.0 ? height - rowHeight : height, false, true, rows);
+    lastCount = 0;
+    return false;
 }
 
-void Panel::Drag(int column, int pointerX, int pointerY, int rows) {
-    Resize(pointerX - left + 17 - column + 1, pointerY - top, false, false, rows);
+bool Panel::Drag(int column, int pointerX, int pointerY, int rows) {
+    return Resize(pointerX - left + 17 - column + 1, pointerY - top, false, false, rows);
 }
 
 void Panel::Wheel(int delta) {
