@@ -60,36 +60,27 @@ void Panel::Wheel(int delta) {
     value = std::clamp(value + (delta > 0) - (delta < 0), 0, std::max(maximum, 0));
 }
 
-Bar BarOf(int width, double value, double maximum) {
-    const auto count = static_cast<std::size_t>(width);
-    Bar bar{std::string(count, ' '), std::string(count, ' ')};
-    const auto put = [&](int column, char letter) {
-        if (column >= 0 && column < width)
-            bar.colours[static_cast<std::size_t>(column)] = letter;
-    };
-    if (value != -1.0) {
-        bar.colours.assign(count, 'm');
-        for (int i = 0; i < 5; ++i)
-            put(i, 'l');
-        for (int i = 0; i < 5; ++i)
-            put(width - 5 + i, 'r');
-        bar.mask.assign(count, 't');
-    }
-    if (!(value > -1.0))
-        return bar;
+bool Bar::HasFill(int column) const {
     const double filled = value * width / maximum;
-    if (filled != 0.0 && value != 0.0 && maximum != 0.0)
-        for (int i = 0; i < std::min(Whole(filled), width); ++i) {
-            put(i, 'f');
-            bar.mask[static_cast<std::size_t>(i)] = 'f';
-        }
+    return value > -1.0 && filled != 0.0 && value != 0.0 && maximum != 0.0 &&
+           column < Whole(filled);
+}
+
+char Bar::Mask(int column) const {
+    return value == -1.0 ? ' ' : HasFill(column) ? 'f' : 't';
+}
+
+char Bar::Colour(int column) const {
+    if (value == -1.0)
+        return ' ';
+    char letter = HasFill(column) ? 'f' : column >= width - 5 ? 'r' : column < 5 ? 'l' : 'm';
     double sum = 0.0;
-    for (double way = 0.0; way <= width; way += width / 10.0) {
+    for (double way = 0.0; value > -1.0 && way <= width; way += width / 10.0) {
         sum += width / 10.0;
-        put(static_cast<int>(sum), '1');
-        put(static_cast<int>(sum) + 1, '2');
+        if (const std::int64_t tick = Whole(sum); column == tick || column == tick + 1)
+            letter = column == tick ? '1' : '2';
     }
-    return bar;
+    return letter;
 }
 
 namespace {
@@ -171,7 +162,7 @@ PaintedRow PaintedRowOf(const Row& row, int panelWidth, int listWidth, bool sibl
     if (texts.Has("progress")) {
         const double value = std::get<double>(row.at("progress")) / 10.0;
         painted.barLeft = 10 + slot;
-        painted.bar = BarOf(listWidth - 20 - slot, value, 100.0);
+        painted.bar = {listWidth - 20 - slot, value, 100.0};
         const std::string percent =
             (std::isfinite(value) ? Rounded(value, 2) : machine.word(value)) + " %";
         painted.lines.push_back({percent, listWidth - 10 - Whole(machine.textWidth(percent)), 50});

@@ -67,6 +67,7 @@ struct Disks {
     /// Called before a volume is asked for its disk, or for its files.
     std::function<void(bool forFiles)> asking = [](bool) {};
 };
+void FindVolume(Row& row, const std::string& disk, const Disks& disks);
 void TakeIn(Row& row, const std::string& tool, const Wire& wire, const Disks& disks);
 std::string Title(int rows, bool sibling);
 
@@ -90,9 +91,12 @@ struct Panel {
 // Bars: a letter a column. Colours are the track's (l m r), the fill's (f) and the tick's (1 2);
 // the mask is the track's (t) or the fill's (f). A blank is as the picture was made.
 struct Bar {
-    std::string colours, mask;
+    int width;
+    double value, maximum;
+    [[nodiscard]] char Colour(int column) const;
+    [[nodiscard]] char Mask(int column) const;
+    [[nodiscard]] bool HasFill(int column) const;
 };
-Bar BarOf(int width, double value, double maximum);
 
 // Rows as painted, relative to the row's top.
 struct Line {

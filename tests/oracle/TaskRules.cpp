@@ -2,6 +2,26 @@
 
 namespace kqu::oracle {
 
+void FindVolume(Row& row, const std::string& disk, const Disks& disks) {
+    row["bsd"] = disk;
+    for (const std::string& line : Fields(disks.lookUpFile.value_or(""), "\r"))
+        if (Same(Field(line, ":", 1), disk)) {
+            row["volume"] = Field(line, ":", 2);
+            row["totalfiles"] = Whole(Val(Field(line, ":", 3)));
+            return;
+        }
+    for (const Mounted& volume : disks.volumes) {
+        disks.asking(false);
+        if (Same(volume.disk, disk)) {
+            disks.asking(true);
+            row["volume"] = volume.name;
+            row["totalfiles"] = volume.files;
+            return;
+        }
+    }
+    row["volume"] = disk;
+}
+
 namespace {
 /// What a tool sends under one key, and what becomes of it.
 struct Reading {
@@ -30,26 +50,6 @@ struct Reading {
             row["progress"] = progress;
     }
 };
-
-void FindVolume(Row& row, const std::string& disk, const Disks& disks) {
-    row["bsd"] = disk;
-    for (const std::string& line : Fields(disks.lookUpFile.value_or(""), "\r"))
-        if (Same(Field(line, ":", 1), disk)) {
-            row["volume"] = Field(line, ":", 2);
-            row["totalfiles"] = Whole(Val(Field(line, ":", 3)));
-            return;
-        }
-    for (const Mounted& volume : disks.volumes) {
-        disks.asking(false);
-        if (Same(volume.disk, disk)) {
-            disks.asking(true);
-            row["volume"] = volume.name;
-            row["totalfiles"] = volume.files;
-            return;
-        }
-    }
-    row["volume"] = disk;
-}
 
 std::string ForkText(const Reading& sent) {
     const std::string status = sent.Has("status") ? sent.Text("status") : "";
