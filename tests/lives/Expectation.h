@@ -1,7 +1,8 @@
 #pragma once
 
 #include "framework/events/LoopTimer.h"
-#include "tests/lives/ExpectedRow.h"
+#include "tests/lives/World.h"
+#include "tests/oracle/Rules.h"
 
 #include <functional>
 #include <optional>
@@ -37,11 +38,14 @@ class Expectation {
     bool RoundTurns();
     /// `isForRow`: the command is the list of processes.
     void CommandStarted(bool isForRow);
-    void EndWasAskedFor(bool atEnd);
-    void ChunkWasRead();
+    /// The program needs that function.
+    template <class F>
+    void Needs() {
+        Do([this] { world_.Need<F>(); });
+    }
     void ErrorWasAskedFor(bool isError);
-    /// `text` is all that the program got to read.
-    void CommandEnded(const std::string& text);
+    /// `printed` is all that the program has read.
+    void CommandEnded(const std::string& printed);
     void Pressed(platform::Point inContent);
     void Dragged();
     void Released();
@@ -64,27 +68,25 @@ class Expectation {
     void Do(const std::function<void()>& work);
     void Repaint();
     void Reap();
-    void Guard();
-    void Grace();
+    void EndIfEmpty(const char* why) const;
+    void SetAlpha(bool visible);
     void KeepPlace();
     void StartPumping(Pump pump);
     void AfterPump(Pump pump);
     void WalkOn();
-    void RowRemoved();
+    void RemoveRow(int index);
     void FinishNotification();
-    void ChangeSize(int newWidth, int newHeight, bool exact, bool force);
-    void LayOut(int width, int height, int rowCount);
-    void FindPlace();
-    void SetTitle();
-    [[nodiscard]] std::string RowsDiffer(const Dictionary& table) const;
+    void Sized(bool laidOut) const;
+    [[nodiscard]] oracle::Disks Disks() const;
+    [[nodiscard]] oracle::PanelPlace Place() const {
+        return {panel_.left, panel_.top, panel_.width};
+    }
     [[nodiscard]] bool LetsThrough();
-    [[nodiscard]] bool IsOnBattery() const;
     [[nodiscard]] int Count() const { return static_cast<int>(rows_.size()); }
-    [[nodiscard]] platform::Rect BarArea() const { return {barLeft_, 0, 10, barHeight_}; }
 
     World& world_;
     std::optional<std::string> end_;
-    std::vector<std::pair<std::string, Row>> rows_;
+    std::vector<std::pair<std::string, oracle::Row>> rows_;
     std::vector<Pump> rounds_;
     std::optional<Pump> coming_;
     std::vector<Pass> passes_;
@@ -92,19 +94,12 @@ class Expectation {
     std::string broken_;
     platform::Moment lastRepaint_;
 
-    platform::Rect content_{0, 0, 340, 185};
-    int lastWidth_ = 0, lastHeight_ = 0;
-    int listWidth_ = 0, listHeight_ = 0, barLeft_ = 0, barHeight_ = 0;
-    int maximum_ = 100, value_ = 0, maxHeight_ = 0;
-    int savedLeft_ = 0, savedTop_ = 0, savedWidth_ = 0;
-    int lastCount_ = 0, lastDragUpdate_ = 0, phase_ = 0, xoffset_ = 0;
-    int tiles_ = 0, drags_ = 0, alphaCalls_ = 1;
+    oracle::Panel panel_;
+    oracle::PanelPlace kept_{};
+    int lastDragUpdate_ = 0, phase_ = 0, column_ = 0, tiles_ = 0, drags_ = 0, alphaCalls_ = 1;
     long alphaCallsSeen_ = 0;
-    bool visible_ = false;
-    bool guards_ = true, graces_ = false;
+    bool visible_ = false, guards_ = true, graces_ = false, inDrag_ = false;
     Held held_ = Held::Nothing;
-    bool inDrag_ = false;
-    std::string title_;
 
     LoopTimer repaint_, reap_, guard_, place_, grace_;
 };

@@ -12,26 +12,19 @@
 namespace kqu::lives {
 
 namespace {
-constexpr std::array kindNames{"Post",        "Process",     "Press",      "Move",     "Release",
-                               "Wheel",       "Outside",     "Ask",        "Source",   "Mount",
-                               "Trouble",     "Function",    "Commands",   "Collapse", "Jump",
-                               "Screen",      "Echo",        "LookUpFile", "Folder",   "Close",
-                               "LoseDisplay", "Preferences", "Place"};
-
 /// How often each kind comes, in the quiet lives and in those in which things break for good.
 struct Weight {
-    Kind kind;
+    const char* kind;
     int quiet;
     int rough;
 };
 constexpr Weight weights[] = {
-    {Kind::Post, 500, 500},   {Kind::Process, 90, 60},  {Kind::Press, 40, 20},
-    {Kind::Move, 60, 30},     {Kind::Release, 30, 20},  {Kind::Wheel, 40, 20},
-    {Kind::Outside, 25, 15},  {Kind::Ask, 60, 60},      {Kind::Source, 30, 30},
-    {Kind::Mount, 30, 30},    {Kind::Trouble, 12, 12},  {Kind::Function, 0, 30},
-    {Kind::Commands, 30, 40}, {Kind::Collapse, 15, 15}, {Kind::Jump, 5, 5},
-    {Kind::Screen, 8, 8},     {Kind::Echo, 5, 5},       {Kind::LookUpFile, 8, 8},
-    {Kind::Folder, 5, 5},     {Kind::Close, 0, 3},      {Kind::LoseDisplay, 0, 1},
+    {"Post", 500, 500},    {"Process", 90, 60},   {"Press", 40, 20},   {"Move", 60, 30},
+    {"Release", 30, 20},   {"Wheel", 40, 20},     {"Outside", 25, 15}, {"Ask", 60, 60},
+    {"Source", 30, 30},    {"Mount", 30, 30},     {"Trouble", 12, 12}, {"Function", 0, 30},
+    {"Commands", 30, 40},  {"Collapse", 15, 15},  {"Jump", 5, 5},      {"Screen", 8, 8},
+    {"Echo", 5, 5},        {"LookUpFile", 8, 8},  {"Folder", 5, 5},    {"Close", 0, 3},
+    {"LoseDisplay", 0, 1}, {"Preferences", 0, 0}, {"Place", 0, 0},
 };
 
 class Maker {
@@ -41,20 +34,22 @@ class Maker {
     Life Make() {
         rough_ = Below(4) == 0;
         few_ = 1 + Below(Below(2) == 0 ? 4 : 25);
-        Life life = Beginnings();
+        Life life;
+        for (const char* kind :
+             {"Screen", "Echo", "Preferences", "Mount", "Source", "LookUpFile", "Place", "Folder"})
+            if (Below(2) == 0)
+                life.push_back(Draw(kind));
         constexpr std::array paces{10, 200, 900, 2500};
         const int pace = paces[static_cast<std::size_t>(Below(4))];
-        const int length = 10 + Below(150);
         int time = 0;
-        for (int i = 0; i < length; ++i) {
+        for (int left = 10 + Below(150); left > 0; --left) {
             time += 1 + Gap(pace);
             // On the timers' own moments every now and then.
             if (Below(4) == 0)
                 time = (time + 499) / 500 * 500;
-            Event event = Any();
-            event.at = time;
-            event.nested = Below(5) == 0;
-            life.push_back(event);
+            life.push_back(Draw(AnyKind()));
+            life.back().at = time;
+            life.back().nested = Below(5) == 0;
         }
         return life;
     }
@@ -62,26 +57,13 @@ class Maker {
   private:
     int Below(int limit) { return static_cast<int>(random_() % static_cast<std::uint64_t>(limit)); }
     int Gap(int pace) {
-        switch (Below(40)) {
-        case 0:
-            return 12000;
-        case 1:
-            return rough_ ? 3000 : 0;
-        default:
-            return Below(3) == 0 ? 0 : Below(2 * pace);
-        }
+        const int kind = Below(40);
+        if (kind < 2)
+            return kind == 0 ? 12000 : rough_ ? 3000 : 0;
+        return Below(3) == 0 ? 0 : Below(2 * pace);
     }
 
-    Life Beginnings() {
-        Life life;
-        for (const Kind kind : {Kind::Screen, Kind::Echo, Kind::Preferences, Kind::Mount,
-                                Kind::Source, Kind::LookUpFile, Kind::Place, Kind::Folder})
-            if (Below(2) == 0)
-                life.push_back(Values({kind}));
-        return life;
-    }
-
-    Event Any() {
+    const char* AnyKind() {
         const auto weight = [this](const Weight& w) { return rough_ ? w.rough : w.quiet; };
         int sum = 0;
         for (const Weight& w : weights)
@@ -90,13 +72,14 @@ class Maker {
         const Weight* w = weights;
         while (drawn >= weight(*w))
             drawn -= weight(*w++);
-        return Values({w->kind});
+        return w->kind;
     }
 
-    Event Values(Event event) {
+    Event Draw(const std::string& kind) {
+        Event event{kind};
         for (int& value : event.values)
             value = Below(1 << 20);
-        if (event.kind != Kind::Post)
+        if (kind != "Post")
             return event;
         event.values[0] = Below(50) == 0 ? -1 - Below(2) : Below(few_) * nameForms + Below(3);
         event.values[1] = Below(12) == 0 ? Below(toolCount) : Below(3);
@@ -122,8 +105,7 @@ Life MakeLife(std::uint64_t seed) {
 std::string ToText(const Life& life) {
     std::ostringstream text;
     for (const Event& event : life) {
-        text << event.at << (event.nested ? " nested " : " now ")
-             << kindNames.at(static_cast<std::size_t>(event.kind));
+        text << event.at << (event.nested ? " nested " : " now ") << event.kind;
         for (const int value : event.values)
             text << ' ' << value;
         text << '\n';
@@ -134,14 +116,12 @@ std::string ToText(const Life& life) {
 Life FromText(std::istream& text) {
     Life life;
     std::string when;
-    std::string kind;
-    for (Event event; text >> event.at >> when >> kind;) {
+    for (Event event; text >> event.at >> when >> event.kind;) {
         for (int& value : event.values)
             text >> value;
-        const auto* const name = std::find(kindNames.begin(), kindNames.end(), kind);
-        if (name == kindNames.end() || !text)
-            throw std::runtime_error("no event of a life: " + kind);
-        event.kind = static_cast<Kind>(std::distance(kindNames.begin(), name));
+        if (!text || std::none_of(std::begin(weights), std::end(weights),
+                                  [&](const Weight& w) { return w.kind == event.kind; }))
+            throw std::runtime_error("no event of a life: " + event.kind);
         event.nested = when == "nested";
         life.push_back(event);
     }

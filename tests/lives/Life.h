@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -9,44 +8,20 @@
 
 namespace kqu::lives {
 
-/// What can happen to the program. The numbers that say it more exactly are explained where the
-/// player lets it happen.
-enum class Kind {
-    Post,
-    Process,
-    Press,
-    Move,
-    Release,
-    Wheel,
-    Outside,
-    Ask,
-    Source,
-    Mount,
-    Trouble,
-    Function,
-    Commands,
-    Collapse,
-    Jump,
-    Screen,
-    Echo,
-    LookUpFile,
-    Folder,
-    Close,
-    LoseDisplay,
-    Preferences,
-    Place,
-};
+/// What says more exactly what happens; explained where the player or its world lets it happen.
+using Values = std::array<int, 4>;
 
 /// One event of a life. Those at 0 ms happen before the program starts.
 struct Event {
-    Kind kind = Kind::Post;
+    /// One of those in the table of kinds.
+    std::string kind;
     /// Milliseconds after the start.
     int at = 0;
     /// Not at once, but at the start of the next pump of the event loop inside a handler.
     bool nested = false;
-    std::array<int, 4> values{};
+    Values values{};
 
-    auto operator<=>(const Event&) const = default;
+    bool operator==(const Event&) const = default;
 };
 
 /// All that happens to one run of the program, in the order of time.

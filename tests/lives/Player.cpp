@@ -17,27 +17,28 @@ using platform::Point;
 
 class Player {
   public:
-    explicit Player(const Life& life) : life_(life) {
+    Player(const Life& life, Report& report) : life_(life), report_(report) {
         HookCommands();
-        world_.removable.emplace(machine_.functions);
+        world_.KeepFunctions();
+        LearnKinds();
         machine_.centre.beforeDelivery = [this](const platform::PostedNotification& posted) {
             LookAtDelivery();
             expectation_->Notified(posted);
         };
     }
 
-    Outcome Run() {
+    void Run() {
         Begin();
-        while (!HasEnded() && outcome_.complaint.empty()) {
+        while (!HasEnded() && report_.IsGood()) {
             Loop().RunOnce();
             Look();
             if (!HasEnded())
                 Complain(expectation_->DifferenceAtRest());
             EndSoon();
         }
-        outcome_.seconds = std::chrono::duration<double>(machine_.time.SinceStart()).count();
+        ++report_.lives;
+        report_.seconds += std::chrono::duration<double>(machine_.time.SinceStart()).count();
         LookAtTheEnd();
-        return outcome_;
     }
 
   private:
@@ -45,16 +46,16 @@ class Player {
     [[nodiscard]] bool HasEnded() { return machine_.HasEnded(); }
 
     void Begin() {
-        auto event = life_.begin();
-        for (; event != life_.end() && event->at == 0; ++event)
-            Happen(*event);
-        for (; event != life_.end(); ++event)
-            machine_.At(std::chrono::milliseconds(event->at), [this, happening = *event] {
-                if (happening.nested)
-                    waiting_.push_back(happening);
-                else
-                    Happen(happening);
-            });
+        for (const Event& event : life_)
+            if (event.at == 0)
+                Happen(event);
+            else
+                machine_.At(std::chrono::milliseconds(event.at), [this, &event] {
+                    if (event.nested)
+                        waiting_.push_back(event);
+                    else
+                        Happen(event);
+                });
         end_ = 20s + std::chrono::milliseconds(life_.empty() ? 0 : life_.back().at);
         machine_.At(end_, [this] {
             waiting_.clear();
@@ -70,6 +71,13 @@ class Player {
         });
         Loop().RunOnce();
         isOpen_ = true;
+    }
+
+    void Happen(const Event& event) {
+        if (HasEnded())
+            return;
+        ++report_.events;
+        world_.kinds.at(event.kind)(event.values);
     }
 
     /// At rest: whether what has to go without processes has gone a while after they have ended,
@@ -91,9 +99,9 @@ class Player {
 
     /// The whole program, wherever no handler is at work but those that wait in a pump.
     void Look() {
-        if (!isOpen_ || !outcome_.complaint.empty())
+        if (!isOpen_ || !report_.IsGood())
             return;
-        ++outcome_.looks;
+        ++report_.looks;
         if (expectation_->End() && !HasEnded())
             Complain("no end: " + *expectation_->End());
         else if (!expectation_->End() && HasEnded())
@@ -109,10 +117,10 @@ class Player {
     }
 
     void Complain(const std::string& complaint) {
-        if (complaint.empty() || !outcome_.complaint.empty())
+        if (complaint.empty() || !report_.IsGood())
             return;
-        outcome_.complaint =
-            complaint + ", at " + std::to_string(machine_.time.SinceStart() / 1ms) + " ms";
+        report_.Complain(complaint + ", at " + std::to_string(machine_.time.SinceStart() / 1ms) +
+                         " ms");
         Loop().Quit();
     }
 
@@ -153,25 +161,26 @@ class Player {
     }
 
     void HookCommands();
-    void ReadChunk(std::int32_t stream);
-    void Happen(const Event& event);
-    void HappenByHand(const Event& event);
-    void ChangeFromOutside(const std::array<int, 4>& values);
-    void Press(const std::array<int, 4>& values);
+    void LearnKinds();
+    void Press(const Values& values);
+    void Move(const Values& values);
+    void Wheel(const Values& values);
+    void ChangeFromOutside(const Values& values);
     void Ask(int value);
 
     const Life& life_;
+    Report& report_;
     World world_;
     simulation::MachineWithVolumes& machine_ = world_.machine;
+    simulation::SimulatedWindows& windows_ = machine_.windows;
     std::optional<Expectation> expectation_;
     platform::Registration rounds_;
     std::vector<Event> waiting_;
     bool isOpen_ = false;
     std::chrono::nanoseconds end_{};
     std::chrono::nanoseconds quietSince_{};
-    /// What is still to be read of each open command, and what the program has got of it.
-    std::map<std::int32_t, std::pair<std::string, std::string>> commands_;
-    Outcome outcome_;
+    /// What each open command prints, and how many chunks of it the program has asked for.
+    std::map<std::int32_t, std::pair<std::string, std::size_t>> commands_;
 };
 
 void Player::HookCommands() {
@@ -187,19 +196,25 @@ void Player::HookCommands() {
             return world_.list == ListMode::NoStream ? 0 : -1;
         world_.output.clear();
         const std::int32_t stream = (*open)(command, mode);
-        commands_[stream] = {world_.output, ""};
+        commands_[stream] = {world_.output, 0};
         return stream;
     });
     table.Set<feof>([this, ask = table.Find<feof>()](std::int32_t stream) {
         const int atEnd = (*ask)(stream);
-        expectation_->EndWasAskedFor(atEnd != 0);
+        if (atEnd != 0)
+            expectation_->Needs<pclose>();
+        else
+            expectation_->Needs<fread>();
         return atEnd;
     });
     table.Set<fread>([this, read = table.Find<fread>()](void* block, std::size_t size,
                                                         std::size_t count, std::int32_t stream) {
-        ReadChunk(stream);
+        Look();
+        if (isOpen_ && !HasEnded())
+            machine_.time.Pass(world_.delay);
+        ++commands_[stream].second;
         const std::size_t result = (*read)(block, size, count, stream);
-        expectation_->ChunkWasRead();
+        expectation_->Needs<ferror>();
         return result;
     });
     table.Set<ferror>([this](std::int32_t) {
@@ -209,99 +224,64 @@ void Player::HookCommands() {
     });
     table.Set<pclose>([this, close = table.Find<pclose>()](std::int32_t stream) {
         const int status = (*close)(stream);
-        expectation_->CommandEnded(commands_[stream].second);
+        const auto& [printed, chunks] = commands_[stream];
+        expectation_->CommandEnded(printed.substr(0, chunks * World::chunkSize));
         commands_.erase(stream);
         return status;
     });
 }
 
-void Player::ReadChunk(std::int32_t stream) {
-    Look();
-    if (isOpen_ && !HasEnded())
-        machine_.time.Pass(world_.delay);
-    auto& [left, got] = commands_[stream];
-    // The program takes a chunk up to the first pair of zeros, and it is filled up with zeros.
-    std::string chunk = left.substr(0, World::chunkSize);
-    left.erase(0, World::chunkSize);
-    chunk.resize(World::chunkSize);
-    got += chunk.substr(0, chunk.find(std::string(2, '\0')));
-}
-
-void Player::Happen(const Event& event) {
-    if (HasEnded())
-        return;
-    ++outcome_.events;
-    switch (event.kind) {
-    case Kind::Post:
-        machine_.centre.Post(NotificationOf(event));
-        break;
-    case Kind::Ask:
-        Ask(event.values[0]);
-        break;
-    case Kind::Close:
-        Close();
-        break;
-    case Kind::LoseDisplay:
-        Deliver([this](NativeWindowOwner&) { expectation_->Closed(); });
-        machine_.windows.LoseDisplay();
-        break;
-    case Kind::Press:
-    case Kind::Move:
-    case Kind::Release:
-    case Kind::Wheel:
-    case Kind::Outside:
-        HappenByHand(event);
-        break;
-    default:
-        world_.Happen(event);
-    }
-}
-
-void Player::HappenByHand(const Event& event) {
-    const auto& values = event.values;
-    auto& windows = machine_.windows;
-    const platform::Rect content = windows.window->content;
-    switch (event.kind) {
-    case Kind::Press:
-        Press(values);
-        break;
-    case Kind::Move:
-        windows.pointer = {content.x + values[0] % 900 - 100, content.y + values[1] % 1000 - 100};
-        // Where half a row decides, as often as not.
-        if (values[2] % 2 == 0)
-            windows.pointer.y =
-                content.y + content.height + (values[3] % 2 == 0 ? 36 : -38) + values[1] % 3;
-        if (windows.buttonDown)
-            Deliver([this](NativeWindowOwner& panel) {
-                const Point origin = machine_.windows.window->content.Origin();
-                expectation_->Dragged();
-                panel.PointerMoved(
-                    {machine_.windows.pointer.x - origin.x, machine_.windows.pointer.y - origin.y});
-            });
-        break;
-    case Kind::Release:
-        if (std::exchange(windows.buttonDown, false))
+void Player::LearnKinds() {
+    world_.kinds["Post"] = [this](const Values& values) {
+        machine_.centre.Post(NotificationOf(values));
+    };
+    world_.kinds["Ask"] = [this](const Values& values) { Ask(values[0]); };
+    world_.kinds["Press"] = [this](const Values& values) { Press(values); };
+    world_.kinds["Move"] = [this](const Values& values) { Move(values); };
+    world_.kinds["Wheel"] = [this](const Values& values) { Wheel(values); };
+    world_.kinds["Outside"] = [this](const Values& values) { ChangeFromOutside(values); };
+    world_.kinds["Close"] = [this](const Values&) { Close(); };
+    world_.kinds["Release"] = [this](const Values&) {
+        if (std::exchange(windows_.buttonDown, false))
             Deliver([this](NativeWindowOwner& panel) {
                 expectation_->Released();
                 panel.ButtonReleased({0, 0});
             });
-        break;
-    case Kind::Wheel: {
-        const Point at{values[0] % (content.width + 20) - 5, values[1] % (content.height + 20) - 5};
-        const int delta = values[2] % 5 - 2;
-        Deliver([=, this](NativeWindowOwner& panel) {
-            expectation_->Wheel(at, delta);
-            panel.WheelTurned(at, values[3] % 3 - 1, delta);
-        });
-        break;
-    }
-    default:
-        ChangeFromOutside(values);
-    }
+    };
+    world_.kinds["LoseDisplay"] = [this](const Values&) {
+        Deliver([this](NativeWindowOwner&) { expectation_->Closed(); });
+        windows_.LoseDisplay();
+    };
 }
 
-void Player::ChangeFromOutside(const std::array<int, 4>& values) {
-    platform::Rect changed = machine_.windows.window->content;
+void Player::Move(const Values& values) {
+    const platform::Rect content = windows_.window->content;
+    windows_.pointer = {content.x + values[0] % 900 - 100, content.y + values[1] % 1000 - 100};
+    // Where half a row decides, as often as not.
+    if (values[2] % 2 == 0)
+        windows_.pointer.y =
+            content.y + content.height + (values[3] % 2 == 0 ? 36 : -38) + values[1] % 3;
+    if (!windows_.buttonDown)
+        return;
+    Deliver([this](NativeWindowOwner& panel) {
+        const Point origin = windows_.window->content.Origin();
+        expectation_->Dragged();
+        panel.PointerMoved({windows_.pointer.x - origin.x, windows_.pointer.y - origin.y});
+    });
+}
+
+void Player::Wheel(const Values& values) {
+    const platform::Rect content = windows_.window->content;
+    const Point at{values[0] % (content.width + 20) - 5, values[1] % (content.height + 20) - 5};
+    const int delta = values[2] % 5 - 2;
+    Deliver([=, this](NativeWindowOwner& panel) {
+        expectation_->Wheel(at, delta);
+        panel.WheelTurned(at, values[3] % 3 - 1, delta);
+    });
+}
+
+void Player::ChangeFromOutside(const Values& values) {
+    platform::Rect changed = windows_.window->content;
     if (values[3] % 3 != 0)
         changed = {values[0] % 1400 - 100, values[1] % 900 - 50, changed.width, changed.height};
     if (values[3] % 3 != 1) {
@@ -309,23 +289,22 @@ void Player::ChangeFromOutside(const std::array<int, 4>& values) {
         changed.height = 20 + values[2] % 800;
     }
     Deliver([=, this](NativeWindowOwner& panel) {
-        machine_.windows.window->content = changed;
+        windows_.window->content = changed;
         expectation_->ChangedFromOutside(changed);
         panel.ContentChanged(changed);
     });
 }
 
-void Player::Press(const std::array<int, 4>& values) {
-    auto& windows = machine_.windows;
-    const platform::Rect content = windows.window->content;
+void Player::Press(const Values& values) {
+    const platform::Rect content = windows_.window->content;
     Point at{values[1] % content.width, values[2] % content.height};
     if (values[0] % 4 < 2)
         at = {content.width - 20 + values[1] % 20, content.height - 17 + values[2] % 17};
     else if (values[0] % 4 == 2)
         at.x = content.width - 11 + values[1] % 10;
     // The button may be pressed anywhere, but only what can be seen is told.
-    windows.pointer = {content.x + at.x, content.y + at.y};
-    if (std::exchange(windows.buttonDown, true) || !windows.window->IsVisible())
+    windows_.pointer = {content.x + at.x, content.y + at.y};
+    if (std::exchange(windows_.buttonDown, true) || !windows_.window->IsVisible())
         return;
     Deliver([=, this](NativeWindowOwner& panel) {
         expectation_->Pressed(at);
@@ -349,12 +328,11 @@ std::ptrdiff_t OpenFiles() {
 }
 } // namespace
 
-Outcome Play(const Life& life) {
+void Play(const Life& life, Report& report) {
     const std::ptrdiff_t before = OpenFiles();
-    Outcome outcome = Player(life).Run();
-    if (outcome.complaint.empty() && OpenFiles() != before)
-        outcome.complaint = "open files: other than before";
-    return outcome;
+    Player(life, report).Run();
+    if (OpenFiles() != before)
+        report.Complain("open files: other than before");
 }
 
 } // namespace kqu::lives

@@ -1,51 +1,26 @@
 #include "tests/lives/Wire.h"
 
-#include <algorithm>
-#include <array>
-#include <cctype>
-#include <limits>
-#include <map>
-#include <vector>
-
 namespace kqu::lives {
 
 namespace {
 using platform::OtherWireValue;
 using platform::WireDictionary;
 using platform::WireValue;
+using Texts = std::vector<std::string>;
 
-const std::map<std::string, double> oddNumbers{
-    {"999.96", 999.96}, {"-10", -10},   {"-1", -1},
-    {"abc", 0},         {"", 0},        {" 33.3", 33.3},
-    {"12abc", 12},      {"1e3", 1000},  {"1e300", 1e300},
-    {"nan", 0},         {"inf", 0},     {"1e999", std::numeric_limits<double>::infinity()},
-    {"0x10", 0},        {"+7", 7},      {"4.5.6", 4.5},
-    {"-0", 0},          {"1,000", 1},   {"0.3", 0.3},
-    {"37.6", 37.6},     {"99.7", 99.7}, {"-1e300", -1e300},
-};
-
-const std::vector<std::string> processes{
-    "11", "12", "13", "14", "15", "16", "17",   "18",  "19", "20", "11",         "12",   "13",
-    "14", "15", "16", "17", "18", "21", "1.75", "abc", "",   "-1", "4294967297", "1e300"};
-
-std::vector<std::string> Numbers() {
-    std::vector<std::string> texts{"0", "250", "500", "1000", "1500"};
-    for (const auto& [text, number] : oddNumbers)
-        texts.push_back(text);
-    return texts;
-}
-
-struct WireKey {
-    std::string key;
-    std::vector<std::string> values;
-};
+const Texts processes{"11", "12",   "13",  "14", "15", "16",         "17",   "18", "19",
+                      "20", "11",   "12",  "13", "14", "15",         "16",   "17", "18",
+                      "21", "1.75", "abc", "",   "-1", "4294967297", "1e300"};
+const Texts numbers{"0",  "250",   "500",   "1000",  "1500",  "999.96", "-10",  "-1",    "abc",
+                    "",   " 33.3", "12abc", "1e3",   "1e300", "nan",    "inf",  "1e999", "0x10",
+                    "+7", "4.5.6", "-0",    "1,000", "0.3",   "37.6",   "99.7", "-1e300"};
 
 /// The last two are of a wrong case, and mean nothing to anybody.
-const std::array<WireKey, wireKeyCount> wireKeys{{
+const std::pair<const char*, Texts> wireKeys[wireKeyCount]{
     {"PID", processes},
     {"Extra", {"sleep", "shutdown", "Sleep", "", "restart"}},
     {"BSD", {"sda1", "SDB1", "sdc1", "", "disk9", "dm-7"}},
-    {"Progress", Numbers()},
+    {"Progress", numbers},
     {"VolName", {"Data", "", "Ärger \xF0\x9F\x92\xBE", std::string(300, 'v')}},
     {"Item", {"/srv/a.bin", "", std::string(2000, '/')}},
     {"ScanType", {"0", "1", "", "00"}},
@@ -54,11 +29,11 @@ const std::array<WireKey, wireKeyCount> wireKeys{{
     {"FolderBackup", {"", "no"}},
     {"dVolName", {"/Volumes//Backup", "a///b", "//", "plain"}},
     {"FileName", {"letter.txt", "", "б:у%s"}},
-    {"FileProgress", Numbers()},
-    {"NumFilesExamined", Numbers()},
+    {"FileProgress", numbers},
+    {"NumFilesExamined", numbers},
     {"pid", {"1"}},
     {"Status", {"x"}},
-}};
+};
 
 std::optional<std::string> NameOf(int value) {
     constexpr std::array<const char*, nameForms> forms{"KQS_disk.tÄsk", "kqs_disk.täsk",
@@ -71,52 +46,28 @@ std::optional<std::string> NameOf(int value) {
            std::to_string(value / nameForms);
 }
 
-std::optional<WireValue> ToolOf(int value) {
-    const std::array<std::optional<WireValue>, toolCount> tools{
-        "KQMS",    "KQBackup", "KQDefrag", "kqms",           "kQbAcKuP",
-        "KQOther", true,       1.0,        OtherWireValue(), std::nullopt};
-    return tools.at(static_cast<std::size_t>(value));
-}
-
-WireValue NoText(int value) {
-    const std::array<WireValue, 3> values{true, 7.0, OtherWireValue()};
-    return values.at(static_cast<std::size_t>(value % 3));
-}
+const std::array<std::optional<WireValue>, toolCount> tools{
+    "KQMS",    "KQBackup", "KQDefrag", "kqms",           "kQbAcKuP",
+    "KQOther", true,       1.0,        OtherWireValue(), std::nullopt};
+const std::array<WireValue, 3> noTexts{true, 7.0, OtherWireValue()};
 } // namespace
 
-platform::PostedNotification NotificationOf(const Event& event) {
-    const auto& [name, tool, keys, choice] = event.values;
+platform::PostedNotification NotificationOf(const Values& values) {
+    const auto& [name, tool, keys, choice] = values;
     WireDictionary sent;
     std::uint32_t draw = static_cast<std::uint32_t>(choice);
     for (int i = 0; i < wireKeyCount; ++i) {
-        const auto& [key, values] = wireKeys.at(static_cast<std::size_t>(i));
+        const auto& [key, texts] = wireKeys[i];
         // With a choice of 0 each key has its first value.
         draw = draw * 1664525U;
         if (keys >> oddKeyShift == i + 1)
-            sent.emplace_back(key, NoText(choice));
+            sent.emplace_back(key, noTexts.at(static_cast<std::size_t>(choice) % noTexts.size()));
         else if ((keys >> i & 1) != 0)
-            sent.emplace_back(key, values[(draw >> 8U) % values.size()]);
+            sent.emplace_back(key, texts[(draw >> 8U) % texts.size()]);
     }
     const bool withoutInfo = tool == toolCount - 1 && choice % 2 != 0;
-    return {NameOf(name), ToolOf(withoutInfo ? 0 : tool),
+    return {NameOf(name), tools.at(static_cast<std::size_t>(withoutInfo ? 0 : tool)),
             withoutInfo ? std::nullopt : std::optional(sent)};
-}
-
-std::string Folded(const std::string& text) {
-    std::string folded;
-    for (const char c : text)
-        folded += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    for (std::size_t at = 0; (at = folded.find("Ä", at)) != std::string::npos;)
-        folded.replace(at, std::string("Ä").size(), "ä");
-    return folded;
-}
-
-double NumberIn(const std::string& text) {
-    if (const auto odd = oddNumbers.find(text); odd != oddNumbers.end())
-        return odd->second;
-    const bool isPlain = std::all_of(text.begin(), text.end(),
-                                     [](char c) { return (c >= '0' && c <= '9') || c == '.'; });
-    return isPlain ? std::stod(text) : 0.0;
 }
 
 } // namespace kqu::lives

@@ -8,8 +8,6 @@
 namespace kqu::lives {
 
 namespace {
-using simulation::SizeEcho;
-
 const std::string preferencesFile =
     "Library/Application Support/Brackwater Utilities Support/BrackwaterPrefs.plist";
 const char* const catCommand =
@@ -38,21 +36,49 @@ World::World() {
         sourceNames.insert(*source);
         return machine.handles.UnownedText(*source);
     });
-    table.Set<FSGetVolumeInfo>([this, ask = table.Find<FSGetVolumeInfo>()](
-                                   std::int32_t volume, std::uint32_t index, std::int32_t* actual,
-                                   std::uint32_t which, std::byte* info, std::u16string* name,
-                                   std::byte* directory) {
-        if (volumeInfoFails)
-            return failure;
-        const std::int32_t status = (*ask)(volume, index, actual, which, info, name, directory);
-        if (info != nullptr)
-            std::memcpy(info + 32, &filesOnVolume, sizeof filesOnVolume);
-        return status;
-    });
+    table.Set<FSGetVolumeInfo>(
+        [this, ask = table.Find<FSGetVolumeInfo>()](auto volume, auto index, auto* actual,
+                                                    auto which, std::byte* info, auto*... more) {
+            if (volumeInfoFails)
+                return failure;
+            const std::int32_t status = (*ask)(volume, index, actual, which, info, more...);
+            if (info != nullptr)
+                std::memcpy(info + 32, &filesOnVolume, sizeof filesOnVolume);
+            return status;
+        });
     table.Set<FSCopyDiskIDForVolume>(
         [this, ask = table.Find<FSCopyDiskIDForVolume>()](std::int32_t volume, std::int32_t* disk) {
             return diskNameFails ? failure : (*ask)(volume, disk);
         });
+    LearnKinds();
+    LearnFiles();
+}
+
+template <class... F>
+void World::Keep() {
+    auto& table = machine.functions;
+    (functions_.emplace_back([&table] { table.Remove<F>(); },
+                             [&table, entry = table.Find<F>()] { table.Set<F>(*entry); }),
+     ...);
+}
+
+void World::KeepFunctions() {
+    using namespace kqu::functions;
+    Keep<IsWindowCollapsed, UpdateCollapsedWindowDockTile, SetWindowAlpha, DisableScreenUpdates,
+         EnableScreenUpdates, SizeWindow, DragWindow, popen, feof, fread, ferror, pclose,
+         FSGetVolumeInfo, FSCopyDiskIDForVolume, CFStringGetCStringOfCarbon, CFRelease,
+         CFStringGetCString, IOPSGetProvidingPowerSourceType, IOPSCopyPowerSourcesInfo,
+         MountedVolumes>();
+}
+
+void World::Remove(int which) {
+    const int count = static_cast<int>(functions_.size());
+    functions_[static_cast<std::size_t>((which % count + count) % count)].first();
+}
+
+void World::Restore() const {
+    for (const auto& [remove, restore] : functions_)
+        restore();
 }
 
 std::string World::Read(const std::string& path) const {
@@ -61,7 +87,7 @@ std::string World::Read(const std::string& path) const {
 }
 
 void World::LetAllEnd() {
-    removable->Restore();
+    Restore();
     list = ListMode::Fine;
     delay = {};
     machine.processes.living.clear();
@@ -69,86 +95,60 @@ void World::LetAllEnd() {
 
 std::string World::List() const {
     const std::string fine = machine.processes.List();
-    switch (list) {
-    case ListMode::Empty:
-        return "";
-    case ListMode::Garbage:
-        return "12\n 13x\n1 4 \n15 \n\n \x01\xFF 16\n17\n";
-    case ListMode::Unended:
-        return fine.substr(0, fine.size() - 1);
-    case ListMode::Nuls:
-        // A single one behind the header stays; a pair ends the chunk.
-        return "PID\n" + std::string(1, '\0') + fine.substr(0, fine.size() / 2) +
-               std::string(2, '\0') + fine;
-    case ListMode::Long:
-        return std::string(chunkSize - fine.size() / 2, '\n') + fine;
-    default:
-        return fine;
-    }
+    const std::string printed[] = {
+        fine, "", "12\n 13x\n1 4 \n15 \n\n \x01\xFF 16\n17\n", fine.substr(0, fine.size() - 1),
+        // A single zero behind the header stays; a pair ends the chunk.
+        "PID\n" + std::string(1, '\0') + fine.substr(0, fine.size() / 2) + std::string(2, '\0') +
+            fine,
+        std::string(chunkSize - fine.size() / 2, '\n') + fine};
+    const auto mode = static_cast<std::size_t>(list);
+    return mode < std::size(printed) ? printed[mode] : fine;
 }
 
-void World::Happen(const Event& event) {
-    const int value = event.values[0];
+void World::LearnKinds() {
     auto& windows = machine.windows;
-    switch (event.kind) {
-    case Kind::Process:
-        if (event.values[1] % 3 == 0)
-            machine.processes.living.insert(firstProcess + value % processCount);
+    kinds["Process"] = [this](const Values& values) {
+        const int process = firstProcess + values[0] % processCount;
+        if (values[1] % 3 == 0)
+            machine.processes.living.insert(process);
         else
-            machine.processes.living.erase(firstProcess + value % processCount);
-        break;
-    case Kind::Source:
-        SetSource(value % 8);
-        break;
-    case Kind::Mount:
-        Mount(value % 8);
-        break;
-    case Kind::Trouble:
-        MakeTrouble(value % 5);
-        break;
-    case Kind::Function:
-        removable->Remove(value);
-        machine.At(machine.time.SinceStart() + std::chrono::milliseconds(event.values[1] % 8000),
-                   [this] { removable->Restore(); });
-        break;
-    case Kind::Commands:
-        SetCommands(event.values);
-        break;
-    case Kind::Collapse:
-        windows.window->collapsed = value % 2 == 0;
-        break;
-    case Kind::Jump:
-        machine.time.Pass(std::chrono::milliseconds(value % (value % 2 == 0 ? 4000 : 150000)));
-        break;
-    case Kind::Screen:
-        windows.screens = {{0, 0, 1280 + value % 3,
-                            Pick(std::array{800, 150, 187, 188, 260, 261, 333, 480, 2000}, value)}};
-        break;
-    case Kind::Echo:
-        windows.echo = static_cast<SizeEcho>(value % 3);
-        break;
-    case Kind::LookUpFile:
-        WriteLookUpFile(value % 2 == 0);
-        break;
-    case Kind::Folder:
-        MakeFolder(value % 2 == 0);
-        break;
-    case Kind::Place:
-        WritePlace(event.values);
-        break;
-    case Kind::Preferences:
-        WritePreferences(event.values);
-        break;
-    default:
-        break;
-    }
-}
-
-void World::SetCommands(const std::array<int, 4>& values) {
-    // Fine as often as not.
-    constexpr int modes = static_cast<int>(ListMode::ReadError) + 1;
-    list = static_cast<ListMode>(values[0] % 2 * (values[1] % modes));
-    delay = std::chrono::milliseconds(values[3] % (values[2] % 3 == 0 ? 5000 : 50));
+            machine.processes.living.erase(process);
+    };
+    kinds["Source"] = [this](const Values& values) { SetSource(values[0] % 8); };
+    kinds["Mount"] = [this](const Values& values) { Mount(values[0] % 8); };
+    kinds["Trouble"] = [this](const Values& values) {
+        const int value = values[0] % 5;
+        volumeInfoFails = value == 1;
+        diskNameFails = value == 2;
+        Restore();
+        if (value > 2)
+            Remove(2 - value);
+    };
+    kinds["Function"] = [this](const Values& values) {
+        Remove(values[0]);
+        machine.At(machine.time.SinceStart() + std::chrono::milliseconds(values[1] % 8000),
+                   [this] { Restore(); });
+    };
+    kinds["Commands"] = [this](const Values& values) {
+        // Fine as often as not.
+        constexpr int modes = static_cast<int>(ListMode::ReadError) + 1;
+        list = static_cast<ListMode>(values[0] % 2 * (values[1] % modes));
+        delay = std::chrono::milliseconds(values[3] % (values[2] % 3 == 0 ? 5000 : 50));
+    };
+    kinds["Collapse"] = [&](const Values& values) {
+        windows.window->collapsed = values[0] % 2 == 0;
+    };
+    kinds["Jump"] = [this](const Values& values) {
+        machine.time.Pass(
+            std::chrono::milliseconds(values[0] % (values[0] % 2 == 0 ? 4000 : 150000)));
+    };
+    kinds["Screen"] = [&](const Values& values) {
+        constexpr std::array heights{800, 150, 187, 188, 260, 261, 333, 480, 2000};
+        windows.screens = {{0, 0, 1280 + values[0] % 3, Pick(heights, values[0])}};
+    };
+    kinds["Echo"] = [&](const Values& values) {
+        windows.echo = static_cast<simulation::SizeEcho>(values[0] % 3);
+    };
 }
 
 void World::SetSource(int value) {
@@ -162,20 +162,23 @@ void World::SetSource(int value) {
         source = "AC" + std::string(98, '_');
 }
 
-void World::MakeTrouble(int value) {
-    volumeInfoFails = value == 1;
-    diskNameFails = value == 2;
-    removable->Restore();
-    if (value > 2)
-        removable->Remove(2 - value);
-}
-
 void World::Mount(int which) {
     mounted = which;
     machine.tree.UnmountAll();
     for (std::size_t i = 0; i < disks.size(); ++i)
         if ((which >> i & 1) != 0)
             machine.tree.Mount(disks[i].number, disks[i].disk, disks[i].place);
+}
+
+void World::LearnFiles() {
+    kinds["LookUpFile"] = [this](const Values& values) {
+        machine.tree.Write(lookUpFile,
+                           std::string("SDB9:No:1\r\n") +
+                               (values[0] % 2 == 0 ? "\rSda1:Looked Up:400.9:" : "\rx:"));
+    };
+    kinds["Folder"] = [this](const Values& values) { MakeFolder(values[0] % 2 == 0); };
+    kinds["Place"] = [this](const Values& values) { WritePlace(values); };
+    kinds["Preferences"] = [this](const Values& values) { WritePreferences(values); };
 }
 
 void World::MakeFolder(bool isThere) {
@@ -189,13 +192,7 @@ void World::MakeFolder(bool isThere) {
     place.reset();
 }
 
-void World::WriteLookUpFile(bool knows) {
-    lookUpFile = knows;
-    machine.tree.Write("Application Support/Brackwater Utilties Support/BSDLookup",
-                       std::string("SDB9:No:1\r\n") + (knows ? "\rSda1:Looked Up:400.9:" : "\rx:"));
-}
-
-void World::WritePlace(const std::array<int, 4>& values) {
+void World::WritePlace(const Values& values) {
     std::string text;
     // On the limits as often as not.
     const platform::Rect screen = machine.windows.screens[0];
@@ -210,15 +207,15 @@ void World::WritePlace(const std::array<int, 4>& values) {
     machine.tree.Write(placeFile, text);
 }
 
-void World::WritePreferences(const std::array<int, 4>& values) {
+void World::WritePreferences(const Values& values) {
     std::string text = R"(<?xml version="1.0"?><plist version="1.0"><dict>)";
     const auto add = [&](bool& setting, const char* key, int bit) {
         setting = (values[0] >> bit & 1) != 0;
         text += std::string("<key>") + key + (setting ? "</key><true/>" : "</key><false/>");
     };
-    add(preventScheduleOnBattery, "PreventScheduleOnBatt", 0);
-    add(sleepOnBattery, "SleepOnBatt", 1);
-    add(sleepOnAC, "SleepOnAC", 2);
+    add(switches.prevent, "PreventScheduleOnBatt", 0);
+    add(switches.sleepOnBatt, "SleepOnBatt", 1);
+    add(switches.sleepOnAC, "SleepOnAC", 2);
     isSibling = values[1] % 4 == 0;
     text += std::string("<key>ParentLocation</key>\n<string>/Applications/") +
             (isSibling ? "Marlstone Pro" : "Brackwater") + ".app</string></dict></plist>";

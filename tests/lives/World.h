@@ -2,13 +2,17 @@
 
 #include "platform/functions/Functions.h"
 #include "tests/lives/Life.h"
-#include "tests/lives/RemovableFunctions.h"
+#include "tests/oracle/Rules.h"
 #include "tests/support/MachineWithVolumes.h"
 
 #include <chrono>
+#include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace kqu::lives {
 
@@ -35,13 +39,17 @@ class World {
                                                 {"8:17", "sdb1", "/media/My Disk", "Photos"},
                                                 {"8:33", "sdc1", "/media/Spare", "Spare"}}};
     static constexpr const char* placeFile = "home/.config/com.brackwater.KQU_Messenger.plist";
+    static constexpr const char* lookUpFile =
+        "Application Support/Brackwater Utilties Support/BSDLookup";
     static constexpr const char* listCommand = "/bin/ps -ax -o 'pid'";
     static constexpr std::size_t chunkSize = 2048;
 
     World();
 
-    /// Lets an event happen that the program is not told of.
-    void Happen(const Event& event);
+    /// What happens at the events of each kind; those that the program is told of are the player's.
+    std::map<std::string, std::function<void(const Values&)>> kinds;
+    /// From now on the functions can be made not to be found for a while, and restored as they are.
+    void KeepFunctions();
     /// Every function is there again, and all processes have ended.
     void LetAllEnd();
 
@@ -59,23 +67,16 @@ class World {
     }
 
     simulation::MachineWithVolumes machine;
-    /// Made when all functions are as they are to be restored.
-    std::optional<RemovableFunctions> removable;
     /// One bit for each of the disks.
     int mounted = 3;
-    bool volumeInfoFails = false;
-    bool diskNameFails = false;
-    bool lookUpFile = false;
-    bool preferencesFolder = false;
+    bool volumeInfoFails = false, diskNameFails = false, preferencesFolder = false;
     /// What the file of the panel's place must hold, once the program has written it.
     std::optional<std::string> place;
     bool isSibling = false;
-    bool preventScheduleOnBattery = true;
-    bool sleepOnBattery = true;
-    bool sleepOnAC = false;
+    oracle::PowerSwitches switches{true, true, false};
     bool hasSources = true;
     /// The name of the power source: none for a source without a name.
-    std::optional<std::string> source = "AC Power";
+    oracle::Source source = "AC Power";
     /// All names that were ever asked for.
     std::set<std::string> sourceNames;
     ListMode list = ListMode::Fine;
@@ -85,15 +86,22 @@ class World {
     std::string output;
 
   private:
+    template <class... F>
+    void Keep();
+    /// Takes a function away, counted round from 0; -1 and -2 are those that the program can do
+    /// without.
+    void Remove(int which);
+    void Restore() const;
+    void LearnKinds();
+    void LearnFiles();
     [[nodiscard]] std::string List() const;
-    void SetCommands(const std::array<int, 4>& values);
     void SetSource(int value);
-    void MakeTrouble(int value);
     void Mount(int disks);
     void MakeFolder(bool isThere);
-    void WriteLookUpFile(bool knows);
-    void WritePlace(const std::array<int, 4>& values);
-    void WritePreferences(const std::array<int, 4>& values);
+    void WritePlace(const Values& values);
+    void WritePreferences(const Values& values);
+
+    std::vector<std::pair<std::function<void()>, std::function<void()>>> functions_;
 };
 
 } // namespace kqu::lives

@@ -10,7 +10,7 @@ constexpr int rowHeight = 73;
 constexpr int scrollColumn = 11;
 } // namespace
 
-void Panel::Resize(int newWidth, int newHeight, bool exact, bool force, int rows) {
+bool Panel::Resize(int newWidth, int newHeight, bool exact, bool force, int rows) {
     const int rowCount = rows > 0 ? rows : 1;
     int h = newHeight;
     if (!exact) {
@@ -25,7 +25,7 @@ void Panel::Resize(int newWidth, int newHeight, bool exact, bool force, int rows
     const int w = std::min(std::max(newWidth, 270), 500);
     height = h;
     if (w == lastWidth && h == lastHeight && !exact && !force)
-        return;
+        return false;
     width = w;
     grip = {w - 17 - 1, h - 14 - 1, 17, 14};
     maximum = rowCount - Whole((h + 2) / 73.0);
@@ -36,59 +36,51 @@ void Panel::Resize(int newWidth, int newHeight, bool exact, bool force, int rows
     maxHeight = rowCount * rowHeight;
     lastWidth = w;
     lastHeight = h;
+    return true;
 }
 
-void Panel::RowCame(int rows, int screenHeight) {
+bool Panel::RowCame(int rows, int screenHeight) {
     const bool isShort = rows != lastCount && screenHeight < top + height + rowHeight;
-    Resize(width, isShort ? height : height + rowHeight, isShort, true, rows);
     lastCount = rows;
+    return Resize(width, isShort ? height : height + rowHeight, isShort, true, rows);
 }
 
-void Panel::RowWent(int rows) {
-    if (rows == 0)
-        lastCount = 0;
-    else
-        Resize(width, rows < height / 73.0 ? height - rowHeight : height, false, true, rows);
+bool Panel::RowWent(int rows) {
+    if (rows > 0)
+        return Resize(width, rows < height / 73.0 ? height - rowHeight : height, false, true, rows);
+    lastCount = 0;
+    return false;
 }
 
-void Panel::Drag(int column, int pointerX, int pointerY, int rows) {
-    Resize(pointerX - left + 17 - column + 1, pointerY - top, false, false, rows);
+bool Panel::Drag(int column, int pointerX, int pointerY, int rows) {
+    return Resize(pointerX - left + 17 - column + 1, pointerY - top, false, false, rows);
 }
 
 void Panel::Wheel(int delta) {
     value = std::clamp(value + (delta > 0) - (delta < 0), 0, std::max(maximum, 0));
 }
 
-Bar BarOf(int width, double value, double maximum) {
-    const auto count = static_cast<std::size_t>(width);
-    Bar bar{std::string(count, ' '), std::string(count, ' ')};
-    const auto put = [&](int column, char letter) {
-        if (column >= 0 && column < width)
-            bar.colours[static_cast<std::size_t>(column)] = letter;
-    };
-    if (value != -1.0) {
-        bar.colours.assign(count, 'm');
-        for (int i = 0; i < 5; ++i)
-            put(i, 'l');
-        for (int i = 0; i < 5; ++i)
-            put(width - 5 + i, 'r');
-        bar.mask.assign(count, 't');
-    }
-    if (!(value > -1.0))
-        return bar;
+bool Bar::HasFill(int column) const {
     const double filled = value * width / maximum;
-    if (filled != 0.0 && value != 0.0 && maximum != 0.0)
-        for (int i = 0; i < std::min(Whole(filled), width); ++i) {
-            put(i, 'f');
-            bar.mask[static_cast<std::size_t>(i)] = 'f';
-        }
+    return value > -1.0 && filled != 0.0 && value != 0.0 && maximum != 0.0 &&
+           column < Whole(filled);
+}
+
+char Bar::Mask(int column) const {
+    return value == -1.0 ? ' ' : HasFill(column) ? 'f' : 't';
+}
+
+char Bar::Colour(int column) const {
+    if (value == -1.0)
+        return ' ';
+    char letter = HasFill(column) ? 'f' : column >= width - 5 ? 'r' : column < 5 ? 'l' : 'm';
     double sum = 0.0;
-    for (double way = 0.0; way <= width; way += width / 10.0) {
+    for (double way = 0.0; value > -1.0 && way <= width; way += width / 10.0) {
         sum += width / 10.0;
-        put(static_cast<int>(sum), '1');
-        put(static_cast<int>(sum) + 1, '2');
+        if (const std::int64_t tick = Whole(sum); column == tick || column == tick + 1)
+            letter = column == tick ? '1' : '2';
     }
-    return bar;
+    return letter;
 }
 
 namespace {
@@ -170,7 +162,7 @@ PaintedRow PaintedRowOf(const Row& row, int panelWidth, int listWidth, bool sibl
     if (texts.Has("progress")) {
         const double value = std::get<double>(row.at("progress")) / 10.0;
         painted.barLeft = 10 + slot;
-        painted.bar = BarOf(listWidth - 20 - slot, value, 100.0);
+        painted.bar = {listWidth - 20 - slot, value, 100.0};
         const std::string percent =
             (std::isfinite(value) ? Rounded(value, 2) : machine.word(value)) + " %";
         painted.lines.push_back({percent, listWidth - 10 - Whole(machine.textWidth(percent)), 50});

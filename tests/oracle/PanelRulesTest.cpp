@@ -1,9 +1,8 @@
 #include "framework/values/Exceptions.h"
 #include "platform/functions/Functions.h"
+#include "tests/oracle/Differences.h"
 #include "tests/oracle/Random.h"
-#include "tests/oracle/Rules.h"
 #include "tests/support/Artwork.h"
-#include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
 
@@ -13,28 +12,6 @@ namespace kqu::oracle {
 namespace {
 
 using namespace simulation;
-
-/// The panel as it stands against what it should be.
-void Compare(SimulatedMachine& machine, const Panel& e, int rows) {
-    Window1& p = machine.Panel();
-    const auto box = [](const Control& c) { return Box{c.Left(), c.Top(), c.Width(), c.Height()}; };
-    const std::vector<Box> stands = {{p.Left(), p.Top(), p.Width(), p.Height()},
-                                     {p.LastWidth, p.LastHeight, p.LastDictcount, p.MaxHeight()},
-                                     {p.ScrollBar1->Maximum(), p.ScrollBar1->Value(),
-                                      p.MyWindowEventList->MyDict->Count(),
-                                      machine.screenUpdates.AreHeld()},
-                                     box(*p.MyWindowEventList),
-                                     box(*p.Canvas1),
-                                     box(*p.ScrollBar1)};
-    const std::vector<Box> expected = {{e.left, e.top, e.width, e.height},
-                                       {e.lastWidth, e.lastHeight, e.lastCount, e.maxHeight},
-                                       {e.maximum, e.value, rows, false},
-                                       e.list,
-                                       e.grip,
-                                       e.bar};
-    EXPECT_EQ(stands, expected);
-    EXPECT_EQ(p.Title(), Title(rows, Module1.ParentIsMarlstone));
-}
 
 /// One life of a panel under arrivals, deaths, and a user's hand.
 class History {
@@ -70,7 +47,7 @@ class History {
             : kind == 7 ? Press()
             : kind == 8 ? Turn()
                         : ChangeScreen();
-            Compare(machine, expected, Rows());
+            EXPECT_EQ(Difference(machine, expected, Rows(), Module1.ParentIsMarlstone), "");
         }
     }
 
@@ -204,11 +181,10 @@ TEST(PanelRules, Bars) {
         const auto bar = record.Value("progresspict").ObjectAs<Picture>();
         ASSERT_EQ(bar->Width(), width);
         ASSERT_EQ(bar->Height(), 5);
-        const Bar expected = BarOf(width, value, maximum);
+        const Bar expected{width, value, maximum};
         for (int x = 0; x < width; ++x) {
             SCOPED_TRACE(testing::Message() << width << " wide, " << value << " of " << maximum);
-            const char letter = expected.colours[static_cast<std::size_t>(x)];
-            const char mask = expected.mask[static_cast<std::size_t>(x)];
+            const char letter = expected.Colour(x), mask = expected.Mask(x);
             const int grey = mask == 'f' ? 0 : mask == 't' ? 128 : 255;
             const bool isThinned = letter == 'l' || letter == 'm' || letter == 'r';
             const Colour shown = bar->Graphics().Pixel(x, x % 5), whole = ColourOf(letter);

@@ -36,6 +36,7 @@ bool IsSibling(const std::string& printedPreferences);
 // The panel's place.
 struct PanelPlace {
     int left, top, width;
+    bool operator==(const PanelPlace&) const = default;
 };
 std::optional<PanelPlace> SavedPlace(const std::string& file, int screenWidth, int screenHeight);
 PanelPlace DefaultPlace(int screenWidth, int panelWidth);
@@ -54,7 +55,8 @@ bool Objects(int rows, std::uint32_t message, const PowerSwitches& switches, con
 // Tasks. A row's keys are written in small letters here.
 using Cell = std::variant<std::string, double, std::int32_t, std::uint32_t, bool>;
 using Row = std::map<std::string, Cell>;
-using Wire = std::map<std::string, std::string>;
+/// What was sent. To read a value that is no text raises std::bad_optional_access.
+using Wire = std::map<std::string, std::optional<std::string>>;
 struct Mounted {
     std::string disk, name;
     std::uint32_t files;
@@ -62,7 +64,10 @@ struct Mounted {
 struct Disks {
     std::optional<std::string> lookUpFile;
     std::vector<Mounted> volumes;
+    /// Called before a volume is asked for its disk, or for its files.
+    std::function<void(bool forFiles)> asking = [](bool) {};
 };
+void FindVolume(Row& row, const std::string& disk, const Disks& disks);
 void TakeIn(Row& row, const std::string& tool, const Wire& wire, const Disks& disks);
 std::string Title(int rows, bool sibling);
 
@@ -74,20 +79,24 @@ struct Panel {
     int maximum = 100, value = 0, maxHeight = 32000;
     Box list{}, grip{0, 0, 17, 14}, bar{};
 
-    void Resize(int newWidth, int newHeight, bool exact, bool force, int rows);
-    void RowCame(int rows, int screenHeight);
-    void RowWent(int rows);
+    // Each tells whether the panel was laid out anew.
+    bool Resize(int newWidth, int newHeight, bool exact, bool force, int rows);
+    bool RowCame(int rows, int screenHeight);
+    bool RowWent(int rows);
     /// The grip was pressed at that column, and the pointer is there now.
-    void Drag(int column, int pointerX, int pointerY, int rows);
+    bool Drag(int column, int pointerX, int pointerY, int rows);
     void Wheel(int delta);
 };
 
 // Bars: a letter a column. Colours are the track's (l m r), the fill's (f) and the tick's (1 2);
 // the mask is the track's (t) or the fill's (f). A blank is as the picture was made.
 struct Bar {
-    std::string colours, mask;
+    int width;
+    double value, maximum;
+    [[nodiscard]] char Colour(int column) const;
+    [[nodiscard]] char Mask(int column) const;
+    [[nodiscard]] bool HasFill(int column) const;
 };
-Bar BarOf(int width, double value, double maximum);
 
 // Rows as painted, relative to the row's top.
 struct Line {

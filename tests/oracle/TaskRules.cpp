@@ -2,34 +2,6 @@
 
 namespace kqu::oracle {
 
-namespace {
-/// What a tool sends under one key, and what becomes of it.
-struct Reading {
-    const Wire& wire;
-    Row& row;
-
-    [[nodiscard]] bool Has(const char* key) const { return wire.count(key) > 0; }
-    [[nodiscard]] double Number(const char* key, double absent) const {
-        return Has(key) ? Val(wire.at(key)) : absent;
-    }
-    void Last(const char* key, const char* rowKey, const std::string& before = "") const {
-        if (Has(key))
-            row[rowKey] = before + wire.at(key);
-    }
-    void LastNumber(const char* key, const char* rowKey) const {
-        if (Has(key))
-            row[rowKey] = Val(wire.at(key));
-    }
-    void First(const char* key, const char* rowKey) const {
-        if (Has(key) && row.count(rowKey) == 0)
-            row[rowKey] = wire.at(key);
-    }
-    void Upward(double progress) const {
-        if (row.count("progress") == 0 || std::get<double>(row["progress"]) < progress)
-            row["progress"] = progress;
-    }
-};
-
 void FindVolume(Row& row, const std::string& disk, const Disks& disks) {
     row["bsd"] = disk;
     for (const std::string& line : Fields(disks.lookUpFile.value_or(""), "\r"))
@@ -38,20 +10,52 @@ void FindVolume(Row& row, const std::string& disk, const Disks& disks) {
             row["totalfiles"] = Whole(Val(Field(line, ":", 3)));
             return;
         }
-    for (const Mounted& volume : disks.volumes)
+    for (const Mounted& volume : disks.volumes) {
+        disks.asking(false);
         if (Same(volume.disk, disk)) {
+            disks.asking(true);
             row["volume"] = volume.name;
             row["totalfiles"] = volume.files;
             return;
         }
+    }
     row["volume"] = disk;
 }
 
+namespace {
+/// What a tool sends under one key, and what becomes of it.
+struct Reading {
+    const Wire& wire;
+    Row& row;
+
+    [[nodiscard]] bool Has(const char* key) const { return wire.count(key) > 0; }
+    [[nodiscard]] const std::string& Text(const char* key) const { return wire.at(key).value(); }
+    [[nodiscard]] double Number(const char* key, double absent) const {
+        return Has(key) ? Val(Text(key)) : absent;
+    }
+    void Last(const char* key, const char* rowKey, const std::string& before = "") const {
+        if (Has(key))
+            row[rowKey] = before + Text(key);
+    }
+    void LastNumber(const char* key, const char* rowKey) const {
+        if (Has(key))
+            row[rowKey] = Val(Text(key));
+    }
+    void First(const char* key, const char* rowKey) const {
+        if (Has(key) && row.count(rowKey) == 0)
+            row[rowKey] = Text(key);
+    }
+    void Upward(double progress) const {
+        if (row.count("progress") == 0 || std::get<double>(row["progress"]) < progress)
+            row["progress"] = progress;
+    }
+};
+
 std::string ForkText(const Reading& sent) {
-    const std::string status = sent.Has("status") ? sent.wire.at("status") : "";
+    const std::string status = sent.Has("status") ? sent.Text("status") : "";
     const bool isDefragmenting = Place(status, "check") == 0 && Place(status, "defrag") > 0;
-    const double fork = sent.Number("FileProgress", 100.0);
-    if (!isDefragmenting || fork >= 100.0)
+    const double fork = isDefragmenting ? sent.Number("FileProgress", 100.0) : 100.0;
+    if (fork >= 100.0)
         return "Checking File Fragmentation...";
     return "Defragging Fork: " + (fork > 0.0 ? Rounded(fork, 0) : "0") + " % Complete";
 }
@@ -61,15 +65,16 @@ void TakeInDefragmenter(const Reading& sent, const Disks& disks) {
     sent.Last("FileName", "status", "File: ");
     row["fileprogress"] = ForkText(sent);
     row["task"] = 2;
+    const double examined = sent.Number("NumFilesExamined", 0.0);
     if (sent.Has("BSD") && row.count("volume") == 0)
-        FindVolume(row, sent.wire.at("BSD"), disks);
+        FindVolume(row, sent.Text("BSD"), disks);
     if (row.count("totalfiles") == 0)
         return;
     const Cell& files = row["totalfiles"];
     const auto* counted = std::get_if<std::int32_t>(&files);
     const double total = counted != nullptr ? static_cast<double>(*counted)
                                             : static_cast<double>(std::get<std::uint32_t>(files));
-    sent.Upward(sent.Number("NumFilesExamined", 0.0) * 1000.0 / total);
+    sent.Upward(examined * 1000.0 / total);
 }
 } // namespace
 
@@ -99,7 +104,7 @@ void TakeIn(Row& row, const std::string& tool, const Wire& wire, const Disks& di
     if (sent.Has("FolderBackup"))
         row["folderbackup"] = true;
     if (sent.Has("dVolName") && row.count("destination") == 0)
-        row["destination"] = Replaced(wire.at("dVolName"), "//", "/");
+        row["destination"] = Replaced(sent.Text("dVolName"), "//", "/");
     row["task"] = 6;
 }
 

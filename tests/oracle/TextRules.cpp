@@ -1,11 +1,11 @@
 #include "tests/oracle/Rules.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <regex>
 
 namespace kqu::oracle {
 
@@ -34,11 +34,9 @@ std::string Small(std::string text) {
 } // namespace
 
 double Val(const std::string& text) {
-    static const std::regex number(R"([ \t]*([+-]?([0-9]+\.?[0-9]*|\.[0-9]+)([eE][+-]?[0-9]+)?))");
-    std::smatch found;
-    if (!std::regex_search(text, found, number, std::regex_constants::match_continuous))
-        return 0;
-    return std::strtod(found[1].str().c_str(), nullptr);
+    const std::size_t start = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
+    const std::size_t end = text.find_first_not_of("0123456789+-.eE", start);
+    return std::strtod(text.substr(start, end - start).c_str(), nullptr);
 }
 
 std::int32_t Whole(double number) {
@@ -86,14 +84,14 @@ bool Same(const std::string& a, const std::string& b) {
 
 Texts Fields(const std::string& text, const std::string& separator) {
     Texts fields;
-    std::string rest = text;
-    if (text.empty())
-        return fields;
-    while (!separator.empty() && Place(rest, separator) > 0) {
-        fields.push_back(rest.substr(0, Place(rest, separator) - 1));
-        rest.erase(0, fields.back().size() + separator.size());
+    const std::string small = Small(text), part = Small(separator);
+    std::size_t start = 0, end = 0;
+    while (!part.empty() && (end = small.find(part, start)) != std::string::npos) {
+        fields.push_back(text.substr(start, end - start));
+        start = end + part.size();
     }
-    fields.push_back(rest);
+    if (!text.empty())
+        fields.push_back(text.substr(start));
     return fields;
 }
 
