@@ -53,10 +53,10 @@ void Relay::Work(const pollfd& from, const pollfd& to) {
         from_.Close();
         return;
     }
-    if (from.revents != 0)
+    // The poll may be older than the tool's end and its last words: only a read tells that there
+    // are no more.
+    if (from.revents != 0 || (from.fd >= 0 && toolHasEnded_))
         Read();
-    else if (from.fd >= 0 && toolHasEnded_)
-        End();
     const bool writesNow = to.revents != 0 || atOnce_ == withoutLimit;
     if (!pending_.empty() && writesNow)
         Write();
@@ -64,7 +64,8 @@ void Relay::Work(const pollfd& from, const pollfd& to) {
 
 void Relay::Read() {
     const ssize_t got = read(from_.Number(), buffer_.data(), buffer_.size());
-    if (got < 0 && (errno == EAGAIN || errno == EINTR))
+    const bool isLater = got < 0 && (errno == EINTR || (errno == EAGAIN && !toolHasEnded_));
+    if (isLater)
         return;
     if (got <= 0) {
         End();
@@ -90,7 +91,9 @@ void Relay::Write() {
     if (put < 0 && (errno == EAGAIN || errno == EINTR))
         return;
     written_ += put > 0 ? static_cast<std::size_t>(put) : 0;
-    if (put < 0)
+    // A reader that has gone is the tool's matter. A full disk is not: without us it would have
+    // lost what it wrote and gone on.
+    if (put < 0 && errno == EPIPE)
         from_.Close();
     if (put < 0 || written_ == pending_.size()) {
         pending_.clear();

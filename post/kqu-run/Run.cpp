@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
+#include <exception>
 #include <fcntl.h>
 #include <linux/kcmp.h>
 #include <poll.h>
@@ -42,6 +44,13 @@ bool AreOneTerminal(int one, int other) {
            a.st_rdev == b.st_rdev && isatty(one);
 }
 
+/// Whether a terminal sends that signal to a process group.
+bool ComesFromTerminal(int signal) {
+    constexpr std::array<int, 8> sent{SIGINT,  SIGQUIT,  SIGTSTP, SIGHUP,
+                                      SIGCONT, SIGWINCH, SIGTTIN, SIGTTOU};
+    return std::find(sent.begin(), sent.end(), signal) != sent.end();
+}
+
 bool EndsUs(std::uint32_t signal) {
     return signal == SIGTERM || signal == SIGINT || signal == SIGHUP || signal == SIGQUIT;
 }
@@ -53,9 +62,11 @@ Ending Run::Execute() {
     Start();
     while (!ending_ || (relay_ && !relay_->IsDone() && !isCutShort_))
         Pump();
-    ReadTool();
-    PostIfDue(true);
-    poster_->Finish(lastPatience);
+    Show([this] {
+        ReadTool();
+        PostIfDue(true);
+        poster_->Finish(lastPatience);
+    });
     Reap(child_);
     return *ending_;
 }
@@ -75,6 +86,9 @@ void Run::Start() {
         row_.disk = *request_.volume;
 
     Stream stream = OpenStream();
+    // Without a way to read it, nothing may have been added that we would take out again.
+    if (launch_.stream != 0 && !stream.ours && tool_->Filter())
+        launch_.arguments = request_.command;
     const bool merges =
         AreOneFile(STDOUT_FILENO, STDERR_FILENO) || AreOneTerminal(STDOUT_FILENO, STDERR_FILENO);
     const int tools = stream.tools.Number();
@@ -83,15 +97,20 @@ void Run::Start() {
     process_ = child_;
     if (stream.ours)
         relay_.emplace(std::move(stream.ours), launch_.stream, tool_->Filter(),
-                       [this](std::string_view bytes) { lines_.Add(bytes); });
+                       [this](std::string_view bytes) {
+                           if (isShown_)
+                               lines_.Add(bytes);
+                       });
 
     const std::string unique = ToolName(launch_) + "." + std::to_string(child_) + "." +
                                std::to_string(Clock::now().time_since_epoch().count());
     name_ = TaskName(request_.name.value_or(unique));
     const bool isRoot = geteuid() == 0;
-    poster_.emplace(request_.onSystemBus || isRoot ? post::Bus::System : post::Bus::Session,
-                    request_.startsMessenger, request_.isVerbose);
-    PostIfDue(false);
+    Show([this, isRoot] {
+        poster_.emplace(request_.onSystemBus || isRoot ? post::Bus::System : post::Bus::Session,
+                        request_.startsMessenger, request_.isVerbose);
+        PostIfDue(false);
+    });
     nextLook_ = Clock::now() + betweenReads;
 }
 
@@ -114,14 +133,29 @@ void Run::Pump() {
     if (relay_)
         relay_->Work(polled[1], polled[2]);
     if (!ending_ && Clock::now() >= nextLook_)
-        LookAtTool();
-    PostIfDue(false);
+        Show([this] { LookAtTool(); });
+    Show([this] { PostIfDue(false); });
+}
+
+/// Once the tool runs, nothing but its end ends us: where showing fails, it goes on unseen.
+void Run::Show(const std::function<void()>& step) {
+    if (!isShown_)
+        return;
+    try {
+        step();
+    } catch (const std::exception& error) {
+        isShown_ = false;
+        if (request_.isVerbose)
+            std::fprintf(stderr, "kqu-run: %s\n", error.what());
+    }
 }
 
 /// Until something has to be done though nothing has come, in milliseconds.
 int Run::Timeout() const {
     if (ending_)
         return relay_ && relay_->IsWaiting() ? -1 : 0;
+    if (!isShown_)
+        return -1;
     const auto now = Clock::now();
     auto next = nextLook_;
     if (posted_ != tool_->GetProgress())
@@ -138,8 +172,11 @@ void Run::TakeSignals() {
 
 void Run::TakeSignal(const signalfd_siginfo& signal) {
     const auto number = static_cast<int>(signal.ssi_signo);
-    // The terminal's own signals go to the whole process group, the tool included.
-    const bool isTools = signal.ssi_code == SI_KERNEL;
+    // The terminal's own signals go to the whole process group, the tool included as long as it
+    // has not left it.
+    const bool isTools =
+        signal.ssi_code == SI_KERNEL && ComesFromTerminal(number) && getpgid(child_) == getpgrp();
+    askedToStop_ = number == SIGTSTP || (askedToStop_ && number != SIGCONT);
     if (number == SIGCHLD) {
         LookAtChild();
     } else if (ending_) {
@@ -159,6 +196,8 @@ void Run::LookAtChild() {
     // that slow processes down, is none of theirs.
     if (stop == SIGTSTP || stop == SIGTTIN || stop == SIGTTOU)
         ActOn(stop);
+    else if (stop == SIGSTOP && askedToStop_) // it has tidied up first
+        ActOn(SIGTSTP);
     ending_ = Ended(child_);
     if (ending_ && relay_)
         relay_->ToolHasEnded();
@@ -186,11 +225,15 @@ void Run::ReadChannel() {
 void Run::LookAtTool() {
     const auto now = Clock::now();
     ReadTool();
-    if (launch_.tool > 0)
-        if (const pid_t found = FindProcess(child_, ToolName(launch_)); found != 0)
-            process_ = found;
-    tool_->Look(process_);
     nextLook_ = now + (relay_ ? betweenReads : betweenLooks);
+    if (now < nextSearch_)
+        return;
+    nextSearch_ = now + betweenLooks;
+    if (launch_.tool > 0) {
+        const pid_t found = FindProcess(child_, ToolName(launch_));
+        process_ = found != 0 ? found : child_;
+    }
+    tool_->Look(process_);
 }
 
 void Run::PostIfDue(bool isLast) {

@@ -10,6 +10,7 @@
 #include "post/kqu-run/Throttle.h"
 #include "post/kqu-run/tools/Tool.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -40,6 +41,7 @@ class Run {
     void ReadChannel();
     void LookAtTool();
     void PostIfDue(bool isLast);
+    void Show(const std::function<void()>& step);
 
     Request request_;
     Launch launch_;
@@ -58,6 +60,9 @@ class Run {
     pid_t process_ = 0;
     std::optional<Ending> ending_;
     bool isCutShort_ = false;
+    bool isShown_ = true;
+    /// Whether the terminal has asked the job to stop and nobody has let it go on since.
+    bool askedToStop_ = false;
 
     std::optional<RowPoster> poster_;
     Throttle throttle_;
@@ -65,6 +70,7 @@ class Run {
     pid_t postedProcess_ = 0;
     Clock::time_point repeated_{};
     Clock::time_point nextLook_{};
+    Clock::time_point nextSearch_{};
 };
 
 } // namespace kqu::run

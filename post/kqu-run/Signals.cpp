@@ -6,10 +6,10 @@
 namespace kqu::run {
 
 namespace {
-/// Those that a process gets from its own faults, that stop it because it uses its terminal from
-/// the background, or that can't be caught act on kqu-run as on anybody.
-constexpr std::array<int, 12> notOurs{SIGKILL, SIGSTOP, SIGTTIN, SIGTTOU, SIGPIPE, SIGSEGV,
-                                      SIGBUS,  SIGFPE,  SIGILL,  SIGTRAP, SIGABRT, SIGSYS};
+/// Those that stop a process because it uses its terminal from the background, or that can't be
+/// caught, act on kqu-run as on anybody. Those of a process's own faults are sent by others too; a
+/// real fault ends kqu-run all the same.
+constexpr std::array<int, 5> notOurs{SIGKILL, SIGSTOP, SIGTTIN, SIGTTOU, SIGPIPE};
 
 sigset_t OurSignals() {
     sigset_t ours;

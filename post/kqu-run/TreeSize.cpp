@@ -6,6 +6,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -48,11 +49,16 @@ std::uint64_t Size(std::vector<std::string>& paths, bool staysOnVolume) {
 
 TreeSize::TreeSize(std::vector<std::string> paths, bool staysOnVolume)
     : sum_(std::make_shared<Sum>()) {
-    std::thread([sum = sum_, roots = std::move(paths), staysOnVolume]() mutable {
-        MakeWay();
-        sum->bytes = Size(roots, staysOnVolume);
-        sum->isWhole = true;
-    }).detach();
+    try {
+        std::thread([sum = sum_, roots = std::move(paths), staysOnVolume]() mutable {
+            MakeWay();
+            sum->bytes = Size(roots, staysOnVolume);
+            sum->isWhole = true;
+        }).detach();
+    } catch (const std::system_error&) {
+        // No more threads may be made: the size stays unknown, and the tool runs all the same.
+        return;
+    }
 }
 
 std::optional<std::uint64_t> TreeSize::Bytes() const {

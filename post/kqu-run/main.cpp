@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fcntl.h>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -26,8 +27,9 @@ int RunCommand(kqu::run::Request request) {
     const kqu::run::Ending ending = run.Execute();
     if (ending.signal != 0)
         kqu::run::DieBy(ending.signal);
-    // Threads may still wait for a bus or a disk; nobody waits for them.
-    _exit(ending.status);
+    // Threads may still wait for a bus or a disk; nobody waits for them. The first process of a
+    // container outlives its own signals.
+    _exit(ending.signal != 0 ? 128 + ending.signal : ending.status);
 }
 
 int Do(std::span<const char* const> arguments) {
@@ -48,6 +50,11 @@ int Do(std::span<const char* const> arguments) {
 } // namespace
 
 int main(int count, char** values) {
+    // What we open must not take the place of a standard stream that is closed. The tool finds it
+    // closed all the same.
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
+        if (fcntl(stream, F_GETFD) < 0)
+            open("/dev/null", O_RDWR | O_CLOEXEC);
     const std::vector<const char*> arguments(values + (count > 0 ? 1 : 0), values + count);
     try {
         return Do(arguments);

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <grp.h>
+#include <linux/keyctl.h>
 #include <poll.h>
 #include <pwd.h>
 #include <sys/prctl.h>
@@ -51,8 +52,8 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
     return pointers;
 }
 
-/// Leaves behind what the user must not get at: the terminal, open files, the folder, and what the
-/// caller has done to signals. Only system calls.
+/// Leaves behind what the user must not get at: the terminal, open files, keys, the folder, and
+/// what the caller has done to signals. Only system calls.
 bool LeaveCaller() {
     setsid();
     for (int number = 1; number < NSIG; ++number)
@@ -60,6 +61,8 @@ bool LeaveCaller() {
     sigset_t none;
     sigemptyset(&none);
     const int nowhere = open("/dev/null", O_RDWR);
+    // The session keyring of root.
+    syscall(SYS_keyctl, KEYCTL_JOIN_SESSION_KEYRING, nullptr);
     return nowhere >= 0 && dup2(nowhere, 0) == 0 && dup2(nowhere, 1) == 1 &&
            dup2(nowhere, 2) == 2 && close_range(3, UINT_MAX, 0) == 0 && chdir("/") == 0 &&
            sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
