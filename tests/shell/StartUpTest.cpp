@@ -19,57 +19,42 @@ const std::string catCommand = "/bin/cat /Library/Application\\ Support/Brackwat
                                "Support/BrackwaterPrefs.plist";
 
 TEST(StartUp, VersionGateSetsEachFlagByItself) {
-    struct Case {
-        std::optional<std::int32_t> version;
-        std::vector<bool> flags;
-        int attributeCalls;
-    };
-    const std::int32_t topBit = static_cast<std::int32_t>(0x80001060U);
-    for (const Case& c : {Case{0x1038, {false, false, false, false}, 3},
-                          {0x1030, {false, false, false, false}, 3},
-                          {0x1039, {true, false, false, false}, 3},
-                          {0x1040, {true, true, false, false}, 2},
-                          {0x1050, {true, true, true, false}, 2},
-                          {0x1068, {true, true, true, true}, 2},
-                          {topBit, {false, false, false, false}, 3},
-                          {std::nullopt, {false, false, false, false}, 3}}) {
+    using Case = std::pair<std::optional<std::int32_t>, int>;
+    for (const auto& [version, flags] :
+         {Case{0x1030, 0}, Case{0x1038, 0}, Case{0x1039, 1}, Case{0x1040, 2}, Case{0x1050, 3},
+          Case{0x1068, 4}, Case{static_cast<std::int32_t>(0x80001060U), 0},
+          Case{std::nullopt, 0}}) {
         SimulatedMachine machine;
-        machine.systemVersion = c.version;
+        machine.systemVersion = version;
         machine.Start();
         EXPECT_EQ((std::vector<bool>{Module1.TenThreeOrLater, Module1.TenFourOrLater,
                                      Module1.TenFiveOrLater, Module1.TenSixOrLater}),
-                  c.flags);
+                  (std::vector<bool>{flags > 0, flags > 1, flags > 2, flags > 3}));
         const auto& calls = machine.windows.calls;
         EXPECT_EQ(
             std::count_if(calls.begin(), calls.end(),
                           [](const std::string& call) { return call.starts_with("attributes"); }),
-            c.attributeCalls);
+            flags > 1 ? 2 : 3);
         EXPECT_FALSE(machine.HasEnded());
     }
 }
 
 TEST(StartUp, BecomesTheOwnerOfTheConsole) {
-    using Calls = std::vector<std::string>;
-    struct Case {
-        std::uint32_t owner;
-        Calls calls;
-        std::int32_t user;
-    };
-    for (const Case& c : {Case{1000, {"seteuid 1000", "setuid 1000"}, 1000},
-                          {0, {"seteuid 0", "setuid 0"}, 0},
-                          {2147483647, {"seteuid 2147483647", "setuid 2147483647"}, 2147483647},
-                          {2147483648U, {}, 4242},
-                          {0xFFFFFFFFU, {}, 4242}}) {
+    for (const std::uint32_t owner : {1000U, 0U, 2147483647U, 2147483648U, 0xFFFFFFFFU}) {
         SimulatedMachine machine;
-        machine.consoleOwner = c.owner;
+        machine.consoleOwner = owner;
         machine.functions.Set<functions::seteuid>([&](std::uint32_t user) {
             machine.identityCalls.push_back("seteuid " + std::to_string(user));
             // Refused; nobody minds.
             return -1;
         });
         machine.Start();
-        EXPECT_EQ(machine.identityCalls, c.calls);
-        EXPECT_EQ(machine.app->MyUID, c.user);
+        // One that is no whole number of that size is nobody.
+        const bool isUser = owner <= 2147483647U;
+        const std::string user = std::to_string(owner);
+        EXPECT_EQ(machine.identityCalls, isUser ? (std::vector{"seteuid " + user, "setuid " + user})
+                                                : std::vector<std::string>());
+        EXPECT_EQ(machine.app->MyUID, isUser ? static_cast<std::int32_t>(owner) : 4242);
         EXPECT_FALSE(machine.HasEnded());
     }
 }

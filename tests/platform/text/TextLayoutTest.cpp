@@ -33,13 +33,6 @@ TEST(TextLayout, AnyBytesAreOneLineOfBlanksAndReplacementCharacters) {
         EXPECT_EQ(plain.places.back().inLine, line.size());
         EXPECT_EQ(Layout().Width(source, size), Layout().Width(line, size));
     }
-    // Cut between characters, by bytes.
-    const std::string text = "a日b";
-    const std::size_t whole[] = {0, 1, 1, 1, 4, 5, 5};
-    for (std::size_t bytes = 0; bytes < 7; ++bytes) {
-        EXPECT_EQ(StartOf(text, bytes), text.substr(0, whole[bytes])) << bytes;
-        EXPECT_EQ(EndOf(text, bytes), text.substr(text.size() - whole[bytes])) << bytes;
-    }
 }
 
 TEST(TextLayout, WidthsAreWholePixelsAndAddUp) {
