@@ -80,6 +80,8 @@ class Endings(DesktopTest):
         for number in range(3):
             self.post(number, PID=job.pid)
         self.panel.wait_height(3 * ROW)
+        wait_until("the lock that names them all", lambda: any(
+            lock[2].count(",") == 2 for lock in self.desktop.logind.inhibitors()))
         facts = self.desktop.messenger_facts()
         before = facts.descriptors()
         seen = self.descriptors_of_a_child(facts)

@@ -20,8 +20,6 @@ void SimulatedProcesses::Register(platform::FunctionTable& table) {
     });
     table.Set<functions::fread>(
         [this](void* block, std::size_t size, std::size_t, std::int32_t stream) {
-            if (whileReading)
-                whileReading();
             return Read(streams_.at(stream), block, size);
         });
     table.Set<functions::ferror>([](std::int32_t) { return 0; });

@@ -23,8 +23,6 @@ class SimulatedProcesses {
     std::set<std::int32_t> living{1, 2};
     /// Answers in place of the built-in ones, by command.
     std::map<std::string, std::function<std::string()>> commands;
-    /// Called while a command is read, after it was started.
-    std::function<void()> whileReading;
     std::vector<std::string> started;
     int openStreams = 0;
 

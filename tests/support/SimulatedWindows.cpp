@@ -16,10 +16,7 @@ std::string Numbers(std::initializer_list<int> values) {
 SimulatedWindow::SimulatedWindow(SimulatedWindows& system,
                                  const platform::NativeWindowSettings& windowSettings,
                                  platform::NativeWindowOwner& windowOwner)
-    : settings(windowSettings),
-      owner(windowOwner),
-      content(windowSettings.content),
-      system_(system) {
+    : owner(windowOwner), content(windowSettings.content), system_(system) {
     system_.window = this;
     ++system_.windowsMade;
     system_.calls.emplace_back("make");

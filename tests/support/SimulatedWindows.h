@@ -41,7 +41,6 @@ class SimulatedWindow final : public platform::NativeWindow {
     /// A pixel of what was presented last, 0x00RRGGBB.
     [[nodiscard]] std::uint32_t PixelOnScreen(int x, int y) const;
 
-    platform::NativeWindowSettings settings;
     platform::NativeWindowOwner& owner;
     platform::Rect content;
     std::string title;
