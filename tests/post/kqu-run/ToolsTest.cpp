@@ -47,13 +47,22 @@ struct Prepared {
     }
 };
 
+struct Case {
+    std::string command, printed;
+    double share;
+    std::string text;
+};
+
+void ExpectRead(const std::vector<Case>& cases) {
+    for (const Case& one : cases) {
+        const Progress progress = Prepared(one.command, true).After(one.printed);
+        EXPECT_NEAR(progress.share.value_or(-1), one.share, 0.0001) << one.command;
+        EXPECT_EQ(progress.text, one.text) << one.command;
+    }
+}
+
 /// What the tools print, as it was recorded.
 TEST(Tools, AreReadByTheirRealOutput) {
-    struct Case {
-        std::string command, printed;
-        double share;
-        std::string text;
-    };
     const std::vector<Case> cases{
         {"rsync -a src/ dst/",
          "\r      8,700,000  14%  217.52MB/s    0:00:00 (xfr#29, to-chk=2/34)", 0.14,
@@ -103,11 +112,7 @@ TEST(Tools, AreReadByTheirRealOutput) {
         {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "0 MB of 0 MB"},
         {"borg check -p rep", "Checking segments 12.5%\r", 0.125, "borg check"},
     };
-    for (const Case& one : cases) {
-        const Progress progress = Prepared(one.command, true).After(one.printed);
-        EXPECT_NEAR(progress.share.value_or(-1), one.share, 0.0001) << one.command;
-        EXPECT_EQ(progress.text, one.text) << one.command;
-    }
+    ExpectRead(cases);
     EXPECT_NEAR(*Prepared("e4defrag /none").After("[1/2]/a:b:\t 37%\r").fileShare, 0.37, 0.001);
     EXPECT_EQ(Prepared("borg create -p rep::a src")
                   .After("33.55 MB O 33.55 MB C 0 B D 30 N src/d2/big      \r")
