@@ -77,6 +77,13 @@ bool Arguments::Has(std::string_view names) const {
     return Value(names).has_value();
 }
 
+std::size_t Arguments::Count(std::string_view names) const {
+    const auto wanted = Words(names);
+    return static_cast<std::size_t>(
+        std::count_if(options_.begin(), options_.end(),
+                      [&](const Option& option) { return Contains(wanted, option.name); }));
+}
+
 std::optional<std::string> Arguments::Value(std::string_view names) const {
     const auto wanted = Words(names);
     const auto found = std::find_if(options_.rbegin(), options_.rend(), [&](const Option& option) {

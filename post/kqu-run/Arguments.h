@@ -23,6 +23,8 @@ class Arguments {
     [[nodiscard]] bool Has(std::string_view names) const;
     /// The value of the last of these options that was given.
     [[nodiscard]] std::optional<std::string> Value(std::string_view names) const;
+    /// How often these options were given.
+    [[nodiscard]] std::size_t Count(std::string_view names) const;
     [[nodiscard]] const std::vector<std::string>& Operands() const { return operands_; }
 
   private:

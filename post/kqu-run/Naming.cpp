@@ -31,6 +31,9 @@ std::string OnHost(std::string_view path, std::string_view host) {
 }
 
 std::string UrlName(std::string_view url) {
+    // What is behind a question mark may be a key.
+    if (url.starts_with("http"))
+        url = url.substr(0, url.find('?'));
     CutBefore(url, "://");
     const std::size_t slash = std::min(url.find('/'), url.size());
     std::string_view path = url.substr(slash);
@@ -62,6 +65,13 @@ std::string SchemeOf(std::string_view place) {
 std::string ServiceName(std::string_view place) {
     if (place.find("://") != std::string_view::npos)
         return UrlName(place);
+    // ":sftp,user=me,pass=secret:path"
+    const std::size_t path = place.rfind(':');
+    if (const std::size_t options = place.find(','); path != place.npos && options < path)
+        place = place.substr(0, options);
+    const std::size_t user = place.find('@');
+    if (user < place.find('/'))
+        place.remove_prefix(user + 1);
     const std::size_t slash = place.find('/');
     const bool hasHost =
         slash != std::string_view::npos && place.find(':') == std::string_view::npos;
@@ -82,6 +92,8 @@ std::string PlaceName(std::string_view place, std::string_view home) {
         if (scheme == "sftp" && place.starts_with("//"))
             return UrlName("sftp:" + std::string(place));
     }
+    if (place.starts_with("file://"))
+        return std::string(place.substr(7));
     if (place.find("://") < place.find('/'))
         return UrlName(place);
     if (const std::size_t end = HostEnd(place); end != std::string_view::npos) {

@@ -22,11 +22,24 @@ std::size_t CharacterLength(std::string_view text) {
     return 0;
 }
 
+/// Marks that turn the direction of the text around them or break the line: U+061C, U+200E, U+200F,
+/// U+2028 to U+202E, U+2066 to U+2069 (Unicode Standard Annex 9, section 2).
+bool IsFormat(std::string_view character) {
+    if (character == "\xD8\x9C")
+        return true;
+    if (character.size() != 3 || !character.starts_with("\xE2"))
+        return false;
+    const auto last = static_cast<unsigned char>(character[2]);
+    if (character[1] == '\x80')
+        return last == 0x8E || last == 0x8F || (last >= 0xA8 && last <= 0xAE);
+    return character[1] == '\x81' && last >= 0xA6 && last <= 0xA9;
+}
+
 bool IsControl(std::string_view character) {
     const auto first = static_cast<unsigned char>(character.front());
     const bool isHighControl =
         character.size() == 2 && first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
-    return first < ' ' || first == 0x7F || isHighControl;
+    return first < ' ' || first == 0x7F || isHighControl || IsFormat(character);
 }
 
 std::string Number(double value, int decimals) {

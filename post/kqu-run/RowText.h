@@ -9,8 +9,8 @@
 
 namespace kqu::run {
 
-/// What a bus and a panel take: UTF-8 in one line without control characters, of bounded length;
-/// bytes that are neither become question marks.
+/// What a bus and a panel take: UTF-8 in one line of bounded length. Control characters and marks
+/// that turn the direction of a text become blanks, bytes that are no UTF-8 question marks.
 [[nodiscard]] std::string CleanText(std::string_view text);
 
 /// A task's name as the messenger wants it, which knows its own by a mark in the name: the name

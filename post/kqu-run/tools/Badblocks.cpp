@@ -1,18 +1,19 @@
 #include "post/kqu-run/Arguments.h"
-#include "post/kqu-run/Naming.h"
 #include "post/kqu-run/Processes.h"
 #include "post/kqu-run/Volumes.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace kqu::run {
 
 namespace {
 constexpr std::string_view withValue = "b c d e i o p t";
 constexpr std::uint64_t usualBlock = 1024;
-constexpr int usualPatterns = 4;
+constexpr std::uint64_t usualPatterns = 4;
+constexpr std::uint64_t mostRepeats = 1000;
 
 /// With -s it tells how far it is; without, the kernel tells where on the disk it is.
 class Badblocks : public Tool {
@@ -25,14 +26,15 @@ class Badblocks : public Tool {
         if (operands.empty())
             return;
         device_ = operands[0];
+        std::error_code failure;
+        opened_ = std::filesystem::weakly_canonical(device_, failure).string();
         if (const auto disk = VolumeOfDisk(device_)) {
             row_.volume = disk->name;
             row_.disk = disk->disk;
         }
         block_ = DdSize(arguments.Value("b").value_or("")).value_or(usualBlock);
-        // What is written is read again, for each pattern.
-        patterns_ = arguments.Has("t") ? 1 : usualPatterns;
-        phases_ = arguments.Has("w") ? 2 * patterns_ : 1;
+        block_ = std::max<std::uint64_t>(block_, 1);
+        phases_ = Phases(arguments);
         SetRange(operands);
         if (arguments.Has("s"))
             launch.stream = 2;
@@ -51,7 +53,7 @@ class Badblocks : public Tool {
     void Look(pid_t process) override {
         if (disk_ < 0)
             for (const OpenFile& file : OpenFilesOf(process))
-                if (LastComponent(file.path) == LastComponent(device_))
+                if (file.path == opened_)
                     disk_ = file.descriptor;
         const auto position = disk_ >= 0 ? PositionOf(process, disk_) : std::nullopt;
         const std::uint64_t block = position.value_or(0) / block_;
@@ -60,6 +62,17 @@ class Badblocks : public Tool {
     }
 
   private:
+    static std::uint64_t Phases(const Arguments& arguments) {
+        const bool writes = arguments.Has("w");
+        const std::uint64_t given = arguments.Count("t");
+        const std::uint64_t patterns = given > 0 ? given : writes ? usualPatterns : 1;
+        // It goes on until it has found nothing new so many times; if it finds nothing, these are
+        // all.
+        const std::uint64_t repeats = DdSize(arguments.Value("p").value_or("")).value_or(1);
+        // What is written is read again, for each pattern.
+        return patterns * (writes ? 2 : 1) * std::clamp<std::uint64_t>(repeats, 1, mostRepeats);
+    }
+
     void SetRange(const std::vector<std::string>& operands) {
         last_ = SizeOf(device_).value_or(0) / block_;
         if (operands.size() > 1)
@@ -75,16 +88,18 @@ class Badblocks : public Tool {
         if (share < inPhase_ - far && phase_ + 1 < phases_)
             ++phase_;
         inPhase_ = share;
-        progress_.share = (phase_ + share) / phases_;
+        progress_.share = (static_cast<double>(phase_) + share) / static_cast<double>(phases_);
+        if (last_ <= first_)
+            return;
         const auto size = static_cast<double>(last_ - first_);
         progress_.text = std::to_string(first_ + static_cast<std::uint64_t>(share * size)) +
                          " of " + std::to_string(last_);
     }
 
-    std::string device_;
+    std::string device_, opened_;
     std::uint64_t block_ = usualBlock, first_ = 0, last_ = 0;
     int disk_ = -1;
-    int patterns_ = 1, phases_ = 1, phase_ = 0;
+    std::uint64_t phases_ = 1, phase_ = 0;
     double inPhase_ = 0;
 };
 } // namespace

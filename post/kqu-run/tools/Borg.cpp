@@ -2,6 +2,7 @@
 #include "post/kqu-run/Naming.h"
 #include "post/kqu-run/TreeSize.h"
 #include "post/kqu-run/Volumes.h"
+#include "post/kqu-run/tools/Destination.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
@@ -72,12 +73,11 @@ class Borg : public Tool {
   private:
     void NamePlaces(const std::vector<std::string>& operands) {
         const char* given = std::getenv("BORG_REPO");
-        const char* home = std::getenv("HOME");
         std::string repository = operands.size() > 1 ? operands[1] : "";
         repository.erase(std::min(repository.find("::"), repository.size()));
         if (repository.empty() && given != nullptr)
             repository = given;
-        const std::string name = PlaceName(repository, home != nullptr ? home : "~");
+        const std::string name = Destination(repository);
         row_.destination = name;
         if (command_ != "create" || operands.size() < 3) {
             row_.volume = name;

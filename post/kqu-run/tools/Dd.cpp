@@ -2,11 +2,12 @@
 #include "post/kqu-run/Naming.h"
 #include "post/kqu-run/Processes.h"
 #include "post/kqu-run/Volumes.h"
+#include "post/kqu-run/tools/Destination.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <filesystem>
 #include <map>
 
 namespace kqu::run {
@@ -17,6 +18,11 @@ constexpr std::uint64_t usualBlock = 512;
 std::string Megabytes(std::uint64_t bytes) {
     constexpr std::uint64_t megabyte = 1000 * 1000;
     return std::to_string(bytes / megabyte) + " MB";
+}
+
+std::string FolderOf(const std::string& path) {
+    std::error_code failure;
+    return std::filesystem::absolute(path, failure).parent_path().string();
 }
 
 /// dd needn't be asked: the kernel tells where in its files it is.
@@ -39,8 +45,7 @@ class Dd : public Tool {
         const auto read = PositionOf(process, STDIN_FILENO);
         const auto written = PositionOf(process, STDOUT_FILENO);
         // A source or a destination that has no position stays at 0.
-        const std::uint64_t done =
-            std::max(Beyond(read, "skip iseek", "ibs"), Beyond(written, "seek oseek", "obs"));
+        const std::uint64_t done = std::max(Beyond(read, Skipped()), Beyond(written, Sought()));
         if (done > 0)
             Tell(done);
     }
@@ -58,10 +63,21 @@ class Dd : public Tool {
         const std::string target = given_["of"];
         const auto disk = VolumeOfDisk(source);
         const auto targetDisk = VolumeOfDisk(target);
+        const bool isToDisk = targetDisk && !targetDisk->disk.empty();
         row_.volume = disk ? disk->name : LastComponent(source);
         row_.disk = disk ? disk->disk : "";
-        const bool isToDisk = targetDisk && !targetDisk->disk.empty();
-        row_.destination = isToDisk ? targetDisk->name : target;
+        std::error_code failure;
+        if (std::filesystem::is_character_file(source, failure)) {
+            // Zeros or random numbers are nobody's volume.
+            const auto volume = isToDisk         ? targetDisk
+                                : target.empty() ? std::nullopt
+                                                 : VolumeOfFile(FolderOf(target));
+            row_.volume = volume ? volume->name : "";
+            row_.disk = volume ? volume->disk : "";
+        }
+        row_.destination = isToDisk         ? targetDisk->name
+                           : target.empty() ? "standard output"
+                                            : LocalDestination(target);
         row_.image = disk && !disk->disk.empty() && !isToDisk && !target.empty();
     }
 
@@ -72,23 +88,43 @@ class Dd : public Tool {
     void FindTotal() {
         const auto size = SizeOf(given_["if"]);
         const auto count = DdSize(given_["count"]);
-        const std::uint64_t skipped = DdSize(given_["skip"]).value_or(0) * BlockSize("ibs");
-        if (size && *size > skipped)
-            total_ = *size - skipped;
+        if (size)
+            total_ = Beyond(size, Skipped());
         if (count) {
             const bool isBytes = given_["iflag"].find("count_bytes") != std::string::npos ||
                                  given_["count"].ends_with('B');
             const std::uint64_t wanted = *count * (isBytes ? 1 : BlockSize("ibs"));
-            total_ = total_ > 0 ? std::min(total_, wanted) : wanted;
+            Limit(wanted);
         }
+        // A disk ends, unlike a file.
+        std::error_code failure;
+        const std::uint64_t room = std::filesystem::is_block_file(given_["of"], failure)
+                                       ? Beyond(SizeOf(given_["of"]), Sought())
+                                       : 0;
+        if (room > 0)
+            Limit(room);
+    }
+
+    void Limit(std::uint64_t most) { total_ = total_ > 0 ? std::min(total_, most) : most; }
+
+    /// Where it begins to read and to write, in bytes.
+    std::uint64_t Skipped() { return Begin("skip iseek", "ibs", "iflag", "skip_bytes"); }
+    std::uint64_t Sought() { return Begin("seek oseek", "obs", "oflag", "seek_bytes"); }
+
+    std::uint64_t Begin(std::string_view options, const char* block, const char* flags,
+                        const char* bytes) {
+        const bool isBytes = given_[flags].find(bytes) != std::string::npos;
+        std::uint64_t begin = 0;
+        for (const std::string_view option : Words(options)) {
+            const std::string& value = given_[std::string(option)];
+            const std::uint64_t unit = isBytes || value.ends_with('B') ? 1 : BlockSize(block);
+            begin += DdSize(value).value_or(0) * unit;
+        }
+        return begin;
     }
 
     /// How far behind its first block a position is.
-    std::uint64_t Beyond(const std::optional<std::uint64_t>& position, std::string_view options,
-                         const char* block) {
-        std::uint64_t begin = 0;
-        for (const std::string_view option : Words(options))
-            begin += DdSize(given_[std::string(option)]).value_or(0) * BlockSize(block);
+    static std::uint64_t Beyond(const std::optional<std::uint64_t>& position, std::uint64_t begin) {
         return position && *position > begin ? *position - begin : 0;
     }
 

@@ -56,6 +56,52 @@ std::string_view ValueAt(std::string_view line, std::string_view key) {
     line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
     return line;
 }
+
+/// The unit of UTF-16 that "\\u00fc" stands for.
+std::optional<char32_t> EscapedUnit(std::string_view text) {
+    constexpr std::size_t length = 6;
+    std::uint32_t unit = 0;
+    if (!text.starts_with("\\u") || text.size() < length)
+        return std::nullopt;
+    const auto read = std::from_chars(text.data() + 2, text.data() + length, unit, 16);
+    return read.ptr == text.data() + length ? std::optional<char32_t>(unit) : std::nullopt;
+}
+
+void AddUtf8(char32_t character, std::string& text) {
+    const auto rest = [&](unsigned shift) {
+        return static_cast<char>(0x80U | (character >> shift & 0x3FU));
+    };
+    if (character < 0x80)
+        text += static_cast<char>(character);
+    else if (character < 0x800)
+        text += {static_cast<char>(0xC0U | character >> 6U), rest(0)};
+    else if (character < 0x10000)
+        text += {static_cast<char>(0xE0U | character >> 12U), rest(6), rest(0)};
+    else
+        text += {static_cast<char>(0xF0U | character >> 18U), rest(12), rest(6), rest(0)};
+}
+
+/// Adds what the escape at the beginning of `json` stands for, and returns the escape's length.
+std::size_t Unescape(std::string_view json, std::string& text) {
+    constexpr std::string_view letters = "nrtbf";
+    constexpr std::string_view meanings = "\n\r\t\b\f";
+    constexpr char32_t highest = 0xDBFF, lowest = 0xDFFF, high = 0xD800, low = 0xDC00;
+    constexpr std::size_t length = 6;
+    const auto unit = EscapedUnit(json);
+    if (!unit) {
+        const std::size_t letter = letters.find(json[1]);
+        text += letter != std::string_view::npos ? meanings[letter] : json[1];
+        return 2;
+    }
+    const auto next = EscapedUnit(json.substr(length));
+    if (*unit >= high && *unit <= highest && next && *next >= low && *next <= lowest) {
+        AddUtf8(0x10000 + ((*unit - high) << 10U) + (*next - low), text);
+        return 2 * length;
+    }
+    constexpr char32_t unknown = 0xFFFD;
+    AddUtf8(*unit >= high && *unit <= lowest ? unknown : *unit, text);
+    return length;
+}
 } // namespace
 
 std::optional<double> LastPercentage(std::string_view text) {
@@ -111,7 +157,7 @@ std::optional<std::uint64_t> DdSize(std::string_view text) {
             return std::nullopt;
         product *= *value;
         constexpr std::string_view units = "kMGTP";
-        if (TakeMark(text, "c") || text.empty() || text.front() == 'x')
+        if (TakeMark(text, "c") || text.empty() || text == "B" || text.front() == 'x')
             continue;
         const char letter = text.front() == 'K' ? 'k' : text.front();
         text.remove_prefix(1);
@@ -144,8 +190,9 @@ std::string JsonText(std::string_view line, std::string_view key) {
         return text;
     for (std::size_t i = 0; i < value.size() && value[i] != '"'; ++i) {
         if (value[i] == '\\' && i + 1 < value.size())
-            ++i;
-        text += value[i];
+            i += Unescape(value.substr(i), text) - 1;
+        else
+            text += value[i];
     }
     return text;
 }

@@ -18,10 +18,11 @@ struct Prefix {
     /// The arguments that are no options.
     std::size_t operands = 0;
     bool takesAssignments = false;
-    bool changesUser = false;
+    /// It may give another user, or it closes the descriptors that it was given.
+    bool isolates = false;
 };
 
-constexpr std::array<Prefix, 10> prefixes{{
+constexpr std::array<Prefix, 13> prefixes{{
     {"sudo", "-u -g -h -p -C -r -t -T -U -D -R --user --group --chdir", 0, true, true},
     {"doas", "-u -C", 0, false, true},
     {"nice", "-n --adjustment", 0},
@@ -32,6 +33,12 @@ constexpr std::array<Prefix, 10> prefixes{{
     {"nohup", "", 0},
     {"timeout", "-k -s --kill-after --signal", 1},
     {"chrt", "-T -P -D", 1},
+    {"taskset", "", 1},
+    {"setpriv",
+     "--reuid --regid --ruid --euid --rgid --egid --groups --inh-caps --ambient-caps "
+     "--bounding-set --securebits --pdeathsig --selinux-label --apparmor-profile",
+     0, false, true},
+    {"systemd-inhibit", "--what --who --why --mode", 0, false, true},
 }};
 
 using Maker = std::unique_ptr<Tool> (*)();
@@ -60,6 +67,16 @@ bool IsWord(std::string_view word, std::string_view words) {
            std::string::npos;
 }
 
+/// Whether the option's value is the next argument: "-u", or "-nu", but not "-uroot".
+bool TakesNext(const std::string& option, std::string_view withValue) {
+    if (option.starts_with("--"))
+        return IsWord(option, withValue);
+    for (std::size_t i = 1; i < option.size(); ++i)
+        if (IsWord(std::string("-") + option[i], withValue))
+            return i + 1 == option.size();
+    return false;
+}
+
 /// Where the command behind the prefix begins; the arguments' end if there is none.
 std::size_t Behind(const Prefix& prefix, const std::vector<std::string>& arguments,
                    std::size_t at) {
@@ -69,7 +86,7 @@ std::size_t Behind(const Prefix& prefix, const std::vector<std::string>& argumen
         if (argument == "--")
             return at + 1 + operands;
         if (argument.starts_with("-") && argument.size() > 1)
-            at += IsWord(argument, prefix.withValue) ? 1U : 0U;
+            at += TakesNext(argument, prefix.withValue) ? 1U : 0U;
         else if (prefix.takesAssignments && argument.find('=') != std::string::npos)
             continue;
         else if (operands > 0)
@@ -86,7 +103,8 @@ std::string ToolName(const Launch& launch) {
 }
 
 std::unique_ptr<Tool> Recognise(Launch& launch) {
-    for (std::size_t at = 0; at < launch.arguments.size();) {
+    std::size_t at = 0;
+    while (at < launch.arguments.size()) {
         const std::string name = LastComponent(launch.arguments[at]);
         if (const auto maker = Find(makers, name, &decltype(makers)::value_type::first);
             maker != makers.end()) {
@@ -96,10 +114,10 @@ std::unique_ptr<Tool> Recognise(Launch& launch) {
         const auto prefix = Find(prefixes, name, &Prefix::name);
         if (prefix == prefixes.end())
             break;
-        launch.isForeign = launch.isForeign || prefix->changesUser;
+        launch.isForeign = launch.isForeign || prefix->isolates;
         at = Behind(*prefix, launch.arguments, at);
     }
-    return MakeCommand();
+    return MakeCommand(at < launch.arguments.size() ? at : 0);
 }
 
 } // namespace kqu::run

@@ -1,6 +1,7 @@
 #include "post/kqu-run/Arguments.h"
 #include "post/kqu-run/Naming.h"
 #include "post/kqu-run/Volumes.h"
+#include "post/kqu-run/tools/Destination.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
@@ -51,10 +52,8 @@ class Restic : public Tool {
   private:
     void NamePlaces(const Arguments& arguments, const std::vector<std::string>& paths) {
         const char* given = std::getenv("RESTIC_REPOSITORY");
-        const char* home = std::getenv("HOME");
         const std::string repository =
-            PlaceName(arguments.Value("r repo").value_or(given != nullptr ? given : ""),
-                      home != nullptr ? home : "~");
+            Destination(arguments.Value("r repo").value_or(given != nullptr ? given : ""));
         row_.folder = true;
         if (command_ == "backup") {
             row_.volume = FolderNames(paths);
@@ -63,7 +62,8 @@ class Restic : public Tool {
             row_.disk = volume ? volume->disk : "";
         } else {
             row_.volume = repository;
-            row_.destination = arguments.Value("t target").value_or(repository);
+            const auto target = arguments.Value("t target");
+            row_.destination = target ? LocalDestination(*target) : repository;
         }
     }
 

@@ -1,13 +1,13 @@
 #include "post/kqu-run/Arguments.h"
 #include "post/kqu-run/Naming.h"
 #include "post/kqu-run/Volumes.h"
+#include "post/kqu-run/tools/Destination.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/RsyncFilter.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 
 namespace kqu::run {
 
@@ -40,8 +40,7 @@ class Rsync : public Tool {
             return;
         row_.folder = true;
         if (!places.empty()) {
-            const char* home = std::getenv("HOME");
-            row_.destination = PlaceName(places.back(), home != nullptr ? home : "~");
+            row_.destination = Destination(places.back());
             row_.volume = FolderNames({places.begin(), places.end() - 1});
         }
         if (!IsElsewhere(places.empty() ? "" : places.front()))

@@ -3,11 +3,11 @@
 #include "post/kqu-run/Processes.h"
 #include "post/kqu-run/TreeSize.h"
 #include "post/kqu-run/Volumes.h"
+#include "post/kqu-run/tools/Destination.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 
 namespace kqu::run {
@@ -17,19 +17,29 @@ namespace files = std::filesystem;
 
 constexpr std::string_view withValue =
     "b C f F g I K L N T V X H add-file after-date blocking-factor checkpoint-action directory "
-    "exclude "
-    "exclude-from file files-from format group index-file info-script label level "
-    "listed-incremental mode mtime newer newer-mtime new-volume-script owner record-size "
+    "exclude exclude-from exclude-ignore exclude-ignore-recursive exclude-tag exclude-tag-all "
+    "exclude-tag-under file files-from format group group-map hole-detection index-file "
+    "info-script label level "
+    "listed-incremental mode mtime newer newer-mtime new-volume-script no-quote-chars owner "
+    "owner-map pax-option quote-chars quoting-style record-size "
     "rmt-command rsh-command sort starting-file strip-components suffix tape-length to-command "
-    "transform use-compress-program xattrs-include xattrs-exclude";
+    "sparse-version transform use-compress-program volno-file warning xform xattrs-include "
+    "xattrs-exclude";
 constexpr std::string_view leavesOut =
     "X T N K g exclude exclude-from exclude-vcs exclude-caches exclude-tag exclude-backups "
     "files-from newer newer-mtime after-date starting-file listed-incremental "
-    "exclude-vcs-ignores exclude-ignore exclude-caches-all exclude-tag-all";
+    "exclude-vcs-ignores exclude-ignore exclude-caches-all exclude-tag-all "
+    "exclude-caches-under exclude-ignore-recursive exclude-tag-under";
 
 std::string Absolute(const std::string& path, const std::string& folder) {
     std::error_code failure;
     return files::absolute(files::path(folder) / path, failure).lexically_normal().string();
+}
+
+/// The path by which the kernel tells of the file, whatever links lead to it.
+std::string Opened(const std::string& path) {
+    std::error_code failure;
+    return files::weakly_canonical(Absolute(path, "."), failure).string();
 }
 
 /// tar needn't be asked. Reading an archive it is as far as it is in the archive; making one it is
@@ -44,7 +54,7 @@ class Tar : public Tool {
         reads_ = !creates_ && arguments.Has("x extract get t list d diff compare");
         row_.folder = true;
         if (!IsElsewhere(archive) && archive != "-")
-            archive_ = Absolute(archive, ".");
+            archive_ = Opened(archive);
         creates_ ? PrepareCreate(arguments, archive) : PrepareRead(archive);
     }
 
@@ -75,10 +85,10 @@ class Tar : public Tool {
     }
 
     void PrepareCreate(const Arguments& arguments, const std::string& archive) {
-        const char* home = std::getenv("HOME");
         row_.image = true;
-        row_.destination =
-            archive == "-" ? "standard output" : PlaceName(archive, home != nullptr ? home : "~");
+        row_.destination = archive == "-"     ? "standard output"
+                           : archive_.empty() ? Destination(archive)
+                                              : LocalDestination(archive);
         for (const std::string& operand : arguments.Operands())
             sources_.push_back(Absolute(operand, folder_));
         row_.volume = FolderNames(sources_);
@@ -89,8 +99,10 @@ class Tar : public Tool {
     }
 
     void PrepareRead(const std::string& archive) {
-        row_.volume = archive == "-" ? "archive" : LastComponent(archive);
-        row_.destination = Absolute(folder_, ".");
+        row_.volume = archive == "-"     ? "archive"
+                      : archive_.empty() ? Destination(archive)
+                                         : LastComponent(archive);
+        row_.destination = LocalDestination(folder_);
         size_ = SizeOf(archive_).value_or(0);
     }
 

@@ -4,6 +4,7 @@
 #include "post/kqu-run/OutputFilter.h"
 #include "post/kqu-run/Row.h"
 
+#include <cstddef>
 #include <memory>
 #include <string_view>
 #include <sys/types.h>
@@ -44,7 +45,7 @@ class Tool {
 [[nodiscard]] std::unique_ptr<Tool> MakeTar();
 [[nodiscard]] std::unique_ptr<Tool> MakeRestic();
 [[nodiscard]] std::unique_ptr<Tool> MakeBorg();
-/// Any other command.
-[[nodiscard]] std::unique_ptr<Tool> MakeCommand();
+/// Any other command; `program` is where among the arguments its name is.
+[[nodiscard]] std::unique_ptr<Tool> MakeCommand(std::size_t program);
 
 } // namespace kqu::run

@@ -25,6 +25,10 @@ TEST(Naming, PlacesAreSaidAsAPersonWould) {
         {"s3:s3.example.org/bucket", "bucket on s3.example.org"},
         {"b2:bucket:path", "bucket:path"},
         {"local:/x", "/x"},
+        {"file:///x", "/x"},
+        {"s3:key:secret@host/bucket", "bucket on host"},
+        {"rclone::sftp,user=me,pass=secret:x", ":sftp"},
+        {"rest:https://example.org/x?key=secret", "/x on example.org"},
         {"./odd:name", "./odd:name"},
     };
     for (const auto& [place, name] : places)
@@ -60,6 +64,11 @@ std::string Value(const post::Notification& notification, std::string_view key) 
 
 TEST(RowText, ANotificationHoldsWhatABusTakesAndAToolHas) {
     EXPECT_EQ(CleanText("a\xff\x80\tb\xC2\x85\xE2\x82\xAC\x7f"), "a?? b \xE2\x82\xAC ");
+    EXPECT_EQ(CleanText("1\u202e2\u2066"
+                        "3\u20284\u200f5\u2069"
+                        "6\u061c7"),
+              "1 2 3 4 5 6 7");
+    EXPECT_EQ(CleanText("\u202f\u2065\u206a\u200d\u2027"), "\u202f\u2065\u206a\u200d\u2027");
     EXPECT_LE(CleanText(std::string(10000, 'x')).size(), 512U);
     EXPECT_TRUE(post::IsUtf8(CleanText("x" + std::string(511, '\xC3') + "\xA9")));
     EXPECT_EQ(TaskName("my kqs_DISK"), "my kqs_DISK");

@@ -3,6 +3,9 @@
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Recognise.h"
 
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <unistd.h>
@@ -10,6 +13,8 @@
 
 namespace kqu::run {
 namespace {
+
+namespace files = std::filesystem;
 
 std::vector<std::string> Split(const std::string& text) {
     std::istringstream words(text);
@@ -42,13 +47,22 @@ struct Prepared {
     }
 };
 
+struct Case {
+    std::string command, printed;
+    double share;
+    std::string text;
+};
+
+void ExpectRead(const std::vector<Case>& cases) {
+    for (const Case& one : cases) {
+        const Progress progress = Prepared(one.command, true).After(one.printed);
+        EXPECT_NEAR(progress.share.value_or(-1), one.share, 0.0001) << one.command;
+        EXPECT_EQ(progress.text, one.text) << one.command;
+    }
+}
+
 /// What the tools print, as it was recorded.
 TEST(Tools, AreReadByTheirRealOutput) {
-    struct Case {
-        std::string command, printed;
-        double share;
-        std::string text;
-    };
     const std::vector<Case> cases{
         {"rsync -a src/ dst/",
          "\r      8,700,000  14%  217.52MB/s    0:00:00 (xfr#29, to-chk=2/34)", 0.14,
@@ -90,13 +104,15 @@ TEST(Tools, AreReadByTheirRealOutput) {
         {"restic -r rep backup --json src",
          R"({"message_type":"status","percent_done":0.25,"total_files":31,"current_files":["/src/\"f1"]})",
          0.25, "/src/\"f1"},
+        {"restic -r rep backup --json src",
+         R"({"percent_done":1,"current_files":["\u00fc\u20ac\ud83d\ude00\u0026\t\ud83dx\\"]})", 1,
+         "\u00fc\u20ac\U0001F600&\t\uFFFDx\\"},
+        {"badblocks -w -t 0 -t 1 -p 2 /dev/none 1000", "50% done", 0.0625, "500 of 1000"},
+        {"badblocks -b 0 -s /dev/none 5 9", "50% done", 0.5, ""},
+        {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "0 MB of 0 MB"},
         {"borg check -p rep", "Checking segments 12.5%\r", 0.125, "borg check"},
     };
-    for (const Case& one : cases) {
-        const Progress progress = Prepared(one.command, true).After(one.printed);
-        EXPECT_NEAR(progress.share.value_or(-1), one.share, 0.0001) << one.command;
-        EXPECT_EQ(progress.text, one.text) << one.command;
-    }
+    ExpectRead(cases);
     EXPECT_NEAR(*Prepared("e4defrag /none").After("[1/2]/a:b:\t 37%\r").fileShare, 0.37, 0.001);
     EXPECT_EQ(Prepared("borg create -p rep::a src")
                   .After("33.55 MB O 33.55 MB C 0 B D 30 N src/d2/big      \r")
@@ -131,10 +147,70 @@ TEST(Tools, AreFoundBehindOtherCommands) {
     for (const std::string command :
          {"e4defrag x", "sudo -u root -- /usr/sbin/e4defrag x", "ionice -c 3 nice e4defrag x",
           "env -u A B=c e4defrag x", "timeout -k 5 60 stdbuf -oL e4defrag x",
-          "time -f %e e4defrag x"})
+          "time -f %e e4defrag x", "sudo -nu me e4defrag x", "sudo -ume e4defrag x",
+          "taskset -c 0,1 setpriv --reuid 5 systemd-inhibit --what=idle e4defrag x"})
         EXPECT_EQ(Prepared(command).tool->GetRow().tool->name, "defragmenter") << command;
-    for (const std::string command : {"make e4defrag", "sudo", "timeout 5", "env A=b", "sudo --"})
-        EXPECT_EQ(Prepared(command).tool->GetProgress().text, command);
+    const std::vector<std::pair<std::string, std::string>> others{
+        {"make e4defrag", "make"},
+        {"sudo", "sudo"},
+        {"timeout 5", "timeout"},
+        {"sudo --", "sudo"},
+        {"env A=b", "env"},
+        {"sudo -u me /bin/mysql -psecret --password=secret u:secret@host secret / .", "mysql / ."}};
+    for (const auto& [command, text] : others)
+        EXPECT_EQ(Prepared(command).tool->GetProgress().text, text);
+}
+
+/// Files of one test and links to them, in a folder that is the working one meanwhile.
+class ToolsInFolder : public testing::Test {
+  protected:
+    ToolsInFolder() {
+        files::create_directories(folder_ / "real/deep");
+        std::ofstream(folder_ / "real/file") << std::string(2000, 'x');
+        files::create_symlink("real/file", folder_ / "link");
+        files::current_path(folder_ / "real");
+    }
+    ~ToolsInFolder() override {
+        files::current_path(before_);
+        files::remove_all(folder_);
+    }
+
+    const files::path before_ = files::current_path();
+    const files::path folder_ =
+        files::canonical(testing::TempDir()) / ("kqu-run-" + std::to_string(getpid()));
+};
+
+TEST_F(ToolsInFolder, SayWhereTheyWrite) {
+    const std::string here = folder_.string();
+    const std::vector<std::pair<std::string, std::string>> destinations{
+        {"rsync a .", "/real"},
+        {"rsync a ..", ""},
+        {"rsync a deep/none/", "/real/deep/none"},
+        {"rsync a none/", "/real/none"},
+        {"dd if=a of=../link", "/real/file"},
+        {"borg create ./deep/::x a", "/real/deep"},
+        {"restic -r local:deep backup a", "/real/deep"},
+        {"tar cf deep/a.tar a", "/real/deep/a.tar"},
+        {"tar -x --warning none --exclude-tag t -f a.tar -C ..", ""}};
+    for (const auto& [command, place] : destinations)
+        EXPECT_EQ(Prepared(command).tool->GetRow().destination, here + place) << command;
+    const Prepared zeros("dd if=/dev/zero");
+    EXPECT_EQ(zeros.tool->GetRow().destination, "standard output");
+    EXPECT_EQ(zeros.tool->GetRow().volume, "");
+    EXPECT_EQ(Prepared("tar xf me@nas:/a.tar").tool->GetRow().volume, "/a.tar on nas");
+}
+
+/// The test itself stands for the tool: it has the file open that a link leads to.
+TEST_F(ToolsInFolder, AreFollowedInFilesBehindLinks) {
+    const int file = open("file", O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(lseek(file, 1000, SEEK_SET), 1000);
+    for (const std::string command : {"badblocks -b 1 ../link", "tar xf ../link"}) {
+        const Prepared prepared(command);
+        prepared.tool->Look(getpid());
+        EXPECT_NEAR(prepared.tool->GetProgress().share.value_or(-1), 0.5, 0.0001) << command;
+    }
+    EXPECT_EQ(Prepared("tar xf ../link").tool->GetRow().volume, "link");
+    close(file);
 }
 
 TEST(Numbers, AreReadAsToolsWriteThem) {
