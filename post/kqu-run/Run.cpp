@@ -111,7 +111,7 @@ void Run::Start() {
                         request_.startsMessenger, request_.isVerbose);
         PostIfDue(false);
     });
-    nextLook_ = Clock::now() + betweenReads;
+    nextSearch_ = nextLook_ = Clock::now() + pause_;
 }
 
 /// The way from the stream that is read to us: a terminal where the stream is one.
@@ -225,10 +225,12 @@ void Run::ReadChannel() {
 void Run::LookAtTool() {
     const auto now = Clock::now();
     ReadTool();
-    nextLook_ = now + (relay_ ? betweenReads : betweenLooks);
+    nextLook_ = std::min(now + betweenReads, nextSearch_);
     if (now < nextSearch_)
         return;
-    nextSearch_ = now + betweenLooks;
+    nextSearch_ = now + pause_;
+    nextLook_ = relay_ ? std::min(now + betweenReads, nextSearch_) : nextSearch_;
+    pause_ = std::min(2 * pause_, betweenLooks);
     if (launch_.tool > 0) {
         const pid_t found = FindProcess(child_, ToolName(launch_));
         process_ = found != 0 ? found : child_;

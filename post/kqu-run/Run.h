@@ -71,6 +71,8 @@ class Run {
     Clock::time_point repeated_{};
     Clock::time_point nextLook_{};
     Clock::time_point nextSearch_{};
+    /// Short at first, to see a tool that is done in no time.
+    std::chrono::milliseconds pause_{5};
 };
 
 } // namespace kqu::run

@@ -120,23 +120,23 @@ class RunTest(RunCase):
         self.env["RESTIC_PROGRESS_FPS"] = "20"
         rows = (
             (("rsync", "-a", "Documents/", "a/"), "backup",
-             {"VolName": "Documents", "dVolName": "a/", "FolderBackup": "1", "status": "23 of 23 files"}),
-            (("nice", "rsync", "-av", "--bwlimit=20000", "Documents/", "b/"), "backup", {"dVolName": "b/"}),
+             {"VolName": "Documents", "dVolName": str(self.folder / "a"), "FolderBackup": "1", "status": "23 of 23 files"}),
+            (("nice", "rsync", "-av", "--bwlimit=20000", "Documents/", "b/"), "backup", {"dVolName": str(self.folder / "b")}),
             (("dd", f"if={device}", "of=copy.img", "bs=64k"), "backup",
-             {"VolName": "Data", "dVolName": "copy.img", "Type": "4" if disk else None}),
+             {"VolName": "Data", "dVolName": str(self.folder / "copy.img"), "Type": "4" if disk else None}),
             (("badblocks", "-sv", device), "scanner", {"VolName": "Data", "ScanType": "1"}),
             (("badblocks", "-b", "512", device), "scanner", {"VolName": "Data", "ScanType": "1"}),
             (("e2fsck", "-fn", device), "scanner",
              {"VolName": "Data", "Item": "Pass 5 of 5: group summaries"}),
             (("e4defrag", "-v", mount), "defragmenter", {"status": "defrag"}),
             (("tar", "czf", "a.tgz", "Documents"), "backup",
-             {"VolName": "Documents", "dVolName": "a.tgz", "Type": "4"}),
+             {"VolName": "Documents", "dVolName": str(self.folder / "a.tgz"), "Type": "4"}),
             (("tar", "xf", "a.tgz", "-C", "/dev/shm", "--to-command=cat >/dev/null"), "backup",
              {"VolName": "a.tgz", "dVolName": "/dev/shm"}),
             (("restic", "-r", "restic", "backup", "Documents"), "backup",
-             {"VolName": "Documents", "dVolName": "restic"}),
+             {"VolName": "Documents", "dVolName": str(self.folder / "restic")}),
             (("borg", "create", "-p", "borg::one", "Documents"), "backup",
-             {"VolName": "Documents", "dVolName": "borg"}),
+             {"VolName": "Documents", "dVolName": str(self.folder / "borg")}),
         )
         for command, tool, expected in rows:
             with self.subTest(command):
@@ -196,6 +196,24 @@ class RunTest(RunCase):
             self.assertEqual((running.stdout.read(), running.wait(20)), (b"asked\n", 3))
             running.stdout.close()
             self.assertEqual(set(posts.values("PID")), {tool.decode().strip()})
+
+    def test_what_is_missing_around_it_does_not_end_the_tool(self):
+        self.stand_in("e4defrag", "echo one; sleep 0.1; echo two; echo done >&2; exit 3")
+        for around in ('exec "$@" >&-', 'exec "$@" >/dev/full', 'exec "$@" <&- >&-'):
+            done = self.run_direct("sh", "-c", around, "sh", KQU_RUN, "e4defrag", "x")
+            self.assertEqual((done.returncode, done.stderr.splitlines()[-1]), (3, b"done"), around)
+        for number in (signal.SIGABRT, signal.SIGSEGV, signal.SIGALRM):
+            self.stand_in("e4defrag", "echo $$; exec sleep 600")
+            running = self.start("e4defrag", "x", stdout=subprocess.PIPE)
+            tool = int(running.stdout.readline())
+            running.send_signal(number)
+            self.assertEqual(running.wait(20), -number)
+            self.assertFalse(pathlib.Path("/proc", str(tool)).exists())
+            running.stdout.close()
+        if os.geteuid() == 0:
+            done = self.run_direct("unshare", "--pid", "--fork", "--mount-proc", KQU_RUN, "sh", "-c",
+                                   "kill -TERM $$")
+            self.assertEqual(done.returncode, 128 + signal.SIGTERM)
 
     def test_a_tool_that_is_killed_and_a_kqu_run_that_is_killed(self):
         posts = self.listen()
@@ -337,6 +355,22 @@ class TerminalTest(RunCase):
         self.expect("after 130\r\n")
         self.expect("ready> ")
         self.assertEqual(termios.tcgetattr(self.terminal), self.before)
+        # What has left the process group is reached as well, and what stops itself stops the job.
+        self.type(f"{KQU_RUN} timeout 600 sh -c 'echo begun; exec sleep 500'\n")
+        self.expect("\nbegun\r\n")
+        self.type("\x03")
+        self.expect("ready> ")
+        self.type("echo after $?\n")
+        self.expect("after (124|130)\r\n")
+        self.stand_in("e4defrag", "exec /usr/bin/python3 -c 'import os, signal, time\n"
+                      "signal.signal(signal.SIGTSTP, lambda *_: os.kill(os.getpid(), signal.SIGSTOP))\n"
+                      "print(\"begun\", flush=True)\nwhile True: time.sleep(60)'")
+        self.type(f"{KQU_RUN} e4defrag x\n")
+        self.expect("begun\r\n")
+        self.type("\x1a")
+        self.expect(r"Stopped[^\n]*\n.*ready> ")
+        self.type("kill -KILL %1; fg; echo gone\n")
+        self.expect("\ngone\r\n")
 
     def test_real_tools_in_the_foreground_and_background(self):
         self.type(f"{KQU_RUN} rsync -a --bwlimit=2000 --info=progress2 Documents/ a/\n")
