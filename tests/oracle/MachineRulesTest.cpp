@@ -83,8 +83,8 @@ TEST(MachineRules, ShellAndLiveness) {
 TEST(MachineRules, FlavourOfTheSuite) {
     SimulatedMachine machine;
     machine.WriteFile(preferences, "there");
-    int siblings = 0;
-    ForCases(1200, [&](Random& random) {
+    unsigned siblings = 0;
+    const unsigned cases = ForCases(1200, [&](Random& random) {
         const Texts ends = {"\n", "\r", "\r\n", "\n", "\r", " \n", "", "\n\n"};
         const auto mostly = [&](const std::string& usual) {
             return random.OneIn(12) ? random.Text(oddPieces, 3) : usual;
@@ -105,8 +105,8 @@ TEST(MachineRules, FlavourOfTheSuite) {
         EXPECT_EQ(Module1.ParentIsMarlstone, IsSibling(file)) << file;
         siblings += IsSibling(file);
     });
-    EXPECT_GT(siblings, 200);
-    EXPECT_LT(siblings, 1000);
+    EXPECT_GE(siblings, cases / 6);
+    EXPECT_LE(siblings, cases - cases / 6);
 }
 
 TEST(MachineRules, PlaceOfThePanel) {
@@ -130,39 +130,22 @@ TEST(MachineRules, PlaceOfThePanel) {
         else
             file.clear();
         machine.Start();
-        const auto saved = SavedPlace(file, width, height);
-        PanelPlace last = saved.value_or(DefaultPlace(width, 340));
+        const PanelPlace place = SavedPlace(file, width, height).value_or(DefaultPlace(width, 340));
         Window1& panel = machine.Panel();
-        const auto compare = [&] {
-            EXPECT_EQ(panel.LastLeft, last.left) << file;
-            EXPECT_EQ(panel.LastTop, last.top) << file;
-            EXPECT_EQ(panel.mywidth, last.width) << file;
-            EXPECT_EQ(machine.ReadFile(placeFile), file);
-        };
-        EXPECT_EQ(
-            machine.windows.window->content,
-            (platform::Rect{last.left, last.top, std::min(std::max(last.width, 270), 500), 73}));
-        compare();
-        for (int turn = 0; turn < 3; ++turn) {
-            const bool isGone = random.OneIn(6);
-            if (isGone) {
-                file.clear();
-                std::filesystem::remove_all(machine.root / "home");
-            } else
-                std::filesystem::create_directories(machine.root / "home/.config");
-            const PanelPlace now{panel.Left(), panel.Top(), panel.Width()};
-            const bool isMoved =
-                now.left != last.left || now.top != last.top || now.width != last.width;
-            if (isMoved && !isGone)
-                file = PlaceFile(now);
-            panel.Timer2_Action();
-            last = now;
-            compare();
-            panel.SetLeft(random.OneIn(2) ? last.left : random.Between(-3000, 3000));
-            panel.SetTop(random.OneIn(2) ? last.top : random.Between(-9, 9));
-            panel.SetWidth(random.OneIn(2) ? last.width : random.Between(1, 600));
-            panel.SetHeight(random.Between(1, 600));
-        }
+        EXPECT_EQ(machine.windows.window->content,
+                  (platform::Rect{place.left, place.top, std::clamp(place.width, 270, 500), 73}));
+        EXPECT_TRUE((PanelPlace{panel.LastLeft, panel.LastTop, panel.mywidth}) == place) << file;
+        // Kept where it was moved to, if it was and if there is a folder for it.
+        const bool isMoved = random.OneIn(2), isGone = random.OneIn(6);
+        if (isMoved)
+            panel.SetLeft(random.Between(-3000, 3000));
+        const PanelPlace now{panel.Left(), panel.Top(), panel.Width()};
+        if (isGone)
+            std::filesystem::remove_all(machine.root / "home");
+        else
+            std::filesystem::create_directories(machine.root / "home/.config");
+        panel.Timer2_Action();
+        EXPECT_EQ(machine.ReadFile(placeFile), isGone ? "" : now == place ? file : PlaceFile(now));
     });
 }
 

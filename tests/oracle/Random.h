@@ -6,20 +6,22 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kqu::oracle {
 
-/// What one case is made of. A case that fails is found again by the seed and the number it tells.
+/// Draws a whole number, both limits included.
+using Draw = std::function<int(int least, int most)>;
+
+/// What one case is made of.
 class Random {
   public:
-    Random(unsigned seed, unsigned number) : engine_(seed * 1000003U + number) {}
+    explicit Random(Draw draw) : draw_(std::move(draw)) {}
 
-    int Between(int least, int most) {
-        return std::uniform_int_distribution<int>(least, most)(engine_);
-    }
+    int Between(int least, int most) { return draw_(least, most); }
     double Real(double least, double most) {
-        return std::uniform_real_distribution<double>(least, most)(engine_);
+        return least + (most - least) * Between(0, 1 << 30) / (1 << 30);
     }
     bool OneIn(int count) { return Between(1, count) == 1; }
     template <class T>
@@ -34,18 +36,27 @@ class Random {
     }
 
   private:
-    std::mt19937 engine_;
+    Draw draw_;
 };
 
-/// Runs so many cases, to the first that fails. KQU_SEED in the environment asks for others.
-inline void ForCases(unsigned count, const std::function<void(Random&)>& run) {
+/// Where this is set, there is one case, drawn from it.
+inline Draw fuzzed;
+
+/// Runs so many cases, to the first that fails, and returns how many. One that fails is found again
+/// by the seed and the number it tells; KQU_SEED in the environment asks for others.
+inline unsigned ForCases(unsigned count, const std::function<void(Random&)>& run) {
     const char* asked = std::getenv("KQU_SEED");
     const unsigned seed = asked == nullptr ? 1 : static_cast<unsigned>(std::atoi(asked));
+    count = fuzzed ? 1 : count;
     for (unsigned number = 0; number < count && !testing::Test::HasFailure(); ++number) {
         SCOPED_TRACE(testing::Message() << "KQU_SEED=" << seed << ", case " << number);
-        Random random(seed, number);
+        std::mt19937 engine(seed * 1000003U + number);
+        Random random(fuzzed ? fuzzed : [&](int least, int most) {
+            return std::uniform_int_distribution<int>(least, most)(engine);
+        });
         run(random);
     }
+    return count;
 }
 
 /// Pieces of odd texts: other scripts, bytes that are no text, markers, line ends.
