@@ -13,9 +13,15 @@ class Managers(DesktopTest):
     def drag(self):
         at = self.panel.geometry()
         self.desktop.pointer.drag((at.x + 50, at.y + 20), (at.x + 71, at.y + 43))
+
+        def has_moved():
+            # A manager that has only now taken the drag over waits for the hand's next motion.
+            self.desktop.pointer.move(at.x + 70, at.y + 43)
+            self.desktop.pointer.move(at.x + 71, at.y + 43)
+            return (self.panel.geometry().x, self.panel.geometry().y) == (at.x + 21, at.y + 23)
+
+        wait_until("the move", has_moved)
         self.desktop.pointer.release()
-        wait_until("the move", lambda: (self.panel.geometry().x, self.panel.geometry().y) ==
-                   (at.x + 21, at.y + 23))
 
     def is_framed(self):
         window = self.panel.find()

@@ -351,6 +351,7 @@ class TerminalTest(RunCase):
         self.type("fg; echo ended $?\n")
         self.expect("e4defrag x\r\n")
         self.type("\x03")
+        self.expect("ready> ")
         self.type("echo after $?\n")
         self.expect("after 130\r\n")
         self.expect("ready> ")
