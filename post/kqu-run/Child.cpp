@@ -30,13 +30,6 @@ int Become(const std::vector<char*>& arguments, const Launch& launch, const Sign
     return errno;
 }
 
-void SetEnvironment(const Launch& launch) {
-    for (const std::string& entry : launch.environment) {
-        const std::size_t equals = entry.find('=');
-        setenv(entry.substr(0, equals).c_str(), entry.substr(equals + 1).c_str(), 1);
-    }
-}
-
 /// The reason why the new process could not become the command, or 0 when it has.
 int AwaitExec(const Descriptor& report) {
     int reason = 0;
@@ -59,7 +52,6 @@ pid_t StartChild(const Launch& launch, const Signals& signals, int output, int e
     for (const std::string& argument : launch.arguments)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
-    SetEnvironment(launch);
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
         Complain(launch.arguments.front(), errno);

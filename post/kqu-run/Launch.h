@@ -15,8 +15,6 @@ struct Launch {
     /// The tool runs behind a command that gives it another user: descriptors and environment do
     /// not get through, and /proc does not tell of it.
     bool isForeign = false;
-    /// NAME=VALUE, on top of the environment.
-    std::vector<std::string> environment;
     /// Whether standard input, output and error are a terminal.
     std::array<bool, 3> terminal{};
     /// Which of the tool's streams is read: 1, 2, or 0 for none.
