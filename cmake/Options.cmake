@@ -15,12 +15,9 @@ endif()
 if(KQU_WARNINGS_AS_ERRORS)
   target_compile_options(kqu_options INTERFACE -Werror)
 endif()
-if(KQU_FUZZ)
-  set(KQU_SANITIZE ON)
-  # What tells the fuzzer where an input led; the fuzzer itself is linked to its targets alone.
-  target_compile_options(kqu_options INTERFACE -fsanitize=fuzzer-no-link)
-endif()
 if(KQU_SANITIZE)
+  # The first tells the fuzzer where an input led; the fuzzer itself is linked to its targets alone.
+  target_compile_options(kqu_options INTERFACE -fsanitize=fuzzer-no-link)
   set(KQU_SANITIZERS -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all
       -fno-omit-frame-pointer)
   target_compile_options(kqu_options INTERFACE ${KQU_SANITIZERS})
