@@ -124,6 +124,7 @@ class Comparison:
 
     def end(self):
         for program in self.programs:
+            program.onlooker.close()
             program.end()
 
     def start(self, program):
@@ -227,8 +228,9 @@ def print_table(figures):
     print("| | dunst | messenger | ratio |\n|---|---|---|---|")
     for name, of in figures.items():
         dunst, messenger = of["dunst"], of["messenger"]
+        # Where dunst needs nothing, if only at times, a ratio says nothing.
         ratios = [ours / theirs for theirs, ours in zip(dunst, messenger) if theirs > 0]
-        ratio = f"{statistics.median(ratios):.2f}" if ratios else "-"
+        ratio = f"{statistics.median(ratios):.2f}" if len(ratios) == len(dunst) else "-"
         print(f"| {name} | {spread(dunst)} | {spread(messenger)} | {ratio} |")
 
 

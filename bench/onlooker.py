@@ -41,7 +41,7 @@ def _library():
 
 
 class Onlooker:
-    """Looks at one window of the display; used from a with statement."""
+    """Looks at one window of the display until it is closed; can be used from a with statement."""
 
     def __init__(self, display, window):
         self._xlib = _library()
@@ -56,6 +56,10 @@ class Onlooker:
         return self
 
     def __exit__(self, *_):
+        self.close()
+
+    def close(self):
+        """Lets go of the display; nothing can be seen after that."""
         self._xlib.XCloseDisplay(self._display)
 
     def wait_mapped(self, timeout):
