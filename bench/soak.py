@@ -91,7 +91,7 @@ class Soak:
 
     def _post(self, count):
         rows = [f"{name}={job.pid}" for name, job in self.jobs.items()]
-        flood = self.desktop.build / "bench" / "kqu_flood"
+        flood = self.desktop.build / "bench" / "flood" / "kqu_flood"
         subprocess.run([flood, self.desktop.session_bus.address, str(self.posted), str(count), *rows],
                        env=self.desktop.env, check=True, timeout=300)
         self.posted += count

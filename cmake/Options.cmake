@@ -23,6 +23,10 @@ if(KQU_SANITIZE)
   target_compile_options(kqu_options INTERFACE ${KQU_SANITIZERS})
   target_link_options(kqu_options INTERFACE ${KQU_SANITIZERS})
 endif()
+if(KQU_COVERAGE)
+  target_compile_options(kqu_options INTERFACE --coverage)
+  target_link_options(kqu_options INTERFACE --coverage)
+endif()
 
 # What every program of ours is linked with. Each carries the parts of the C++ runtime that it uses:
 # nobody else in its process needs that library, and loading it whole costs a megabyte of resident
@@ -32,4 +36,9 @@ add_library(kqu_program INTERFACE)
 if(NOT KQU_SANITIZE)
   target_link_options(kqu_program INTERFACE -static-libstdc++ -static-libgcc -Wl,--gc-sections
                       -Wl,-z,pack-relative-relocs)
+endif()
+if(KQU_COVERAGE)
+  target_sources(kqu_program INTERFACE ${CMAKE_SOURCE_DIR}/tests/tools/CountsAtTheEnd.cpp)
+  target_link_options(kqu_program INTERFACE
+    -Wl,--wrap=_exit -Wl,--wrap=kill -Wl,--wrap=execvp -Wl,--wrap=execve)
 endif()
