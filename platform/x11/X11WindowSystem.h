@@ -43,6 +43,7 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
 
   private:
     friend class X11Window;
+    enum class Events { FromServer, AlreadyReceived };
 
     explicit X11WindowSystem(std::unique_ptr<Display> display);
     /// Where the main screen's top left is on the root window.
@@ -55,7 +56,9 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     [[nodiscard]] X11Window* Find(std::uint32_t window) const;
     void Forget(std::uint32_t window) { windows_.erase(window); }
 
-    bool CollectEvents(EventQueue& queue);
+    /// Both are true if there may be more.
+    bool CollectFromServer(EventQueue& queue);
+    bool CollectEvents(EventQueue& queue, Events which);
     void PostEvent(EventQueue& queue, const X11Event& event);
     void Handle(const X11Event& event);
     void TellScreensChanged();

@@ -252,6 +252,46 @@ TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
     }
 }
 
+TEST_F(X11WindowTest, OnlyWhatIsToldBeforeTheManagerCanHaveFinishedIsItsAnswerToTheMap) {
+    Appear();
+    xcb_grab_server(looker.get());
+    Sync();
+    RunFor(300ms);
+    Configure({7, 8, 340, 73});
+    xcb_ungrab_server(looker.get());
+    Sync();
+    RunFor(50ms);
+    EXPECT_TRUE(told.empty());
+    Configure({30, 40, 340, 73});
+    Await([this] { return told == std::vector<Rect>{{30, 40, 340, 73}}; });
+}
+
+TEST_F(X11WindowTest, AnAnswerComesInItsPlaceAmongTheEvents) {
+    const xcb_atom_t state = Atom("WM_STATE");
+    const std::uint32_t iconic = 3;
+    Appear();
+    RunFor(300ms);
+    xcb_grab_server(looker.get());
+    xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, state, state, 32, 1, &iconic);
+    Sync();
+    RunFor(50ms);
+    // More than are taken in at once.
+    for (int x = 1; x <= 300; ++x)
+        Configure({x, 8, 340, 73});
+    xcb_ungrab_server(looker.get());
+    Sync();
+    // Waits for what comes behind all that.
+    static_cast<void>(system->PointerPosition());
+    Await(
+        [this] {
+            Round();
+            return window->IsCollapsed() || told.size() == 300;
+        },
+        false);
+    EXPECT_EQ(told.size(), 300U);
+    Await([this] { return window->IsCollapsed(); });
+}
+
 TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
     const xcb_atom_t state = Atom("WM_STATE");
     Appear();
