@@ -119,6 +119,15 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
         std::memcpy(&pixel, xcb_get_image_data(image.get()), sizeof pixel);
         return pixel & 0xFFFFFF;
     }
+    void CoverAndExpose() const {
+        const xcb_window_t cover = xcb_generate_id(looker.get());
+        const std::uint32_t background = 0x010203;
+        xcb_create_window(looker.get(), 0, cover, root, 90, 40, 400, 400, 0, 1, 0,
+                          XCB_CW_BACK_PIXEL, &background);
+        xcb_map_window(looker.get(), cover);
+        EXPECT_EQ(PixelAt(200, 100), background);
+        xcb_destroy_window(looker.get(), cover);
+    }
     void Configure(const Rect& to) const {
         const int values[] = {to.x, to.y, to.width, to.height};
         xcb_configure_window(looker.get(), id, 0x0F, values);
@@ -157,6 +166,8 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     void CloseRequested() override {}
     Size FrameExtent() override { return extent; }
     Frame CurrentFrame(int top, int height) override {
+        if (top > 0 && inMidUpdate)
+            inMidUpdate();
         return {pixels.data() + static_cast<std::ptrdiff_t>(top) * extent.width, extent.width,
                 std::min(height, extent.height - top), extent.width};
     }
@@ -170,6 +181,7 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     Size extent;
     std::vector<std::function<void()>> queue;
     std::vector<Rect> told;
+    std::function<void()> inMidUpdate;
     std::unique_ptr<NativeWindow> window;
     xcb_window_t id = 0;
 };
@@ -179,13 +191,7 @@ TEST_F(X11WindowTest, ItsPixelsAreThereAtOnceWhileTheProgramSleeps) {
     window->Commit();
     Await([this] { return IsViewable(); }, false);
     EXPECT_EQ(PixelAt(439, 122), 0x3366CCU);
-    const xcb_window_t cover = xcb_generate_id(looker.get());
-    const std::uint32_t background = 0x010203;
-    xcb_create_window(looker.get(), 0, cover, root, 90, 40, 400, 400, 0, 1, 0, XCB_CW_BACK_PIXEL,
-                      &background);
-    xcb_map_window(looker.get(), cover);
-    EXPECT_EQ(PixelAt(200, 100), background);
-    xcb_destroy_window(looker.get(), cover);
+    CoverAndExpose();
     EXPECT_EQ(PixelAt(200, 100), 0x3366CCU);
 
     Resize({400, 146});
@@ -200,6 +206,28 @@ TEST_F(X11WindowTest, ItsPixelsAreThereAtOnceWhileTheProgramSleeps) {
     RoundTrip();
     EXPECT_EQ(PixelAt(120, 69), 0xFF0000U);
     EXPECT_EQ(PixelAt(120, 70), 0x00FF00U);
+}
+
+TEST_F(X11WindowTest, WhatIsExposedInMidUpdateIsTheFormerFrame) {
+    Appear();
+    const auto shown = [this] {
+        return Words{PixelAt(200, 51), PixelAt(200, 85), PixelAt(200, 122)};
+    };
+    int exposures = 0;
+    inMidUpdate = [&] {
+        // The server has what was put until now.
+        static_cast<void>(system->Collect(*this));
+        static_cast<void>(system->PointerPosition());
+        CoverAndExpose();
+        EXPECT_EQ(shown(), Words(3, 0x3366CC));
+        ++exposures;
+    };
+    Fill(0x00FF00, 0, content.height);
+    window->Commit();
+    EXPECT_GT(exposures, 0);
+    inMidUpdate = nullptr;
+    RoundTrip();
+    EXPECT_EQ(shown(), Words(3, 0x00FF00));
 }
 
 TEST_F(X11WindowTest, WhatAManagerReadsIsWrittenBeforeWhatItActsOn) {
