@@ -70,8 +70,12 @@ void PaintScaled(const ImageCommand& command, const Target& target) {
     for (Pixels top = visible.top; top < visible.bottom; top += step) {
         const Area part{visible.left, top, visible.right, top + step};
         const Area needed = sourceOf(part);
-        if (!Plane::IsInReason(needed))
-            return;
+        if (!Plane::IsInReason(needed)) {
+            // Nothing shows through an image without a mask, even where there is none to be had.
+            if (!image.mask)
+                PaintFill({part, white}, target);
+            continue;
+        }
         const auto scaled = [&](const Plane& plane) {
             return Scaled(*plane.PixelsOf(needed), across, down, part);
         };
