@@ -6,7 +6,6 @@
 #include "platform/text/TextLayout.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace kqu::drawing {
@@ -137,7 +136,7 @@ Area Command::Reach() const {
                                  [](const TextCommand& text) {
                                      const Pixels distance = Pixels{TextLayout::reach} * text.size;
                                      return Area{text.x - distance, text.baseline - distance,
-                                                 std::numeric_limits<std::int32_t>::max(),
+                                                 text.x + TextLayout::longest,
                                                  text.baseline + distance};
                                  }},
                       what);
