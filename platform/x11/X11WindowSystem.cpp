@@ -57,9 +57,10 @@ std::unique_ptr<X11WindowSystem> X11WindowSystem::Open() {
 
 X11WindowSystem::X11WindowSystem(std::unique_ptr<Display> display)
     : display_(std::move(display)),
-      monitors_(std::make_unique<Monitors>(*display_)),
-      pointer_(std::make_unique<PointerState>(*display_)),
-      questions_(std::make_unique<Questions>(*display_)) {}
+      questions_(std::make_unique<Questions>(*display_)),
+      monitors_(
+          std::make_unique<Monitors>(*display_, *questions_, [this] { TellScreensChanged(); })),
+      pointer_(std::make_unique<PointerState>(*display_)) {}
 
 X11WindowSystem::~X11WindowSystem() = default;
 
@@ -92,11 +93,6 @@ Point X11WindowSystem::Origin() {
 
 Point X11WindowSystem::PointerOnRoot() {
     return pointer_->OnRoot();
-}
-
-bool X11WindowSystem::IsButtonDownNow() {
-    pointer_->Forget();
-    return pointer_->PrimaryButtonDown();
 }
 
 void X11WindowSystem::Ask(unsigned int sequence, Questions::Answer answer) {
@@ -189,8 +185,8 @@ void X11WindowSystem::PostEvent(EventQueue& queue, const X11Event& event) {
 void X11WindowSystem::Handle(const X11Event& event) {
     if (X11Window* const window = Find(WindowOf(event)))
         window->Handle(event);
-    else if (monitors_->Notice(event))
-        TellScreensChanged();
+    else
+        monitors_->Handle(event);
 }
 
 void X11WindowSystem::TellScreensChanged() {

@@ -49,8 +49,6 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     /// Where the main screen's top left is on the root window.
     [[nodiscard]] Point Origin();
     [[nodiscard]] Point PointerOnRoot();
-    /// The same as PrimaryButtonDown, asked anew.
-    [[nodiscard]] bool IsButtonDownNow();
     /// Has the answer to a question that was sent handed over from the loop.
     void Ask(unsigned int sequence, std::function<void(const void* reply)> answer);
     [[nodiscard]] X11Window* Find(std::uint32_t window) const;
@@ -64,9 +62,9 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     void TellScreensChanged();
 
     std::unique_ptr<Display> display_;
+    std::unique_ptr<Questions> questions_;
     std::unique_ptr<Monitors> monitors_;
     std::unique_ptr<PointerState> pointer_;
-    std::unique_ptr<Questions> questions_;
     std::map<std::uint32_t, X11Window*> windows_;
     std::function<void()> displayLost_;
     bool isLost_ = false;

@@ -332,6 +332,11 @@ TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
     xcb_reparent_window(looker.get(), id, frame, 0, 0);
     xcb_grab_server(looker.get());
     Configure({7, 8, 340, 73});
+    xcb_configure_notify_event_t changed{};
+    changed.response_type = XCB_CONFIGURE_NOTIFY;
+    changed.window = root;
+    xcb_send_event(looker.get(), 0, root, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&changed));
     for (const std::uint32_t value : {3U, 1U, 3U})
         xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, state, state, 32, 1, &value);
     Sync();
