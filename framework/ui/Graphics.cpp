@@ -5,7 +5,6 @@
 #include "platform/text/TextLayout.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace kqu {
@@ -58,7 +57,7 @@ void Graphics::DrawString(std::string_view text, int x, int baseline, int /*wrap
                           bool /*condense*/) {
     const drawing::Pixels start = drawing::Pixels{x} + area_.x;
     const drawing::Pixels room =
-        std::clamp<drawing::Pixels>(Clip().right - start, 0, std::numeric_limits<int>::max());
+        std::clamp<drawing::Pixels>(Clip().right - start, 0, TextLayout::longest);
     if (room == 0)
         return;
     const std::string_view visible = TextLayout::Enough(text, static_cast<int>(room));

@@ -12,7 +12,7 @@ using Surface = CPointer<cairo_surface_t, cairo_surface_destroy>;
 using Cairo = CPointer<cairo_t, cairo_destroy>;
 
 /// Wider than any screen; glyphs further to the right are not made into pixels.
-constexpr int widestImage = 16384;
+constexpr int widestImage = TextLayout::longest / 2;
 constexpr std::uint32_t white = 0xFFFFFF;
 /// The glyphs of several scripts; when there are more, all of them are drawn anew.
 constexpr std::size_t mostGlyphBytes = 1U << 18U;
@@ -128,7 +128,7 @@ bool LineDrawing::Compose(const ShapedLine& line, int size, TextImage& image) {
     image.coverage.assign(
         static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height), 0);
     line.ForEachGlyph([&](PangoFont* font, PangoGlyph code, double x, double y) {
-        if (!isPlain || code == PANGO_GLYPH_EMPTY || x > 2.0 * widestImage)
+        if (!isPlain || code == PANGO_GLYPH_EMPTY || x > TextLayout::longest)
             return;
         const bool isInFont = font != nullptr && (code & PANGO_GLYPH_UNKNOWN_FLAG) == 0;
         const TextImage* const glyph = isInFont ? GlyphOf(*font, code, size) : nullptr;

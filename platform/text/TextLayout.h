@@ -44,10 +44,12 @@ class TextLayout {
     [[nodiscard]] double WidthOnce(const std::string& plainText, int size);
 
     /// The line's pixels in a colour 0xRRGGBB; remembered while it is in use. What lies further
-    /// from the baseline than `reach` text sizes is cut off.
+    /// from the baseline than `reach` text sizes, or from the start than `longest` pixels, is cut
+    /// off.
     [[nodiscard]] std::shared_ptr<const TextImage> Image(std::string_view text, int size,
                                                          std::uint32_t colour);
     static constexpr int reach = 3;
+    static constexpr int longest = 32768;
 
     /// The bounds of whole characters as readers see them (grapheme clusters), as indices of
     /// characters: 0 first, the length last.

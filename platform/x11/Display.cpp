@@ -129,13 +129,6 @@ std::vector<std::uint32_t> Display::WordsOf(const xcb_get_property_reply_t* repl
     return words;
 }
 
-std::vector<std::uint32_t> Display::Words(xcb_window_t window, xcb_atom_t property,
-                                          xcb_atom_t type) const {
-    const CPointer<xcb_get_property_reply_t, std::free> reply(
-        xcb_get_property_reply(Connection(), AskForWords(window, property, type), nullptr));
-    return WordsOf(reply.get(), type);
-}
-
 void Display::SendToManager(xcb_window_t window, AtomName type,
                             const std::array<std::uint32_t, 5>& words) const {
     xcb_client_message_event_t message{};

@@ -49,9 +49,6 @@ class Display {
     /// The items that an answer holds; nothing if there is none or it is of another type.
     [[nodiscard]] static std::vector<std::uint32_t> WordsOf(const xcb_get_property_reply_t* reply,
                                                             xcb_atom_t type);
-    /// Both in one round trip.
-    [[nodiscard]] std::vector<std::uint32_t> Words(xcb_window_t window, xcb_atom_t property,
-                                                   xcb_atom_t type) const;
     /// Sends a client message on `window` to whoever manages the root window, as EWMH has it.
     void SendToManager(xcb_window_t window, AtomName type,
                        const std::array<std::uint32_t, 5>& words) const;

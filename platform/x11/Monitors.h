@@ -2,38 +2,46 @@
 
 #include "platform/interfaces/NativeWindow.h"
 #include "platform/x11/Display.h"
+#include "platform/x11/Questions.h"
 #include "platform/x11/X11Event.h"
 
 #include <cstdint>
+#include <functional>
 #include <vector>
+#include <xcb/randr.h>
 
 namespace kqu::platform {
 
-/// The monitors of the screen as RandR 1.5 tells them; without RandR the whole screen is one. Read
-/// anew only after the server said that something changed.
+/// The monitors of the screen as RandR 1.5 tells them; without RandR the whole screen is one. Asked
+/// for anew only after the server said that something changed; the former ones count until the
+/// answer is there.
 class Monitors {
   public:
-    explicit Monitors(const Display& display);
+    /// `changed` is called when there are others.
+    Monitors(const Display& display, Questions& questions, std::function<void()> changed);
 
     /// Where the primary monitor's top left is on the root window: the origin of the desktop.
-    [[nodiscard]] Point Origin();
+    [[nodiscard]] Point Origin() const { return monitors_.front().Origin(); }
     /// All monitors, the primary one first, relative to its top left.
-    [[nodiscard]] std::vector<Rect> Screens();
+    [[nodiscard]] std::vector<Rect> Screens() const;
 
-    /// True if the event says that the monitors changed.
-    [[nodiscard]] bool Notice(const X11Event& event);
+    /// Takes any event that is for no window of ours.
+    void Handle(const X11Event& event);
 
   private:
-    void Refresh();
-    [[nodiscard]] std::vector<Rect> Ask() const;
-    [[nodiscard]] Rect WholeScreen() const;
+    void Listen();
+    [[nodiscard]] xcb_randr_get_monitors_cookie_t Question() const;
+    void Ask();
+    void Take(const xcb_randr_get_monitors_reply_t* reply);
 
     const Display& display_;
+    Questions& questions_;
+    std::function<void()> changed_;
     bool hasMonitors_ = false;
     std::uint8_t firstEvent_ = 0;
-    bool stale_ = true;
+    bool isAsked_ = false;
     Size rootSize_;
-    /// In the root window's coordinates, the primary one first; never empty once refreshed.
+    /// In the root window's coordinates, the primary one first; never empty.
     std::vector<Rect> monitors_;
 };
 

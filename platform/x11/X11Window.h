@@ -11,10 +11,12 @@
 #include "platform/x11/X11Event.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kqu::platform {
 
@@ -84,6 +86,9 @@ class X11Window final : public NativeWindow {
     struct Drag {
         Point pointerAtStart;
         Point placeAtStart;
+        bool managerCan = false;
+        /// Not before it is known that no manager moves the window.
+        bool isOurs = false;
     };
 
     /// Asks the server; the answer is dropped with the window.
@@ -125,9 +130,14 @@ class X11Window final : public NativeWindow {
     void EndPress(Point inContent);
 
     // Dragging.
-    [[nodiscard]] bool ManagerMovesWindows() const;
-    void HandDragOver(Point startOnRoot);
+    void AskWhetherHeld();
+    void AskWhoDrags();
+    void AskWhetherAlive(const std::vector<std::uint32_t>& manager);
+    void AskInDrag(xcb_window_t window, AtomName property, xcb_atom_t type,
+                   std::function<void(const std::vector<std::uint32_t>&)> take);
+    void HandDragOver();
     void CancelHandedOverDrag(Point pointer);
+    void DragByOurselves(Point pointer);
     void DragTo(Point pointer);
 
     X11WindowSystem& system_;

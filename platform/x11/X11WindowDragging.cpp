@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
+#include <utility>
+#include <vector>
 
 // Moving the window by its content: the window manager's business where there is one that does it
 // (EWMH `_NET_WM_MOVERESIZE`), else ours. Either way the program goes on living.
@@ -15,39 +18,73 @@ constexpr std::uint32_t moveByPointer = 8;
 constexpr std::uint32_t cancelMove = 11;
 /// The source of a message: a normal application.
 constexpr std::uint32_t fromApplication = 1;
+
+using Words = std::vector<std::uint32_t>;
 } // namespace
 
 void X11Window::BeginDrag(Point start) {
-    // Without a press there is nothing that would ever end the drag, and a click may be over by the
-    // time that it is handled.
-    if (!isPressed_ || drag_ || !system_.IsButtonDownNow())
+    // Without a press there is nothing that would ever end the drag.
+    if (!isPressed_ || drag_)
         return;
-    const Point startOnRoot = start + system_.Origin();
-    if (ManagerMovesWindows())
-        HandDragOver(startOnRoot);
-    else
-        drag_ = Drag{startOnRoot, place_.Actual()};
+    pointerTold_ = start + system_.Origin();
+    drag_ = Drag{pointerTold_, place_.Actual()};
+    AskWhetherHeld();
+    AskWhoDrags();
 }
 
-bool X11Window::ManagerMovesWindows() const {
-    const xcb_atom_t check = display_.Atom(AtomName::NetSupportingWmCheck);
-    const auto manager = display_.Words(display_.Root(), check, XCB_ATOM_WINDOW);
+void X11Window::AskWhetherHeld() {
+    // A press that some program made up is not followed by a release.
+    const auto question = xcb_query_pointer(display_.Connection(), display_.Root());
+    Ask(question.sequence, [this](const void* reply) {
+        const auto* pointer = static_cast<const xcb_query_pointer_reply_t*>(reply);
+        if (pointer == nullptr || (pointer->mask & XCB_KEY_BUT_MASK_BUTTON_1) == 0)
+            drag_.reset();
+    });
+}
+
+void X11Window::AskWhoDrags() {
+    AskInDrag(display_.Root(), AtomName::NetSupported, XCB_ATOM_ATOM, [this](const Words& atoms) {
+        const xcb_atom_t move = display_.Atom(AtomName::NetWmMoveResize);
+        drag_->managerCan = std::find(atoms.begin(), atoms.end(), move) != atoms.end();
+    });
+    AskInDrag(display_.Root(), AtomName::NetSupportingWmCheck, XCB_ATOM_WINDOW,
+              [this](const Words& manager) {
+                  if (drag_->managerCan && !manager.empty())
+                      AskWhetherAlive(manager);
+                  else
+                      DragByOurselves(pointerTold_);
+              });
+}
+
+void X11Window::AskWhetherAlive(const Words& manager) {
     // A manager that is alive has a window that names itself; what a dead one left behind has not.
-    if (manager.empty() || display_.Words(manager.front(), check, XCB_ATOM_WINDOW) != manager)
-        return false;
-    const auto supported =
-        display_.Words(display_.Root(), display_.Atom(AtomName::NetSupported), XCB_ATOM_ATOM);
-    return std::find(supported.begin(), supported.end(),
-                     display_.Atom(AtomName::NetWmMoveResize)) != supported.end();
+    AskInDrag(manager.front(), AtomName::NetSupportingWmCheck, XCB_ATOM_WINDOW,
+              [this, manager](const Words& named) {
+                  if (named == manager)
+                      HandDragOver();
+                  else
+                      DragByOurselves(pointerTold_);
+              });
 }
 
-void X11Window::HandDragOver(Point startOnRoot) {
+void X11Window::AskInDrag(xcb_window_t window, AtomName property, xcb_atom_t type,
+                          std::function<void(const Words&)> take) {
+    // What is answered after the drag has ended holds for the next one as well.
+    Ask(display_.AskForWords(window, display_.Atom(property), type).sequence,
+        [this, type, take = std::move(take)](const void* reply) {
+            if (drag_ && !drag_->isOurs)
+                take(Display::WordsOf(static_cast<const xcb_get_property_reply_t*>(reply), type));
+        });
+}
+
+void X11Window::HandDragOver() {
+    const Point start = std::exchange(drag_, {})->pointerAtStart;
     // The press made the pointer ours; the manager needs it.
     xcb_ungrab_pointer(display_.Connection(), pressTime_);
     display_.SendToManager(id_.value, AtomName::NetWmMoveResize,
-                           {static_cast<std::uint32_t>(startOnRoot.x),
-                            static_cast<std::uint32_t>(startOnRoot.y), moveByPointer,
-                            XCB_BUTTON_INDEX_1, fromApplication});
+                           {static_cast<std::uint32_t>(start.x),
+                            static_cast<std::uint32_t>(start.y), moveByPointer, XCB_BUTTON_INDEX_1,
+                            fromApplication});
     display_.Flush();
     // The release goes to the manager; for the owner the press ends here.
     isPressed_ = false;
@@ -64,10 +101,15 @@ void X11Window::CancelHandedOverDrag(Point pointer) {
     display_.Flush();
 }
 
+void X11Window::DragByOurselves(Point pointer) {
+    drag_->isOurs = true;
+    DragTo(pointer);
+}
+
 void X11Window::DragTo(Point pointer) {
     const Point place = drag_->placeAtStart + (pointer - drag_->pointerAtStart);
     pointerTold_ = pointer;
-    if (place == place_.Believed())
+    if (!drag_->isOurs || place == place_.Believed())
         return;
     wanted_.onDesktop = place - system_.Origin();
     CommitGeometry(std::chrono::steady_clock::now());

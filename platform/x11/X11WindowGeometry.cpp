@@ -88,14 +88,20 @@ void X11Window::AskForPlace() {
 
 void X11Window::OnPlaceAnswered(const xcb_translate_coordinates_reply_t* reply) {
     const Moment now = std::chrono::steady_clock::now();
-    // A place that was told since may be the younger one.
+    // All that was told until now was the manager's answer to the map; what follows is not.
+    const bool answersMap = std::exchange(answersMap_, false);
+    // A place that was told since is known better: a manager may tell it before it moves the
+    // window.
     if (std::exchange(placeAsked_, {})->actual != place_.Actual()) {
         placeCheckAt_ = now + settleTime;
         return;
     }
-    const bool moved = reply != nullptr && TakePlace({reply->dst_x, reply->dst_y}, now);
-    answersMap_ = false;
-    if (moved)
+    if (reply == nullptr)
+        return;
+    const Point onRoot{reply->dst_x, reply->dst_y};
+    if (answersMap)
+        place_.Acknowledge(onRoot, now);
+    else if (TakePlace(onRoot, now))
         TellContent();
 }
 

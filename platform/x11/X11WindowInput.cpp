@@ -100,7 +100,8 @@ void X11Window::OnRelease(const xcb_button_release_event_t& release) {
         return;
     }
     const std::weak_ptr<const bool> alive = alive_;
-    DragTo(pointer);
+    // Whoever would have moved the window: it goes where the hand has put it.
+    DragByOurselves(pointer);
     if (!alive.expired())
         EndPress(pointer - place_.Believed());
 }

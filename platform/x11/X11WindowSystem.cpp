@@ -57,9 +57,10 @@ std::unique_ptr<X11WindowSystem> X11WindowSystem::Open() {
 
 X11WindowSystem::X11WindowSystem(std::unique_ptr<Display> display)
     : display_(std::move(display)),
-      monitors_(std::make_unique<Monitors>(*display_)),
-      pointer_(std::make_unique<PointerState>(*display_)),
-      questions_(std::make_unique<Questions>(*display_)) {}
+      questions_(std::make_unique<Questions>(*display_)),
+      monitors_(
+          std::make_unique<Monitors>(*display_, *questions_, [this] { TellScreensChanged(); })),
+      pointer_(std::make_unique<PointerState>(*display_)) {}
 
 X11WindowSystem::~X11WindowSystem() = default;
 
@@ -94,11 +95,6 @@ Point X11WindowSystem::PointerOnRoot() {
     return pointer_->OnRoot();
 }
 
-bool X11WindowSystem::IsButtonDownNow() {
-    pointer_->Forget();
-    return pointer_->PrimaryButtonDown();
-}
-
 void X11WindowSystem::Ask(unsigned int sequence, Questions::Answer answer) {
     questions_->Ask(sequence, std::move(answer));
 }
@@ -125,8 +121,7 @@ bool X11WindowSystem::Collect(EventQueue& queue) {
         return false;
     pointer_->Forget();
     display_->Flush();
-    const bool more = CollectEvents(queue);
-    questions_->Collect(queue);
+    const bool more = CollectFromServer(queue);
     const Moment now = std::chrono::steady_clock::now();
     for (const auto& [id, window] : windows_)
         if (window->TakeDue(now))
@@ -144,19 +139,32 @@ bool X11WindowSystem::Collect(EventQueue& queue) {
     return false;
 }
 
-bool X11WindowSystem::CollectEvents(EventQueue& queue) {
+bool X11WindowSystem::CollectFromServer(EventQueue& queue) {
+    if (CollectEvents(queue, Events::FromServer))
+        return true;
+    questions_->TakeIn();
+    // What was received on the way to an answer may have been sent before it.
+    if (CollectEvents(queue, Events::AlreadyReceived))
+        return true;
+    questions_->PostAll(queue);
+    return false;
+}
+
+bool X11WindowSystem::CollectEvents(EventQueue& queue, Events which) {
     using Received = CPointer<xcb_generic_event_t, std::free>;
+    const auto next = which == Events::FromServer ? xcb_poll_for_event : xcb_poll_for_queued_event;
     // Of motions in a row only the last one counts: what is wanted is where the pointer is by now.
     std::optional<X11Event> motion;
     int count = 0;
     for (; count < mostEventsAtOnce; ++count) {
-        const Received received(xcb_poll_for_event(display_->Connection()));
+        const Received received(next(display_->Connection()));
         if (!received)
             break;
         const X11Event event{*received};
         if (motion && !IsMotionOfSameWindow(*motion, event))
             PostEvent(queue, *motion);
         motion.reset();
+        questions_->PostBefore(event, queue);
         if (event.Type() == XCB_MOTION_NOTIFY)
             motion = event;
         else
@@ -177,8 +185,8 @@ void X11WindowSystem::PostEvent(EventQueue& queue, const X11Event& event) {
 void X11WindowSystem::Handle(const X11Event& event) {
     if (X11Window* const window = Find(WindowOf(event)))
         window->Handle(event);
-    else if (monitors_->Notice(event))
-        TellScreensChanged();
+    else
+        monitors_->Handle(event);
 }
 
 void X11WindowSystem::TellScreensChanged() {

@@ -43,27 +43,28 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
 
   private:
     friend class X11Window;
+    enum class Events { FromServer, AlreadyReceived };
 
     explicit X11WindowSystem(std::unique_ptr<Display> display);
     /// Where the main screen's top left is on the root window.
     [[nodiscard]] Point Origin();
     [[nodiscard]] Point PointerOnRoot();
-    /// The same as PrimaryButtonDown, asked anew.
-    [[nodiscard]] bool IsButtonDownNow();
     /// Has the answer to a question that was sent handed over from the loop.
     void Ask(unsigned int sequence, std::function<void(const void* reply)> answer);
     [[nodiscard]] X11Window* Find(std::uint32_t window) const;
     void Forget(std::uint32_t window) { windows_.erase(window); }
 
-    bool CollectEvents(EventQueue& queue);
+    /// Both are true if there may be more.
+    bool CollectFromServer(EventQueue& queue);
+    bool CollectEvents(EventQueue& queue, Events which);
     void PostEvent(EventQueue& queue, const X11Event& event);
     void Handle(const X11Event& event);
     void TellScreensChanged();
 
     std::unique_ptr<Display> display_;
+    std::unique_ptr<Questions> questions_;
     std::unique_ptr<Monitors> monitors_;
     std::unique_ptr<PointerState> pointer_;
-    std::unique_ptr<Questions> questions_;
     std::map<std::uint32_t, X11Window*> windows_;
     std::function<void()> displayLost_;
     bool isLost_ = false;

@@ -6,7 +6,6 @@
 #include "platform/text/TextLayout.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace kqu::drawing {
@@ -70,8 +69,12 @@ void PaintScaled(const ImageCommand& command, const Target& target) {
     for (Pixels top = visible.top; top < visible.bottom; top += step) {
         const Area part{visible.left, top, visible.right, top + step};
         const Area needed = sourceOf(part);
-        if (!Plane::IsInReason(needed))
-            return;
+        if (!Plane::IsInReason(needed)) {
+            // Nothing shows through an image without a mask, even where there is none to be had.
+            if (!image.mask)
+                PaintFill({part, white}, target);
+            continue;
+        }
         const auto scaled = [&](const Plane& plane) {
             return Scaled(*plane.PixelsOf(needed), across, down, part);
         };
@@ -133,7 +136,7 @@ Area Command::Reach() const {
                                  [](const TextCommand& text) {
                                      const Pixels distance = Pixels{TextLayout::reach} * text.size;
                                      return Area{text.x - distance, text.baseline - distance,
-                                                 std::numeric_limits<std::int32_t>::max(),
+                                                 text.x + TextLayout::longest,
                                                  text.baseline + distance};
                                  }},
                       what);

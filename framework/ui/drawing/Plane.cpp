@@ -1,6 +1,7 @@
 #include "framework/ui/drawing/Plane.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace kqu::drawing {
@@ -15,8 +16,8 @@ constexpr int fewLooks = 2;
 constexpr Pixels pixelsPerCommand = 64;
 /// A quarter of a gigabyte.
 constexpr Pixels mostPixels = 1 << 26;
-/// What was drawn over is looked for among so many commands.
-constexpr std::size_t fewEntries = 32;
+/// What was drawn over is looked for among so many commands, the latest.
+constexpr std::ptrdiff_t fewEntries = 32;
 /// Planes that are drawn on planes and so on: further down they are given pixels.
 constexpr int deepest = 16;
 } // namespace
@@ -96,10 +97,14 @@ void Plane::Hide(const Area& filled) {
 // A window is drawn on again and again, control by control, and shows only what came last. A list
 // is drawn once, row by row: its many entries are not searched each time.
 void Plane::DropBelow(const Area& covered) {
-    if (entries_.size() <= fewEntries && std::erase_if(entries_, [&](const Entry& entry) {
-                                             return covered.Covers(entry.reach);
-                                         }) != 0)
+    const auto searched = entries_.end() - std::min(fewEntries, std::ssize(entries_));
+    const auto kept = std::remove_if(
+        searched, entries_.end(), [&](const Entry& entry) { return covered.Covers(entry.reach); });
+    if (kept == entries_.end())
+        return;
+    if (latestFill_ && std::cmp_greater_equal(*latestFill_, searched - entries_.begin()))
         latestFill_.reset();
+    entries_.erase(kept, entries_.end());
 }
 
 void Plane::Rasterise() const {

@@ -1,5 +1,6 @@
 #include "framework/ui/Picture.h"
 
+#include "framework/ui/drawing/Plane.h"
 #include "framework/values/Exceptions.h"
 #include "tests/support/Artwork.h"
 
@@ -193,7 +194,7 @@ TEST(Picture, RecordedDrawingShowsTheSamePixelsAsDirectDrawing) {
         const std::vector<Ref<Picture>> targets = Canvases(340, 300);
         const Ref<Picture> shown = Flat(200, 100, black);
         RandomDrawing drawing(seed);
-        for (int step = 0; step < 25; ++step)
+        for (int step = 0; step < 60; ++step)
             drawing.Draw(targets);
         shown->Graphics().DrawPicture(*targets[1], -60, -90);
         for (int y = 0; y < 100; ++y)
@@ -234,12 +235,33 @@ TEST(Picture, MayBeFarLargerThanMemory) {
     EXPECT_EQ(At(shown, 0, 145), colour(999));
     EXPECT_EQ(At(list, most - 1, 999 * 73 + 1000), colour(999));
     EXPECT_EQ(At(list, 5, most - 1), white);
-    // Scaling it as a whole would take more than there is: whatever comes, nothing breaks.
-    shown->Graphics().DrawPicture(*list, 0, 0, 340, 146);
+    // Scaling it as a whole would take more than there is: it hides what is below all the same.
+    for (const Ref<Picture>& target : Canvases(340, 146)) {
+        target->Graphics().FillRect(0, 0, 340, 146);
+        target->Graphics().DrawPicture(*list, 0, 0, 340, 145);
+        EXPECT_EQ(At(target, 0, 144), white);
+        EXPECT_EQ(At(target, 0, 145), black);
+    }
     const Ref<Picture> masked = NewPicture(most, 3, 32);
     MaskOf(masked)->Graphics().FillRect(0, 0, most, 3);
     shown->Graphics().DrawPicture(*masked, 0, 0);
     EXPECT_EQ(At(shown, 339, 2), white);
+}
+
+TEST(Picture, ALongRecordOfCommandsIsNotMadeIntoPixelsByWhatIsDrawnOver) {
+    drawing::Plane plane(300, 300);
+    const drawing::Area place = drawing::Area::Of(10, 10, 1, 1);
+    const auto fill = [&](drawing::Pixels line, drawing::Pixel colour) {
+        plane.Draw({drawing::FillCommand{drawing::Area::Of(0, line, 150, 1), colour}},
+                   plane.Bounds());
+    };
+    for (drawing::Pixel line = 0; line < 300; ++line)
+        fill(line, line);
+    for (drawing::Pixel round = 0; round < 3000; ++round)
+        fill(290 + round % 10, round);
+    EXPECT_EQ(plane.PixelsOf(place)->Bounds(), place);
+    EXPECT_EQ(plane.At(10, 10), 10U);
+    EXPECT_EQ(plane.At(10, 299), 2999U);
 }
 
 TEST(Picture, TextStandsOnItsBaselineInItsColour) {

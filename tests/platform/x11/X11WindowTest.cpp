@@ -119,6 +119,15 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
         std::memcpy(&pixel, xcb_get_image_data(image.get()), sizeof pixel);
         return pixel & 0xFFFFFF;
     }
+    void CoverAndExpose() const {
+        const xcb_window_t cover = xcb_generate_id(looker.get());
+        const std::uint32_t background = 0x010203;
+        xcb_create_window(looker.get(), 0, cover, root, 90, 40, 400, 400, 0, 1, 0,
+                          XCB_CW_BACK_PIXEL, &background);
+        xcb_map_window(looker.get(), cover);
+        EXPECT_EQ(PixelAt(200, 100), background);
+        xcb_destroy_window(looker.get(), cover);
+    }
     void Configure(const Rect& to) const {
         const int values[] = {to.x, to.y, to.width, to.height};
         xcb_configure_window(looker.get(), id, 0x0F, values);
@@ -157,6 +166,8 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     void CloseRequested() override {}
     Size FrameExtent() override { return extent; }
     Frame CurrentFrame(int top, int height) override {
+        if (top > 0 && inMidUpdate)
+            inMidUpdate();
         return {pixels.data() + static_cast<std::ptrdiff_t>(top) * extent.width, extent.width,
                 std::min(height, extent.height - top), extent.width};
     }
@@ -170,6 +181,7 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     Size extent;
     std::vector<std::function<void()>> queue;
     std::vector<Rect> told;
+    std::function<void()> inMidUpdate;
     std::unique_ptr<NativeWindow> window;
     xcb_window_t id = 0;
 };
@@ -179,13 +191,7 @@ TEST_F(X11WindowTest, ItsPixelsAreThereAtOnceWhileTheProgramSleeps) {
     window->Commit();
     Await([this] { return IsViewable(); }, false);
     EXPECT_EQ(PixelAt(439, 122), 0x3366CCU);
-    const xcb_window_t cover = xcb_generate_id(looker.get());
-    const std::uint32_t background = 0x010203;
-    xcb_create_window(looker.get(), 0, cover, root, 90, 40, 400, 400, 0, 1, 0, XCB_CW_BACK_PIXEL,
-                      &background);
-    xcb_map_window(looker.get(), cover);
-    EXPECT_EQ(PixelAt(200, 100), background);
-    xcb_destroy_window(looker.get(), cover);
+    CoverAndExpose();
     EXPECT_EQ(PixelAt(200, 100), 0x3366CCU);
 
     Resize({400, 146});
@@ -200,6 +206,28 @@ TEST_F(X11WindowTest, ItsPixelsAreThereAtOnceWhileTheProgramSleeps) {
     RoundTrip();
     EXPECT_EQ(PixelAt(120, 69), 0xFF0000U);
     EXPECT_EQ(PixelAt(120, 70), 0x00FF00U);
+}
+
+TEST_F(X11WindowTest, WhatIsExposedInMidUpdateIsTheFormerFrame) {
+    Appear();
+    const auto shown = [this] {
+        return Words{PixelAt(200, 51), PixelAt(200, 85), PixelAt(200, 122)};
+    };
+    int exposures = 0;
+    inMidUpdate = [&] {
+        // The server has what was put until now.
+        static_cast<void>(system->Collect(*this));
+        static_cast<void>(system->PointerPosition());
+        CoverAndExpose();
+        EXPECT_EQ(shown(), Words(3, 0x3366CC));
+        ++exposures;
+    };
+    Fill(0x00FF00, 0, content.height);
+    window->Commit();
+    EXPECT_GT(exposures, 0);
+    inMidUpdate = nullptr;
+    RoundTrip();
+    EXPECT_EQ(shown(), Words(3, 0x00FF00));
 }
 
 TEST_F(X11WindowTest, WhatAManagerReadsIsWrittenBeforeWhatItActsOn) {
@@ -252,6 +280,46 @@ TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
     }
 }
 
+TEST_F(X11WindowTest, OnlyWhatIsToldBeforeTheManagerCanHaveFinishedIsItsAnswerToTheMap) {
+    Appear();
+    xcb_grab_server(looker.get());
+    Sync();
+    RunFor(300ms);
+    Configure({7, 8, 340, 73});
+    xcb_ungrab_server(looker.get());
+    Sync();
+    RunFor(50ms);
+    EXPECT_TRUE(told.empty());
+    Configure({30, 40, 340, 73});
+    Await([this] { return told == std::vector<Rect>{{30, 40, 340, 73}}; });
+}
+
+TEST_F(X11WindowTest, AnAnswerComesInItsPlaceAmongTheEvents) {
+    const xcb_atom_t state = Atom("WM_STATE");
+    const std::uint32_t iconic = 3;
+    Appear();
+    RunFor(300ms);
+    xcb_grab_server(looker.get());
+    xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, state, state, 32, 1, &iconic);
+    Sync();
+    RunFor(50ms);
+    // More than are taken in at once.
+    for (int x = 1; x <= 300; ++x)
+        Configure({x, 8, 340, 73});
+    xcb_ungrab_server(looker.get());
+    Sync();
+    // Waits for what comes behind all that.
+    static_cast<void>(system->PointerPosition());
+    Await(
+        [this] {
+            Round();
+            return window->IsCollapsed() || told.size() == 300;
+        },
+        false);
+    EXPECT_EQ(told.size(), 300U);
+    Await([this] { return window->IsCollapsed(); });
+}
+
 TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
     const xcb_atom_t state = Atom("WM_STATE");
     Appear();
@@ -264,6 +332,11 @@ TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
     xcb_reparent_window(looker.get(), id, frame, 0, 0);
     xcb_grab_server(looker.get());
     Configure({7, 8, 340, 73});
+    xcb_configure_notify_event_t changed{};
+    changed.response_type = XCB_CONFIGURE_NOTIFY;
+    changed.window = root;
+    xcb_send_event(looker.get(), 0, root, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&changed));
     for (const std::uint32_t value : {3U, 1U, 3U})
         xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, state, state, 32, 1, &value);
     Sync();
