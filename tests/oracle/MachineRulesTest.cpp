@@ -84,7 +84,8 @@ TEST(MachineRules, FlavourOfTheSuite) {
     SimulatedMachine machine;
     machine.WriteFile(preferences, "there");
     unsigned siblings = 0;
-    const unsigned cases = ForCases(1200, [&](Random& random) {
+    constexpr unsigned cases = 1200;
+    ForCases(cases, [&](Random& random) {
         const Texts ends = {"\n", "\r", "\r\n", "\n", "\r", " \n", "", "\n\n"};
         const auto mostly = [&](const std::string& usual) {
             return random.OneIn(12) ? random.Text(oddPieces, 3) : usual;

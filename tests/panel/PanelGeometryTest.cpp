@@ -21,12 +21,6 @@ class PanelGeometry : public testing::Test {
         machine.root / "home/.config/com.brackwater.KQU_Messenger.plist";
 };
 
-TEST_F(PanelGeometry, ThePlaceIsTheMiddleOfANarrowScreenAsWell) {
-    machine.windows.screens = {{0, 0, 321, 800}};
-    machine.Start();
-    EXPECT_EQ(machine.windows.window->content, (platform::Rect{-9, 42, 340, 73}));
-}
-
 TEST_F(PanelGeometry, TheFileIsReplacedAndNotWrittenOver) {
     machine.Start();
     MoveTo(100, 100);

@@ -132,27 +132,10 @@ void SimulatedWindows::Press(platform::Point onDesktop) {
     });
 }
 
-void SimulatedWindows::MoveTo(platform::Point onDesktop) {
-    if (pointer == onDesktop)
-        return;
-    pointer = onDesktop;
-    if (buttonDown)
-        Inject([this](platform::NativeWindowOwner& told) {
-            told.PointerMoved({pointer.x - window->content.x, pointer.y - window->content.y});
-        });
-}
-
 void SimulatedWindows::Release() {
     buttonDown = false;
     Inject([this](platform::NativeWindowOwner& told) {
         told.ButtonReleased({pointer.x - window->content.x, pointer.y - window->content.y});
-    });
-}
-
-void SimulatedWindows::Wheel(platform::Point onDesktop, int deltaX, int deltaY) {
-    Inject([=, this](platform::NativeWindowOwner& told) {
-        told.WheelTurned({onDesktop.x - window->content.x, onDesktop.y - window->content.y}, deltaX,
-                         deltaY);
     });
 }
 
@@ -161,10 +144,6 @@ void SimulatedWindows::ChangeFromOutside(const platform::Rect& content) {
         window->content = content;
         told.ContentChanged(content);
     });
-}
-
-void SimulatedWindows::RequestClose() {
-    Inject([](platform::NativeWindowOwner& told) { told.CloseRequested(); });
 }
 
 void SimulatedWindows::LoseDisplay() {

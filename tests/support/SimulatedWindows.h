@@ -74,12 +74,9 @@ class SimulatedWindows final : public platform::WindowSystem, public platform::E
 
     // The user's hand; positions are on the desktop. Events arrive with the next round.
     void Press(platform::Point onDesktop);
-    void MoveTo(platform::Point onDesktop);
     void Release();
-    void Wheel(platform::Point onDesktop, int deltaX, int deltaY);
-    /// The window manager moves or resizes the window, or asks it to close.
+    /// The window manager moves or resizes the window.
     void ChangeFromOutside(const platform::Rect& content);
-    void RequestClose();
     void LoseDisplay();
     void Inject(std::function<void(platform::NativeWindowOwner&)> event);
 

@@ -142,24 +142,6 @@ TEST_F(EventLoopTest, NestingIsBoundedAndNothingIsLost) {
     EXPECT_EQ(deepest, EventLoop::maximumDepth);
 }
 
-TEST_F(EventLoopTest, NothingIsDispatchedAfterQuitAtAnyDepth) {
-    LoopTimer timer(loop, [&] { order.emplace_back("timer"); });
-    timer.Start(1ms, LoopTimer::Repeat::Always);
-    loop.Post([&] {
-        loop.DoEvents();
-        waiting.Pass(1s);
-        loop.DoEvents();
-        order.emplace_back("outer unwinds");
-    });
-    loop.Post([&] {
-        loop.Quit();
-        order.emplace_back("quits, and goes on to its end");
-    });
-    loop.Post([&] { order.emplace_back("never"); });
-    loop.Run();
-    EXPECT_EQ(order, (std::vector<std::string>{"quits, and goes on to its end", "outer unwinds"}));
-}
-
 TEST_F(EventLoopTest, ExceptionsReachTheirHandlerFromEveryDepthAndUnwindNobodyElse) {
     loop.SetExceptionHandler([&](const std::exception_ptr& error) {
         try {
@@ -178,14 +160,6 @@ TEST_F(EventLoopTest, ExceptionsReachTheirHandlerFromEveryDepthAndUnwindNobodyEl
     timer.Start(1ms, LoopTimer::Repeat::Once);
     RunFor(1s);
     EXPECT_EQ(order, (std::vector<std::string>{"inner", "outer goes on", "outer", "timer"}));
-}
-
-TEST_F(EventLoopTest, SleepsUntilSomethingIsDue) {
-    LoopTimer timer(loop, [] {});
-    timer.Start(500ms, LoopTimer::Repeat::Always);
-    RunFor(10s);
-    // Twenty firings and the end: no wake-up without a reason.
-    EXPECT_LE(waiting.WakeUps(), 21U);
 }
 
 } // namespace
