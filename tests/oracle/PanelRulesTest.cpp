@@ -1,8 +1,8 @@
 #include "framework/values/Exceptions.h"
-#include "platform/functions/Functions.h"
-#include "tests/oracle/Differences.h"
+#include "tests/oracle/Rules.h"
 #include "tests/oracle/Random.h"
 #include "tests/support/Artwork.h"
+#include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
 
@@ -12,56 +12,6 @@ namespace kqu::oracle {
 namespace {
 
 using namespace simulation;
-
-// Rows go, and a user's hand is on the panel, in the random lives.
-TEST(PanelRules, SizesOverWholeHistories) {
-    ForCases(50, [](Random& random) {
-        SimulatedMachine machine;
-        machine.windows.echo = random.OneIn(2) ? SizeEcho::AtOnce : SizeEcho::Never;
-        platform::Point dragged;
-        machine.functions.Set<functions::DragWindow>(
-            [&](platform::NativeWindow*, platform::Point start, auto) { dragged = start; });
-        machine.Start();
-        Window1& panel = machine.Panel();
-        Panel expected;
-        expected.left = DefaultPlace(1280, 340).left;
-        expected.top = DefaultPlace(1280, 340).top;
-        expected.Resize(340, 185, false, true, 0);
-        int rows = 0, screenHeight = 800;
-        for (int event = 0; event < 40 && !testing::Test::HasFailure(); ++event) {
-            const int kind = random.Between(0, 4);
-            SCOPED_TRACE(testing::Message() << "event of kind " << kind);
-            if (kind < 2) {
-                panel.DiskNotification_Received(
-                    CFString::Make("KQS_disk." + std::to_string(++rows)), CFString::Make("KQMS"),
-                    CFDictionary::Make({}));
-                expected.RowCame(rows, screenHeight);
-            } else if (kind == 2) {
-                const int width = random.Of<int>({269, 270, 271, 499, 500, 501, 340, -7, 1000000});
-                const int height = expected.height +
-                                   random.Of<int>({0, 36, 37, -36, -37, 73, -73, 900}) +
-                                   (random.OneIn(4) ? random.Between(-90, 90) : 0);
-                const bool exact = random.OneIn(3), force = random.OneIn(2);
-                panel.ChangeWindowSize(width, height, exact, force);
-                expected.Resize(width, height, exact, force, rows);
-            } else if (kind == 3) {
-                const int x = random.Between(0, 400), y = random.Between(0, 200);
-                panel.SetLeft(expected.left = random.Between(-70000, 70000));
-                panel.SetTop(expected.top = random.Between(-70000, 70000));
-                EXPECT_FALSE(panel.Event_MouseDown(x, y));
-                const platform::Point start{static_cast<std::int16_t>(expected.left + x),
-                                            static_cast<std::int16_t>(expected.top + y)};
-                EXPECT_EQ(dragged, start);
-            } else {
-                // About where one more row just fits, or not.
-                panel.SetTop(expected.top = random.Between(0, 100));
-                screenHeight = expected.top + expected.height + 73 + random.Between(-2, 1);
-                machine.windows.screens = {{0, 0, 1280, screenHeight}};
-            }
-            EXPECT_EQ(Difference(machine, expected, rows, Module1.ParentIsMarlstone), "");
-        }
-    });
-}
 
 Colour ColourOf(char letter) {
     return letter == ' ' ? RGB(255, 255, 255) : RGB(0, letter * 37 % 256, 255 - letter * 37 % 256);

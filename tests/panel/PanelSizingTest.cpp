@@ -24,6 +24,17 @@ TEST(PanelSizing, ScreenUpdatesAreShownAsOneChange) {
     EXPECT_EQ(machine.windows.window->presents, before + 1);
 }
 
+TEST(PanelSizing, ADragBeginsAtThePointerWithinSixteenBits) {
+    SimulatedMachine machine;
+    machine.Start();
+    for (const auto& [left, start] : {std::pair{-70000, -4434}, {100, 130}, {32767, -32739}}) {
+        machine.Panel().SetLeft(left);
+        machine.windows.calls.clear();
+        EXPECT_FALSE(machine.Panel().Event_MouseDown(30, 8));
+        EXPECT_EQ(machine.windows.calls.back(), "drag " + std::to_string(start) + " 50");
+    }
+}
+
 TEST(PanelSizing, TheScrollBarGoesByPagesOfTwentyRows) {
     SimulatedMachine machine;
     machine.windows.screens = {{0, 0, 1280, 120}};
