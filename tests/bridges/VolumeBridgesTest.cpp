@@ -38,19 +38,12 @@ TEST_F(VolumeBridgesTest, ATextComesWholeOrNotAtAllAndIsReleasedOnlyThen) {
 }
 
 TEST_F(VolumeBridgesTest, TheDiskOfAVolumeIsNamedAndTheTextReleased) {
-    std::int32_t copied = 0;
-    const auto copy = *machine.functions.Find<functions::FSCopyDiskIDForVolume>();
-    machine.functions.Set<functions::FSCopyDiskIDForVolume>(
-        [&](std::int32_t volume, std::int32_t* text) {
-            const auto status = copy(volume, text);
-            copied = *text;
-            return status;
-        });
-    const std::int32_t photos = Volume(1)->MacVRefNum();
-    EXPECT_EQ(GetBSDNameForVRef(photos, true), "sdb1");
-    EXPECT_EQ(machine.handles.Text(copied), nullptr);
-    EXPECT_EQ(GetBSDNameForVRef(photos, false), "sdb1");
-    EXPECT_NE(machine.handles.Text(copied), nullptr);
+    for (const bool release : {true, false}) {
+        // Handles are numbered as they come.
+        const std::int32_t copied = machine.handles.AddText("") + 1;
+        EXPECT_EQ(GetBSDNameForVRef(Volume(1)->MacVRefNum(), release), "sdb1");
+        EXPECT_EQ(machine.handles.Text(copied) == nullptr, release);
+    }
     EXPECT_EQ(GetBSDNameForVRef(4711, true), "");
 }
 

@@ -1,6 +1,6 @@
 #include "framework/values/Exceptions.h"
-#include "tests/oracle/Rules.h"
 #include "tests/oracle/Random.h"
+#include "tests/oracle/Rules.h"
 #include "tests/support/Artwork.h"
 #include "tests/support/SimulatedMachine.h"
 
