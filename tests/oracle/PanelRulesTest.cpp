@@ -1,8 +1,7 @@
 #include "framework/values/Exceptions.h"
+#include "tests/oracle/Differences.h"
 #include "tests/oracle/Random.h"
-#include "tests/oracle/Rules.h"
 #include "tests/support/Artwork.h"
-#include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +11,36 @@ namespace kqu::oracle {
 namespace {
 
 using namespace simulation;
+
+// What rows and a user's hand lead to is in the random lives.
+TEST(PanelRules, SizesThatAreAskedFor) {
+    ForCases(40, [](Random& random) {
+        SimulatedMachine machine;
+        machine.windows.echo = random.OneIn(2) ? SizeEcho::AtOnce : SizeEcho::Never;
+        machine.Start();
+        Panel expected;
+        const PanelPlace place = DefaultPlace(1280, 340);
+        expected.left = place.left;
+        expected.top = place.top;
+        expected.Resize(340, 185, false, true, 0);
+        const int rows = random.Between(0, 12);
+        for (int row = 1; row <= rows; ++row) {
+            machine.PostScanner("KQS_disk." + std::to_string(row), "10");
+            machine.Advance();
+            expected.RowCame(row, 800);
+        }
+        for (int event = 0; event < 40 && !testing::Test::HasFailure(); ++event) {
+            const int width = random.Of<int>({269, 270, 271, 499, 500, 501, 340, -7, 1000000});
+            const int height = expected.height +
+                               random.Of<int>({0, 36, 37, -36, -37, 73, -73, 900}) +
+                               (random.OneIn(4) ? random.Between(-90, 90) : 0);
+            const bool exact = random.OneIn(3), force = random.OneIn(2);
+            machine.Panel().ChangeWindowSize(width, height, exact, force);
+            expected.Resize(width, height, exact, force, rows);
+            EXPECT_EQ(Difference(machine, expected, rows, Module1.ParentIsMarlstone), "");
+        }
+    });
+}
 
 Colour ColourOf(char letter) {
     return letter == ' ' ? RGB(255, 255, 255) : RGB(0, letter * 37 % 256, 255 - letter * 37 % 256);

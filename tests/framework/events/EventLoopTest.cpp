@@ -73,6 +73,16 @@ TEST_F(EventLoopTest, TimersFireInTheOrderOfTheirDueTimesAndNeverEarly) {
     EXPECT_FALSE(slow.IsRunning());
 }
 
+TEST_F(EventLoopTest, TimersThatAreDueByThenFireInTheOrderOfTheirDueTimes) {
+    LoopTimer late(loop, [&] { order.emplace_back("late"); });
+    LoopTimer early(loop, [&] { order.emplace_back("early"); });
+    late.Start(2s, LoopTimer::Repeat::Once);
+    early.Start(1s, LoopTimer::Repeat::Once);
+    waiting.Pass(5s);
+    loop.DoEvents();
+    EXPECT_EQ(order, (std::vector<std::string>{"early", "late"}));
+}
+
 TEST_F(EventLoopTest, RepeatingTimerKeepsItsPhaseAndCollapsesMissedPeriods) {
     std::vector<double> fired;
     LoopTimer timer(loop, [&] {
@@ -140,6 +150,24 @@ TEST_F(EventLoopTest, NestingIsBoundedAndNothingIsLost) {
     RunFor(1s);
     EXPECT_EQ(delivered, 1000);
     EXPECT_EQ(deepest, EventLoop::maximumDepth);
+}
+
+TEST_F(EventLoopTest, NothingIsDispatchedAfterQuitAtAnyDepth) {
+    LoopTimer timer(loop, [&] { order.emplace_back("timer"); });
+    timer.Start(1ms, LoopTimer::Repeat::Always);
+    loop.Post([&] {
+        loop.DoEvents();
+        waiting.Pass(1s);
+        loop.DoEvents();
+        order.emplace_back("outer unwinds");
+    });
+    loop.Post([&] {
+        loop.Quit();
+        order.emplace_back("quits, and goes on to its end");
+    });
+    loop.Post([&] { order.emplace_back("never"); });
+    loop.Run();
+    EXPECT_EQ(order, (std::vector<std::string>{"quits, and goes on to its end", "outer unwinds"}));
 }
 
 TEST_F(EventLoopTest, ExceptionsReachTheirHandlerFromEveryDepthAndUnwindNobodyElse) {
