@@ -62,21 +62,9 @@ void SimulatedWindow::Show() {
     system_.calls.emplace_back("show");
 }
 
-void SimulatedWindow::Hide() {
-    shown = false;
-}
-
-void SimulatedWindow::UpdateDockTile() {
-    ++tileUpdates;
-}
-
 void SimulatedWindow::BeginDrag(platform::Point start) {
     ++drags;
     system_.calls.push_back("drag" + Numbers({start.x, start.y}));
-}
-
-void SimulatedWindow::Present(const platform::Rect& changed) {
-    marked_ = platform::Union(marked_, changed);
 }
 
 void SimulatedWindow::Commit() {

@@ -29,11 +29,13 @@ class SimulatedWindow final : public platform::NativeWindow {
     void ChangeAttributes(std::uint32_t set, std::uint32_t clear) override;
     void SetAlpha(float alpha) override;
     void Show() override;
-    void Hide() override;
+    void Hide() override { shown = false; }
     [[nodiscard]] bool IsCollapsed() override { return collapsed; }
-    void UpdateDockTile() override;
+    void UpdateDockTile() override { ++tileUpdates; }
     void BeginDrag(platform::Point start) override;
-    void Present(const platform::Rect& changed) override;
+    void Present(const platform::Rect& changed) override {
+        marked_ = platform::Union(marked_, changed);
+    }
     void Commit() override;
 
     /// What a person would see: shown, and not transparent.
