@@ -54,14 +54,6 @@ class Power(DesktopTest):
         self.panel.wait_hidden()
         self.wait_modes("delay", timeout=PROMPTLY)
 
-    def test_the_delay_is_let_go_for_the_sleep_and_taken_anew_after_it(self):
-        self.start_row()
-        self.wait_modes("block", "delay")
-        self.logind.emit("PrepareForSleep", "b", True)
-        self.wait_modes("block", timeout=PROMPTLY)
-        self.logind.emit("PrepareForSleep", "b", False)
-        self.wait_modes("block", "delay", timeout=PROMPTLY)
-
     def test_the_locks_come_back_with_a_bus_that_went_away(self):
         self.start_row()
         self.wait_modes("block", "delay")

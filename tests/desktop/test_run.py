@@ -294,15 +294,6 @@ class RunTest(RunCase):
         told = self.run_shown("--verbose", "sleep", "0.3").stderr.decode()
         self.assertRegex(told, rf"\Akqu-run: no {KIND} bus: [^\n]+\n\Z")
 
-    def test_help_and_manual_know_every_option(self):
-        shown = self.run_shown("--help")
-        manual = (ROOT / "post" / "kqu-run" / "kqu-run.1").read_text().replace("\\-", "-")
-        for word in ("--after", "--tool", "--volume", "--destination", "--name", "--system",
-                     "--no-start", "--verbose", "--help", "--version", "rsync", "restic", "125"):
-            self.assertIn(word, shown.stdout.decode())
-            self.assertIn(word, manual)
-        self.assertRegex(self.run_shown("--version").stdout.decode(), r"\Akqu-run \d+\.\d+\.\d+\n\Z")
-
 
 class TerminalTest(RunCase):
     """With a shell on a terminal, as a user works."""

@@ -171,7 +171,7 @@ class StartByRoot(StartTest):
         self.post(1, "--system", prefix=prefix)
         self.panel.wait_visible()
         running = self.started()
-        self.assertEqual(ProcessFacts(*running).uids(), [NOBODY] * 4)
+        self.assertEqual(ProcessFacts(*running).ids("Uid"), [NOBODY] * 4)
         job = self.desktop.start_job()
         self.desktop.post_by("kqu-post", "KQS_disk.2", "scanner", {"PID": job.pid},
                              self.desktop.system_bus)

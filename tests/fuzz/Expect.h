@@ -1,8 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <string_view>
 
 namespace kqu::fuzz {
@@ -16,20 +16,7 @@ inline void Expect(bool holds, const char* file = __builtin_FILE(), int line = _
 }
 
 [[nodiscard]] inline bool IsAscii(std::string_view text) {
-    for (const char c : text)
-        if (static_cast<unsigned char>(c) >= 0x80)
-            return false;
-    return true;
-}
-
-[[nodiscard]] inline char LowerAscii(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
-[[nodiscard]] inline std::string LowerAscii(std::string text) {
-    for (char& c : text)
-        c = LowerAscii(c);
-    return text;
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= 0; });
 }
 
 } // namespace kqu::fuzz

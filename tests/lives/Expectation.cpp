@@ -212,14 +212,9 @@ void Expectation::Notified(const platform::PostedNotification& posted) {
             row = rows_.insert(row, {name, {}});
             Sized(panel_.RowCame(Count(), world_.machine.windows.screens[0].height));
         }
-        oracle::Wire wire;
-        for (const auto& [key, value] : *posted.userInfo) {
-            const auto* text = std::get_if<std::string>(&value);
-            wire[key] = text != nullptr ? std::optional(*text) : std::nullopt;
-        }
         const auto* tool = std::get_if<std::string>(&*posted.object);
         if ((isNew || LetsThrough()) && tool != nullptr)
-            oracle::TakeIn(row->second, *tool, wire, Disks());
+            oracle::TakeIn(row->second, *tool, oracle::SentIn(*posted.userInfo), Disks());
         panel_.lastCount = Count();
         if (isNew)
             StartPumping(Pump::NewRow);

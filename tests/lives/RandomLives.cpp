@@ -15,10 +15,10 @@
 
 // Random whole lives of the program on the simulated machine:
 //
-//   kqu_lives [--seed N] [--lives N] [--seconds N] [--events N] [--play FILE]
+//   kqu_lives [--seed N] [--lives N] [--seconds N] [--play FILE]
 //
-// plays the lives of the seeds from N on, or from a random one, until as many lives, seconds or
-// events have passed as are wanted (one life if nothing is said). The first life with a fault is
+// plays the lives of the seeds from N on, or from a random one, until as many lives or seconds
+// have passed as are wanted (one life if nothing is said). The first life with a fault is
 // told, shrunk and written to a file that --play plays. Exit status 1 then, 2 for a wrong use.
 
 namespace kqu::lives {
@@ -85,18 +85,13 @@ int PlaySeeds(const Wanted& wanted) {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
     const auto passed = [&] { return std::chrono::duration<double>(Clock::now() - start).count(); };
-    const auto reached = [&](const char* option, double count) {
-        const auto limit = static_cast<double>(wanted.at(option));
-        return limit > 0 && count >= limit;
-    };
-    const std::uint64_t first = wanted.at("--seed");
+    const std::uint64_t first = wanted.at("--seed"), seconds = wanted.at("--seconds");
     const Report report = Watched([&](Report& told) {
         for (told.seed = first;; ++told.seed) {
             alarm(patience);
             Play(MakeLife(told.seed), told);
-            if (!told.IsGood() || reached("--lives", static_cast<double>(told.lives)) ||
-                reached("--events", static_cast<double>(told.events)) ||
-                reached("--seconds", passed()))
+            if (!told.IsGood() || told.lives == wanted.at("--lives") ||
+                (seconds > 0 && passed() >= static_cast<double>(seconds)))
                 return;
         }
     });
@@ -109,8 +104,7 @@ int PlaySeeds(const Wanted& wanted) {
 }
 
 int Run(int count, char** arguments) {
-    Wanted wanted{
-        {"--seed", std::random_device()()}, {"--lives", 0}, {"--events", 0}, {"--seconds", 0}};
+    Wanted wanted{{"--seed", std::random_device()()}, {"--lives", 0}, {"--seconds", 0}};
     for (int i = 1; i < count; i += 2) {
         const std::string option = arguments[i];
         const std::string value = i + 1 < count ? arguments[i + 1] : "";
@@ -121,7 +115,7 @@ int Run(int count, char** arguments) {
             std::from_chars(value.data(), end, wanted[option]).ptr != end)
             throw std::runtime_error("not understood: " + option + " " + value);
     }
-    if (wanted["--lives"] + wanted["--seconds"] + wanted["--events"] == 0)
+    if (wanted["--lives"] + wanted["--seconds"] == 0)
         wanted["--lives"] = 1;
     return PlaySeeds(wanted);
 }

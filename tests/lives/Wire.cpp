@@ -11,9 +11,10 @@ using Texts = std::vector<std::string>;
 const Texts processes{"11", "12",   "13",  "14", "15", "16",         "17",   "18", "19",
                       "20", "11",   "12",  "13", "14", "15",         "16",   "17", "18",
                       "21", "1.75", "abc", "",   "-1", "4294967297", "1e300"};
-const Texts numbers{"0",  "250",   "500",   "1000",  "1500",  "999.96", "-10",  "-1",    "abc",
-                    "",   " 33.3", "12abc", "1e3",   "1e300", "nan",    "inf",  "1e999", "0x10",
-                    "+7", "4.5.6", "-0",    "1,000", "0.3",   "37.6",   "99.7", "-1e300"};
+const Texts numbers{"0",     "250",    "500",   "1000",   "1500", "999.96", "-10", "-1",
+                    "abc",   "",       " 33.3", "12abc",  "1e3",  "1e300",  "nan", "inf",
+                    "1e999", "0x10",   "+7",    "4.5.6",  "-0",   "1,000",  "0.3", "37.6",
+                    "99.7",  "-1e300", "456",   "999.94", "4.9",  "20000"};
 
 /// The last two are of a wrong case, and mean nothing to anybody.
 const std::pair<const char*, Texts> wireKeys[wireKeyCount]{
@@ -21,8 +22,9 @@ const std::pair<const char*, Texts> wireKeys[wireKeyCount]{
     {"Extra", {"sleep", "shutdown", "Sleep", "", "restart"}},
     {"BSD", {"sda1", "SDB1", "sdc1", "", "disk9", "dm-7"}},
     {"Progress", numbers},
-    {"VolName", {"Data", "", "Ärger \xF0\x9F\x92\xBE", std::string(300, 'v')}},
-    {"Item", {"/srv/a.bin", "", std::string(2000, '/')}},
+    {"VolName",
+     {"Data", "", "Ärger \xF0\x9F\x92\xBE", std::string(300, 'v'), "\xFF\r<b>日 &amp;%s"}},
+    {"Item", {"/srv/a.bin", "", "\n//\u0394:\xFF", std::string(2000, '/')}},
     {"ScanType", {"0", "1", "", "00"}},
     {"status", {"Defragmenting", "check", "CHECKing the defrag", "", "Copying"}},
     {"Type", {"4", "0", "4.9", "abc"}},

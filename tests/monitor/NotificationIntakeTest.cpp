@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <iterator>
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace kqu {
@@ -45,6 +44,10 @@ TEST_F(NotificationIntakeTest, ANewRowIsFinishedBeforeThePanelComesIntoView) {
 }
 
 TEST_F(NotificationIntakeTest, AnUpdateChangesTheTableAndDrawsNothing) {
+    machine.Advance(1s);
+    machine.windows.calls.clear();
+    machine.Advance(2s);
+    EXPECT_TRUE(machine.windows.calls.empty()) << "without rows nothing is repainted";
     Post("KQS_disk.1", "KQMS", {{"Item", "one"}});
     machine.Advance(600ms);
     machine.windows.calls.clear();
@@ -55,20 +58,6 @@ TEST_F(NotificationIntakeTest, AnUpdateChangesTheTableAndDrawsNothing) {
     EXPECT_TRUE(machine.windows.calls.empty());
     machine.Advance(500ms);
     EXPECT_EQ(machine.windows.calls, std::vector<std::string>{"present 340 73"});
-}
-
-TEST_F(NotificationIntakeTest, RegistersThreeTimesAndHearsEveryNotificationOnce) {
-    EXPECT_EQ(machine.centre.listeners, 1);
-    Post("KQS_disk.1", "KQBackup", {{"Progress", "10"}});
-    int received = 0;
-    auto& control = *machine.Panel().DiskNotification;
-    const auto handler = control.Received;
-    control.Received = [&](const auto& name, const auto& object, const auto& userInfo) {
-        ++received;
-        handler(name, object, userInfo);
-    };
-    Post("KQS_disk.1", "KQBackup", {{"Progress", "20"}});
-    EXPECT_EQ(received, 1);
 }
 
 TEST_F(NotificationIntakeTest, BeforeTheOpeningIsDoneNothingIsTakenIn) {
@@ -91,27 +80,19 @@ TEST_F(NotificationIntakeTest, ALookupFileThatCannotBeOpenedEndsTheProgram) {
     EXPECT_TRUE(machine.HasEnded());
 }
 
-TEST(WireValues, AValueThatIsNoTextEndsTheProgramOnlyIfItIsRead) {
-    // Keys of other tools and of another case are not read, nor is the presence-only key, nor the
-    // fork's progress outside the defragmenting phase.
-    const std::tuple<const char*, const char*, bool> cases[] = {
-        {"KQMS", "PID", true},       {"KQMS", "Progress", true},
-        {"KQMS", "ScanType", true},  {"KQMS", "VolName", true},
-        {"KQMS", "pid", false},      {"KQMS", "status", false},
-        {"KQBackup", "Type", true},  {"KQBackup", "dVolName", true},
-        {"KQBackup", "Item", false}, {"KQBackup", "FolderBackup", false},
-        {"KQDefrag", "BSD", true},   {"KQDefrag", "FileName", true},
-        {"unknown", "PID", false},   {"KQDefrag", "FileProgress", false},
-    };
-    for (const auto& [object, key, ends] : cases) {
-        SimulatedMachine machine;
-        machine.Start();
-        machine.centre.Post(PostedNotification{"KQS_disk", WireValue(std::string(object)),
-                                               WireDictionary{{key, 5.0}}});
-        machine.Advance();
-        EXPECT_EQ(machine.HasEnded(), ends) << object << ' ' << key;
-        EXPECT_EQ(machine.app->ExitStatus(), 0);
-    }
+TEST_F(NotificationIntakeTest, WhatRunsIsNamedAndItsChangeTold) {
+    EXPECT_EQ(machine.power.WhatRuns(), "");
+    const int before = machine.power.changes;
+    machine.centre.Post("KQS_disk.1", "unknown", {});
+    machine.centre.Post("KQS_disk.2", "KQMS", {{"VolName", "Data"}});
+    machine.Advance();
+    EXPECT_EQ(machine.power.WhatRuns(), "Running a disk, Scanning Data");
+    machine.centre.Post("KQS_disk.3", "KQBackup", {{"VolName", "Home"}});
+    machine.centre.Post("KQS_disk.4", "KQDefrag", {{"BSD", "sdz9"}});
+    machine.Advance();
+    EXPECT_EQ(machine.power.WhatRuns(),
+              "Running a disk, Scanning Data, Backing up Home and 1 more");
+    EXPECT_EQ(machine.power.changes, before + 4);
 }
 
 } // namespace

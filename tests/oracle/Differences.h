@@ -25,6 +25,16 @@ inline std::string Told(const Variant& value) {
     return value.StringValue() + exact.data();
 }
 
+/// What a notification sends, as the rules read it.
+inline Wire SentIn(const platform::WireDictionary& userInfo) {
+    Wire wire;
+    for (const auto& [key, value] : userInfo) {
+        const auto* text = std::get_if<std::string>(&value);
+        wire[key] = text != nullptr ? std::optional(*text) : std::nullopt;
+    }
+    return wire;
+}
+
 inline std::string Difference(const Dictionary& row, const Row& should) {
     // Drawing leaves its picture in the row.
     const int count = row.Count() - (row.HasKey("progresspict") ? 1 : 0);

@@ -84,7 +84,8 @@ TEST(MachineRules, FlavourOfTheSuite) {
     SimulatedMachine machine;
     machine.WriteFile(preferences, "there");
     unsigned siblings = 0;
-    const unsigned cases = ForCases(1200, [&](Random& random) {
+    constexpr unsigned cases = 1200;
+    ForCases(cases, [&](Random& random) {
         const Texts ends = {"\n", "\r", "\r\n", "\n", "\r", " \n", "", "\n\n"};
         const auto mostly = [&](const std::string& usual) {
             return random.OneIn(12) ? random.Text(oddPieces, 3) : usual;
@@ -158,6 +159,8 @@ TEST(MachineRules, AnswersToPowerMessages) {
         machine.powerSource = answers[std::min(asked++, 1)];
         return machine.powerSource || asked % 2 == 0 ? 7 : 0;
     });
+    int released = 0;
+    machine.functions.Set<functions::CFRelease>([&](std::int32_t) { ++released; });
     ForCases(3000, [&](Random& random) {
         for (Source& answer : answers)
             answer = random.Of<Source>({"AC Power", "Battery Power", "UPS Power", "", "ac",
@@ -165,8 +168,10 @@ TEST(MachineRules, AnswersToPowerMessages) {
                                         std::string(98, 'x') + "AC"});
         if (random.OneIn(2))
             answers[1] = answers[0];
-        asked = 0;
+        asked = released = 0;
         EXPECT_EQ(Module1.BatteryPower(), IsBattery(answers[0])) << answers[0].value_or("none");
+        // The name that nobody owns is released all the same, and the blob.
+        EXPECT_EQ(released, answers[0] ? 2 : 0);
         const PowerSwitches switches{random.OneIn(2), random.OneIn(2), random.OneIn(2)};
         Module1.PreventScheduleOnBatt = switches.prevent;
         Module1.SleepOnBatt = switches.sleepOnBatt;

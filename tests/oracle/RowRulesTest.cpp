@@ -1,8 +1,10 @@
 #include "framework/values/Text.h"
 #include "platform/functions/Functions.h"
+#include "tests/lives/Wire.h"
 #include "tests/oracle/Differences.h"
 #include "tests/oracle/Random.h"
 #include "tests/support/Artwork.h"
+#include "tests/support/MachineWithVolumes.h"
 
 #include <gtest/gtest.h>
 
@@ -26,32 +28,12 @@ std::string Shorten(Shortenings& asked, const std::string& text, int limit) {
 class Table {
   public:
     explicit Table(Random& dice) : random(dice) {
-        machine.functions.Set<functions::MountedVolumes>([this] {
-            std::vector<platform::MountedVolume> volumes;
-            for (std::size_t i = 0; i < disks.volumes.size(); ++i)
-                volumes.push_back({static_cast<std::int32_t>(i + 1), disks.volumes[i].name, "/"});
-            return volumes;
-        });
-        const auto volume = [this](std::int32_t reference) -> const Mounted& {
-            return disks.volumes.at(static_cast<std::size_t>(reference - 1));
-        };
-        machine.functions.Set<functions::FSCopyDiskIDForVolume>(
-            [volume](std::int32_t reference, std::int32_t* text) {
-                *text = volume(reference).disk.empty() ? 0 : reference;
-                return *text == 0 ? -35 : 0;
+        machine.functions.Set<functions::FSGetVolumeInfo>(
+            [](auto, auto, auto, std::uint32_t which, std::byte* info, auto, auto) {
+                EXPECT_EQ(which, 0xFFFFU);
+                std::memcpy(info + 32, &files, sizeof files);
+                return 0;
             });
-        machine.functions.Set<functions::CFStringGetCStringOfCarbon>(
-            [volume](std::int32_t text, char* buffer, std::int32_t, std::uint32_t) {
-                std::strcpy(buffer, volume(text).disk.c_str());
-                return true;
-            });
-        machine.functions.Set<functions::FSGetVolumeInfo>([volume](std::int32_t reference, auto,
-                                                                   auto, std::uint32_t which,
-                                                                   std::byte* info, auto, auto) {
-            EXPECT_EQ(which, 0xFFFFU);
-            std::memcpy(info + 32, &volume(reference).files, sizeof(std::uint32_t));
-            return volume(reference).files == 0 ? -50 : 0;
-        });
         machine.functions.Set<functions::TruncateThemeText>(
             [this](std::string& text, std::uint16_t font, std::uint32_t state, std::int32_t limit,
                    std::uint32_t code, bool* truncated) {
@@ -73,72 +55,38 @@ class Table {
                     random.Of<std::string>({"\r", "\r", "\r\n", "\n", ":1\r"});
             machine.WriteFile(lookUpFile, *disks.lookUpFile);
         }
-        for (int volumes = random.Between(0, 2); volumes > 0; --volumes)
-            disks.volumes.push_back({random.Of<std::string>({"sda1", "sdb1", "Sdb1", ""}),
-                                     random.Of<std::string>({"Photos", "D\u00E4ta"}),
-                                     random.Of<std::uint32_t>({0, 10000, 3000000000U})});
         machine.Start();
         Module1.ParentIsMarlstone = random.OneIn(2);
     }
 
     /// Sends one notification and compares its row.
     void Notify() {
-        const std::string name =
-            random.Of<std::string>({"KQS_disk.1", "xkqs_DISK", "KQS_Disk.1", "KQS_disk.\u00C4",
-                                    "kqs_disk.\u00E4", "KQS_disk.2", "KQS disk.3"});
-        const std::string tool =
-            random.Of<std::string>({"KQMS", "kqms", "KQBackup", "KQDefrag", "KQBACKUP", "KQDefrag",
-                                    random.OneIn(9) ? "KQMS " : "KQMS"});
-        const Wire wire = Sent();
-        CFDictionary::Entries entries;
-        for (const auto& [key, value] : wire)
-            entries.emplace_back(key, CFString::Make(*value));
-        machine.Panel().DiskNotification_Received(CFString::Make(name), CFString::Make(tool),
-                                                  CFDictionary::Make(entries));
-        if (Place(name, "KQS_disk") == 0)
+        const PostedNotification posted = lives::NotificationOf(
+            {random.Between(-2, 3 * lives::nameForms),
+             random.OneIn(3) ? random.Between(0, lives::toolCount - 1) : random.Between(0, 2),
+             random.Between(0, (1 << lives::wireKeyCount) - 1), random.Between(0, 1 << 20)});
+        machine.centre.Post(posted);
+        machine.Advance();
+        const std::string name = posted.name.value_or("");
+        if (!posted.object || !posted.userInfo || Place(name, "KQS_disk") == 0)
             return;
         auto row = std::find_if(rows.begin(), rows.end(),
                                 [&](const auto& known) { return Same(known.first, name); });
         if (row == rows.end())
             row = rows.insert(rows.end(), {name, {}});
-        TakeIn(row->second, tool, wire, disks);
+        if (const auto* tool = std::get_if<std::string>(&*posted.object))
+            TakeIn(row->second, *tool, SentIn(*posted.userInfo), disks);
         EXPECT_EQ(Difference(*machine.Row(name), row->second), "");
         EXPECT_EQ(machine.Title(), Title(static_cast<int>(rows.size()), Module1.ParentIsMarlstone));
     }
 
-    SimulatedMachine machine;
-    Disks disks;
+    static constexpr std::uint32_t files = 3000000000U;
+    MachineWithVolumes machine;
+    Disks disks{std::nullopt, {{"sda1", "/", files}, {"sdb1", "Photos", files}}};
     std::vector<std::pair<std::string, Row>> rows;
     Shortenings shortened;
 
   private:
-    Wire Sent() {
-        const Texts numbers = {"250", "456",  "999.94", "1000",
-                               "-10", "-20",  "1500",   "37.6",
-                               "0.3", "0.5",  "x",      "",
-                               "100", "99.7", "1e300",  "4",
-                               "4.9", "0",    " 2",     std::to_string(random.Real(0, 1000))};
-        Wire wire;
-        const auto send = [&](const char* key, const std::string& value, int oneIn = 2) {
-            if (random.OneIn(oneIn))
-                wire[key] = value;
-        };
-        for (const char* key : {"Progress", "FileProgress", "NumFilesExamined", "PID"})
-            send(key,
-                 random.OneIn(2) ? random.Of(numbers) : std::to_string(random.Between(0, 20000)));
-        send("Type", random.Of<std::string>({"4", "4.9", "0", "3.99", "x"}));
-        send("ScanType", random.Of<std::string>({"0", "00", "1", "", "4"}), 3);
-        send("status", random.Text({"Check", "DEFRAG", "Defragging "}, 3));
-        for (const char* key : {"Item", "FileName", "VolName", "dVolName"})
-            send(key, random.Text(oddPieces, 7));
-        send("BSD", random.Of<std::string>({"sda1", "SDA1", "sdb1", "sdz9", ""}));
-        send("Extra", random.Of<std::string>({"sleep", "SLEEP", "ShutDown", "quit", ""}), 3);
-        send("FolderBackup", "", 8);
-        for (const char* wrong : {"pid", "item", "progress", "volume"})
-            send(wrong, "7", 9);
-        return wire;
-    }
-
     Random& random;
 };
 

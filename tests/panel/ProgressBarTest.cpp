@@ -104,18 +104,5 @@ TEST_F(ProgressBarTest, TheFillIsSqueezedWithItsCaps) {
     EXPECT_EQ(MaskAt(bar, 249), 0);
 }
 
-TEST_F(ProgressBarTest, TranslucentPixelsAreThinnedTwice) {
-    SetSprite([](int, int) { return RGB(0, 0, 0); },
-              [](int x, int) { return x < 45 ? Grey(128) : Grey(0); });
-    const Ref<Picture> bar = Bar(100, -2.0);
-    const Ref<Picture> row = NewPicture(100, height, 32);
-    row->Graphics().SetForeColor(Grey(241));
-    row->Graphics().FillRect(0, 0, 100, height);
-    row->Graphics().DrawPicture(*bar, 0, 0);
-    EXPECT_NEAR(row->Graphics().Pixel(50, 3).Red(), 185, 1);
-    // Ticks change colours only.
-    EXPECT_EQ(MaskAt(Bar(100, 0.0), 50), 128);
-}
-
 } // namespace
 } // namespace kqu

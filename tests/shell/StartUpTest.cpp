@@ -125,6 +125,7 @@ TEST(StartUp, AFunctionThatIsMissingEndsTheProgramWithStatusZero) {
 
 TEST(StartUp, BrokenPowerPreferencesEndTheProgramAndMissingOnesDoNot) {
     const std::string head = "<?xml version=\"1.0\"?><plist version=\"1.0\">";
+    const std::string folder = "a folder and no file";
     struct Case {
         std::string list;
         bool ends;
@@ -132,6 +133,7 @@ TEST(StartUp, BrokenPowerPreferencesEndTheProgramAndMissingOnesDoNot) {
     };
     for (const Case& c :
          {Case{"<dict/>", false, true, false, true},
+          {folder, false, true, false, true},
           {"<dict><key>SleepOnAC</key><true/></dict>", false, true, true, true},
           {"<dict><key>sleeponac</key><true/></dict>", false, true, false, true},
           {"<dict><key>PreventScheduleOnBatt</key><false/><key>SleepOnBatt</key><false/></dict>",
@@ -140,7 +142,10 @@ TEST(StartUp, BrokenPowerPreferencesEndTheProgramAndMissingOnesDoNot) {
           {"<array/>", true, true, false, true},
           {"<dict><key>SleepOnAC</key><true/>", false, true, false, true}}) {
         SimulatedMachine machine;
-        machine.WriteFile(preferences, head + c.list + "</plist>");
+        if (c.list == folder)
+            std::filesystem::create_directories(machine.root / (preferences + 1));
+        else
+            machine.WriteFile(preferences, head + c.list + "</plist>");
         machine.Start();
         EXPECT_EQ(machine.HasEnded(), c.ends) << c.list;
         EXPECT_EQ(machine.windows.windowsMade, c.ends ? 0 : 1) << c.list;
@@ -160,15 +165,6 @@ TEST(BundleDescription, GivesTextsAndTheWordNilForEverythingElse) {
     EXPECT_EQ(machine.app->GetPlistValueForKey("Name"), "KQU");
     for (const char* key : {"Number", "name", "absent", ""})
         EXPECT_EQ(machine.app->GetPlistValueForKey(key), "nil") << key;
-}
-
-TEST(StartUp, PreferencesThatAreNoFileMeanTheDefaults) {
-    SimulatedMachine machine;
-    std::filesystem::create_directories(machine.root / (preferences + 1));
-    machine.Start();
-    EXPECT_FALSE(machine.HasEnded());
-    EXPECT_TRUE(Module1.PreventScheduleOnBatt);
-    EXPECT_EQ(machine.processes.started.back(), "pmset -g");
 }
 
 } // namespace

@@ -62,21 +62,9 @@ void SimulatedWindow::Show() {
     system_.calls.emplace_back("show");
 }
 
-void SimulatedWindow::Hide() {
-    shown = false;
-}
-
-void SimulatedWindow::UpdateDockTile() {
-    ++tileUpdates;
-}
-
 void SimulatedWindow::BeginDrag(platform::Point start) {
     ++drags;
     system_.calls.push_back("drag" + Numbers({start.x, start.y}));
-}
-
-void SimulatedWindow::Present(const platform::Rect& changed) {
-    marked_ = platform::Union(marked_, changed);
 }
 
 void SimulatedWindow::Commit() {
@@ -132,27 +120,10 @@ void SimulatedWindows::Press(platform::Point onDesktop) {
     });
 }
 
-void SimulatedWindows::MoveTo(platform::Point onDesktop) {
-    if (pointer == onDesktop)
-        return;
-    pointer = onDesktop;
-    if (buttonDown)
-        Inject([this](platform::NativeWindowOwner& told) {
-            told.PointerMoved({pointer.x - window->content.x, pointer.y - window->content.y});
-        });
-}
-
 void SimulatedWindows::Release() {
     buttonDown = false;
     Inject([this](platform::NativeWindowOwner& told) {
         told.ButtonReleased({pointer.x - window->content.x, pointer.y - window->content.y});
-    });
-}
-
-void SimulatedWindows::Wheel(platform::Point onDesktop, int deltaX, int deltaY) {
-    Inject([=, this](platform::NativeWindowOwner& told) {
-        told.WheelTurned({onDesktop.x - window->content.x, onDesktop.y - window->content.y}, deltaX,
-                         deltaY);
     });
 }
 
@@ -161,10 +132,6 @@ void SimulatedWindows::ChangeFromOutside(const platform::Rect& content) {
         window->content = content;
         told.ContentChanged(content);
     });
-}
-
-void SimulatedWindows::RequestClose() {
-    Inject([](platform::NativeWindowOwner& told) { told.CloseRequested(); });
 }
 
 void SimulatedWindows::LoseDisplay() {

@@ -29,11 +29,13 @@ class SimulatedWindow final : public platform::NativeWindow {
     void ChangeAttributes(std::uint32_t set, std::uint32_t clear) override;
     void SetAlpha(float alpha) override;
     void Show() override;
-    void Hide() override;
+    void Hide() override { shown = false; }
     [[nodiscard]] bool IsCollapsed() override { return collapsed; }
-    void UpdateDockTile() override;
+    void UpdateDockTile() override { ++tileUpdates; }
     void BeginDrag(platform::Point start) override;
-    void Present(const platform::Rect& changed) override;
+    void Present(const platform::Rect& changed) override {
+        marked_ = platform::Union(marked_, changed);
+    }
     void Commit() override;
 
     /// What a person would see: shown, and not transparent.
@@ -74,12 +76,9 @@ class SimulatedWindows final : public platform::WindowSystem, public platform::E
 
     // The user's hand; positions are on the desktop. Events arrive with the next round.
     void Press(platform::Point onDesktop);
-    void MoveTo(platform::Point onDesktop);
     void Release();
-    void Wheel(platform::Point onDesktop, int deltaX, int deltaY);
-    /// The window manager moves or resizes the window, or asks it to close.
+    /// The window manager moves or resizes the window.
     void ChangeFromOutside(const platform::Rect& content);
-    void RequestClose();
     void LoseDisplay();
     void Inject(std::function<void(platform::NativeWindowOwner&)> event);
 

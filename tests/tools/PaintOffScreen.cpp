@@ -1,6 +1,5 @@
 #include "tests/support/SimulatedMachine.h"
 
-#include <cstdio>
 #include <iostream>
 #include <sstream>
 #include <string>

@@ -120,8 +120,3 @@ class Logind:
         """The locks that are held: (what, who, why, mode)."""
         return [tuple(str(part) for part in lock[:4])
                 for lock in self._interface(self.MANAGER).ListInhibitors()]
-
-    def emit(self, name, signature, *values):
-        """For example emit("PrepareForSleep", "b", True)."""
-        self._interface("org.freedesktop.DBus.Mock").EmitSignal(
-            self.MANAGER, name, signature, dbus.Array(values, signature="v"))

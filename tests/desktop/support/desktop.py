@@ -31,10 +31,10 @@ def settled_user():
 
 class Desktop:
     """An X server, a window manager ("openbox", "icewm" or None), a session bus and a system bus.
-    The screen may be given a third number, its depth. Buses can be left out; `logind` adds the stand-in for logind to the system bus."""
+    The screen may be given a third number, its depth; `logind` adds the stand-in for logind to the
+    system bus."""
 
-    def __init__(self, screen=(1024, 768), window_manager="openbox", session_bus=True,
-                 system_bus=True, logind=False):
+    def __init__(self, screen=(1024, 768), window_manager="openbox", logind=False):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kqu-desktop-"))
         self.folder.chmod(0o755)
         self.build = pathlib.Path(os.environ.get("KQU_BUILD", ROOT / "build" / "release")).resolve()
@@ -46,7 +46,7 @@ class Desktop:
             self._start_display(screen)
             if window_manager:
                 self.start_window_manager(window_manager)
-            self._start_buses(session_bus, system_bus)
+            self._start_buses()
             if logind:
                 self.logind = Logind(self.system_bus, self.processes, self.env)
         except BaseException:
@@ -89,14 +89,12 @@ class Desktop:
         wait_until(f"{name} to manage the screen",
                    lambda: "window id" in self.root_property("_NET_SUPPORTING_WM_CHECK"))
 
-    def _start_buses(self, session, system):
-        if session:
-            owner = settled_user()
-            self.session_bus = Bus("session", self.processes, self.env,
-                                   owner if owner != os.geteuid() else None)
-        if system:
-            self.system_bus = Bus("system", self.processes, self.env)
-        buses = [bus for bus in (self.session_bus, self.system_bus) if bus is not None]
+    def _start_buses(self):
+        owner = settled_user()
+        self.session_bus = Bus("session", self.processes, self.env,
+                               owner if owner != os.geteuid() else None)
+        self.system_bus = Bus("system", self.processes, self.env)
+        buses = (self.session_bus, self.system_bus)
         # What one of them starts by its name has to find the other.
         self.env.update({f"DBUS_{bus.kind.upper()}_BUS_ADDRESS": bus.address for bus in buses})
         for bus in buses:

@@ -1,6 +1,6 @@
 """The messenger's window as the X server, the window manager and the user see it."""
 
-import dataclasses
+import collections
 import re
 import subprocess
 
@@ -9,16 +9,8 @@ from support.waiting import wait_for_value, wait_until
 
 CLASS = '("kqu-messenger" "KQU_Messenger")'
 ROW = 73
-
-
-@dataclasses.dataclass(frozen=True)
-class Geometry:
-    """A window's content in coordinates of the root window."""
-
-    x: int
-    y: int
-    width: int
-    height: int
+# A window's content in coordinates of the root window.
+Geometry = collections.namedtuple("Geometry", "x y width height")
 
 
 class Panel:

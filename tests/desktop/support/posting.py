@@ -45,9 +45,9 @@ def post_by_command(client, bus, env, name, tool, info, kqu_post="kqu-post"):
                    timeout=20, capture_output=True)
 
 
-def post_raw(bus, *arguments, signature="ssa{sv}", path=PATH, interface=INTERFACE, member=MEMBER):
+def post_raw(bus, *arguments, signature="ssa{sv}"):
     """Posts over the test's own connection, with any arguments of any types."""
-    message = dbus.lowlevel.SignalMessage(path, interface, member)
+    message = dbus.lowlevel.SignalMessage(PATH, INTERFACE, MEMBER)
     if signature:
         message.append(*arguments, signature=signature)
     bus.connection().send_message(message)

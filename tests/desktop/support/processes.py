@@ -27,15 +27,9 @@ class ProcessFacts:
         """The first word of a line of /proc/PID/status."""
         return self._status(key)[0]
 
-    def uids(self):
-        """The real, effective, saved and file system user ids."""
-        return [int(uid) for uid in self._status("Uid")]
-
-    def gids(self):
-        return [int(gid) for gid in self._status("Gid")]
-
-    def groups(self):
-        return [int(gid) for gid in self._status("Groups")]
+    def ids(self, key):
+        """For "Uid" and "Gid" the real, effective, saved and file system ids; or the "Groups"."""
+        return [int(number) for number in self._status(key)]
 
     def resident_kib(self):
         return int(self._status("VmRSS")[0])

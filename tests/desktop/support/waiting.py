@@ -6,12 +6,12 @@ DEADLINE = 20.0
 INTERVAL = 0.02
 
 
-def wait_until(what, probe, timeout=DEADLINE):
-    """Asks `probe` until it answers with something true, and returns the answer."""
+def wait_until(what, probe, timeout=DEADLINE, is_wanted=bool):
+    """Asks `probe` until it answers with something true, or wanted, and returns the answer."""
     end = time.monotonic() + timeout
     while True:
         seen = probe()
-        if seen:
+        if is_wanted(seen):
             return seen
         if time.monotonic() >= end:
             raise AssertionError(f"waited {timeout:g} s for {what}; last seen: {seen!r}")
@@ -20,17 +20,7 @@ def wait_until(what, probe, timeout=DEADLINE):
 
 def wait_for_value(what, probe, wanted, timeout=DEADLINE):
     """Asks `probe` until its answer equals `wanted`."""
-    seen = []
-
-    def is_wanted():
-        seen[:] = [probe()]
-        return seen[0] == wanted
-
-    try:
-        wait_until(what, is_wanted, timeout)
-    except AssertionError:
-        raise AssertionError(f"waited {timeout:g} s for {what} to be {wanted!r}; "
-                             f"last seen: {seen[0]!r}") from None
+    wait_until(f"{what} to be {wanted!r}", probe, timeout, lambda seen: seen == wanted)
 
 
 def hold(what, probe, seconds):

@@ -1,18 +1,18 @@
 #include "platform/dbus/WireDecoder.h"
 
 #include "platform/CDeleter.h"
+#include "tests/support/ShownNotification.h"
 
 #include <functional>
 #include <gtest/gtest.h>
-#include <iomanip>
 #include <limits>
-#include <sstream>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace kqu::platform {
 namespace {
 
+using testing_support::Shown;
 using Message = CPointer<sd_bus_message, sd_bus_message_unref>;
 
 using Fill = std::function<void(sd_bus_message*)>;
@@ -33,28 +33,6 @@ Message Make(const Fill& fill) {
     EXPECT_GE(sd_bus_message_rewind(made, 1), 0);
     close(ends[1]);
     return Message(made);
-}
-
-std::string Show(const WireValue& value) {
-    if (const auto* text = std::get_if<std::string>(&value))
-        return "'" + *text + "'";
-    if (const auto* truth = std::get_if<bool>(&value))
-        return *truth ? "true" : "false";
-    const auto* number = std::get_if<double>(&value);
-    std::ostringstream shown;
-    number ? shown << std::setprecision(17) << *number : shown << "other";
-    return shown.str();
-}
-
-std::string Shown(const PostedNotification& posted) {
-    std::string text = posted.name ? Show(*posted.name) : "-";
-    text += posted.object ? " " + Show(*posted.object) : " -";
-    if (!posted.userInfo)
-        return text + " -";
-    text += " {";
-    for (const auto& [key, value] : *posted.userInfo)
-        text += key + ":" + Show(value) + " ";
-    return text + "}";
 }
 
 /// Appends by sd-bus's own notation, checked.

@@ -134,8 +134,10 @@ TEST_F(LogindPowerMessagesTest, SleepIsAnnouncedUnderTheDelayByTheManagerAlone) 
     manager->Announce("PrepareForSleep", true);
     ASSERT_TRUE(UntilHeard(0xE0000280));
     EXPECT_EQ(heldWhenHeard, "delay block ");
+    EXPECT_TRUE(UntilHeld("block "));
     manager->Announce("PrepareForSleep", false);
     ASSERT_TRUE(UntilHeard(0xE0000300));
+    EXPECT_TRUE(UntilHeld("block delay "));
     EXPECT_EQ(heard.size(), 2U);
     listening.Drop();
     EXPECT_TRUE(UntilHeld(""));

@@ -1,4 +1,5 @@
 #include "platform/loop/SignalSource.h"
+#include "platform/loop/SystemWaiting.h"
 
 #include <array>
 #include <csignal>
@@ -7,7 +8,9 @@
 
 namespace {
 
+using namespace std::chrono_literals;
 using kqu::platform::EventQueue;
+using kqu::platform::Moment;
 using kqu::platform::SignalSource;
 
 struct SignalSourceTest : testing::Test, EventQueue {
@@ -57,6 +60,25 @@ TEST_F(SignalSourceTest, TheFormerHandlersComeBack) {
     source = std::make_unique<SignalSource>([] {});
     source.reset();
     EXPECT_EQ(std::signal(SIGTERM, former), SIG_IGN);
+}
+
+TEST(SystemWaitingTest, WakesForADescriptorAndForAMomentAndNeverTooEarly) {
+    kqu::platform::SystemWaiting waiting;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    std::array watched{pollfd{ends[0], POLLIN, 0}, pollfd{-1, POLLIN, 0}};
+    // Down to a nanosecond, which a clock of milliseconds would cut off.
+    for (const auto time : {0ns, 1ns, 999ns, 1'000'001ns, 3'999'999ns}) {
+        const Moment until = waiting.Now() + time;
+        waiting.Wait(watched, until);
+        EXPECT_GE(waiting.Now(), until);
+    }
+    waiting.Wait({}, Moment{});
+    EXPECT_EQ(write(ends[1], "x", 1), 1);
+    waiting.Wait(watched, Moment::max());
+    EXPECT_EQ(watched[0].revents, POLLIN);
+    close(ends[0]);
+    close(ends[1]);
 }
 
 } // namespace

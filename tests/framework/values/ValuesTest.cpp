@@ -1,0 +1,132 @@
+#include "framework/values/Dictionary.h"
+#include "framework/values/Text.h"
+#include "tests/support/MadeUpTree.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <string>
+#include <tuple>
+
+namespace kqu {
+namespace {
+
+TEST(Dictionary, KeepsTheOrderOfInsertionAcrossRemovalsAndRaisesBeyondIt) {
+    Dictionary table;
+    for (int i = 0; i < 100; ++i)
+        table.SetValue("key " + std::to_string(i), i);
+    for (int i = 0; i < 100; i += 3)
+        table.Remove("KEY " + std::to_string(i));
+    table.SetValue("key 3", 1003);
+    int previous = -1;
+    for (int index = 0; index < table.Count(); ++index) {
+        const std::int32_t value = table.Value(table.Key(index)).Int32Value();
+        EXPECT_GT(value, previous);
+        previous = value;
+    }
+    EXPECT_EQ(previous, 1003);
+    table.SetValue("KEY 1", 1);
+    EXPECT_EQ(table.Key(0), "key 1") << "under its first spelling";
+    EXPECT_THROW(static_cast<void>(table.Value("key 0")), KeyNotFoundException);
+    EXPECT_THROW(table.Remove("key 0"), KeyNotFoundException);
+    for (const int beyond : {-1, 67})
+        EXPECT_THROW(static_cast<void>(table.Key(beyond)), OutOfBoundsException);
+    EXPECT_EQ(table.Count(), 67);
+}
+
+TEST(Variant, KeepsItsTypeAndConvertsOnReading) {
+    using Type = Variant::Type;
+    const std::tuple<Variant, Type, std::string, std::int32_t, double> cases[] = {
+        {4.9, Type::Double, "4.9", 4, 4.9},
+        {-4.9, Type::Double, "-4.9", -4, -4.9},
+        {0.0, Type::Double, "0", 0, 0},
+        {1500000.0, Type::Double, "1500000", 1500000, 1500000},
+        {4294967297.0, Type::Double, "4294967297", 2147483647, 4294967297.0},
+        {-1e300, Type::Double, "-1e+300", -2147483647 - 1, -1e300},
+        {"12abc", Type::String, "12abc", 12, 12},
+        {7, Type::Int32, "7", 7, 7},
+        {3000000000U, Type::UInt32, "3000000000", 2147483647, 3e9},
+        {true, Type::Boolean, "True", 1, 1},
+        {Variant(), Type::Nil, "", 0, 0}};
+    for (const auto& [value, type, text, number, real] : cases) {
+        EXPECT_EQ(value.Kind(), type) << text;
+        EXPECT_EQ(value.StringValue(), text);
+        EXPECT_EQ(value.Int32Value(), number) << text;
+        EXPECT_EQ(value.DoubleValue(), real) << text;
+    }
+    EXPECT_EQ(Variant(3000000000U).UInt32Value(), 3000000000U);
+    EXPECT_EQ(Variant(-1.0).UInt32Value(), 0U);
+    EXPECT_EQ(Variant(5).ObjectAs<Dictionary>(), nullptr);
+    class Other : public Object {};
+    EXPECT_THROW(static_cast<void>(Variant(std::make_shared<Dictionary>()).ObjectAs<Other>()),
+                 IllegalCastException);
+}
+
+// Numbers and letters are the same in every locale: in Turkish a comma stands in numbers, and the
+// small "i" and the capital "I" are two letters.
+TEST(Locale, MakesNoDifferenceToNumbersAndLetters) {
+    const simulation::MadeUpTree tree;
+    const std::string make = "localedef --quiet --force -i tr_TR -f UTF-8 " +
+                             (tree.Root() / "tr_TR.UTF-8").string() + " 2>/dev/null";
+    static_cast<void>(std::system(make.c_str()));
+    setenv("LOCPATH", tree.Root().c_str(), 1);
+    ASSERT_NE(std::setlocale(LC_ALL, "tr_TR.UTF-8"), nullptr) << make;
+    ASSERT_EQ(std::to_string(0.5), "0,500000");
+
+    EXPECT_EQ(Val("37.6"), 37.6);
+    EXPECT_EQ(Val("37,6"), 37.0);
+    EXPECT_EQ(Format(1234.5, "##0.00"), "1234.50");
+    EXPECT_EQ(Variant(0.25).StringValue(), "0.25");
+    EXPECT_EQ(Variant("0.75").DoubleValue(), 0.75);
+    EXPECT_EQ(Str(-1234567), "-1234567");
+
+    Dictionary table;
+    table.SetValue("PID", 1);
+    table.SetValue("FileProgress \u00C4", 2);
+    EXPECT_EQ(table.Value("pid").Int32Value(), 1);
+    EXPECT_EQ(table.Value("FILEPROGRESS \u00E4").Int32Value(), 2);
+    EXPECT_FALSE(table.HasKey("p\u0131d"));
+    EXPECT_FALSE(table.HasKey("P\u0130D"));
+    EXPECT_EQ(InStr("KQS_DISK", "kqs_disk"), 1);
+    EXPECT_EQ(ReplaceAll("TITLE", "i", "-"), "T-TLE");
+    std::setlocale(LC_ALL, "C");
+    unsetenv("LOCPATH");
+}
+
+// What random texts, compared with a plain statement of the rules, hardly hit.
+
+TEST(Text, NumbersFarOutOfRangeAreReadAsWhatTheyRoundTo) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const std::string ones(400, '1');
+    const std::tuple<std::string, double> cases[] = {{"1e-400", 0},
+                                                     {"1e-9223372036854775808", 0},
+                                                     {"0e99999999999999999999", 0},
+                                                     {"0.0001e400", infinity},
+                                                     {"-1e99999999999999999999", -infinity},
+                                                     {ones + "e-10", infinity},
+                                                     {ones + "e-399", 1.1111111111111112},
+                                                     {"0." + std::string(400, '0') + "1", 0},
+                                                     {std::string(5000, '0') + "42", 42}};
+    for (const auto& [text, value] : cases)
+        EXPECT_EQ(Val(text), value) << text;
+    for (const double odd : {infinity, -infinity, std::nan("")})
+        EXPECT_LT(Format(odd, "##0.00").size(), 8U);
+    EXPECT_EQ(Format(1e300, "##0.00").size(), 304U);
+    EXPECT_EQ(Format(1.5, "0.#") + Format(1.0, "0.#") + Format(7, "000"), "1.51007");
+}
+
+TEST(Text, LettersThatFoldToAnotherLengthDoNotMoveWhatStandsBehindThem) {
+    EXPECT_EQ(InStr("-.\u212A-.k.", ".k."), 7);
+    EXPECT_EQ(ReplaceAll("\u0130.appBrackwater", ".APP", ""), "\u0130Brackwater");
+    EXPECT_EQ(ReplaceAll("\u212A.app\u212A", "k", "-"), "-.app-");
+    EXPECT_TRUE(EqualsIgnoringCase("\u13A0 \u03C3 \u01C5", "\uAB70 \u03C2 \u01C4"));
+    EXPECT_FALSE(EqualsIgnoringCase("Straße", "Strasse"));
+    EXPECT_FALSE(EqualsIgnoringCase("I", "\u0131"));
+}
+
+} // namespace
+} // namespace kqu
