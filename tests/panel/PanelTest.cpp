@@ -120,7 +120,7 @@ TEST(PanelSizing, ADragBeginsAtThePointerWithinSixteenBits) {
     }
 }
 
-TEST(PanelSizing, TheScrollBarGoesByPagesOfTwentyRows) {
+TEST(PanelSizing, TheScrollBarGoesByPagesOfTwentyRowsAndWithItsThumb) {
     SimulatedMachine machine;
     machine.windows.screens = {{0, 0, 1280, 120}};
     machine.Start();
@@ -136,6 +136,24 @@ TEST(PanelSizing, TheScrollBarGoesByPagesOfTwentyRows) {
         machine.Advance();
         EXPECT_EQ(panel.ScrollBar1->Value(), value);
     }
+    const platform::Rect thumb = panel.ScrollBar1->Thumb();
+    const platform::Point taken{panel.ScrollBar1->Left() + 5,
+                                panel.ScrollBar1->Top() + thumb.y + 2};
+    const auto moveBy = [&](int way) {
+        machine.windows.Inject([=](auto& window) {
+            window.PointerMoved({taken.x, taken.y + way});
+        });
+        machine.Advance();
+    };
+    machine.windows.Press({panel.Left() + taken.x, panel.Top() + taken.y});
+    const int way = panel.ScrollBar1->Height() - thumb.height;
+    for (const auto& [moved, value] : {std::pair{0, 4}, {way / 2, 16}, {way, 24}, {-way, 0}}) {
+        moveBy(moved);
+        EXPECT_NEAR(panel.ScrollBar1->Value(), value, 1) << moved;
+    }
+    machine.windows.Inject([=](auto& window) { window.ButtonReleased({taken.x, -100}); });
+    moveBy(way);
+    EXPECT_EQ(panel.ScrollBar1->Value(), 0) << "it was let go";
 }
 
 } // namespace

@@ -159,7 +159,7 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
 
     void Post(std::function<void()> delivery) override { queue.push_back(std::move(delivery)); }
     void ContentChanged(const Rect& to) override { told.push_back(to); }
-    void ButtonPressed(Point) override {}
+    void ButtonPressed(Point at) override { pressedAt = at; }
     void ButtonReleased(Point) override {}
     void PointerMoved(Point) override {}
     void WheelTurned(Point, int, int) override {}
@@ -182,6 +182,7 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     std::vector<std::function<void()>> queue;
     std::vector<Rect> told;
     std::function<void()> inMidUpdate;
+    std::optional<Point> pressedAt;
     std::unique_ptr<NativeWindow> window;
     xcb_window_t id = 0;
 };
@@ -347,6 +348,51 @@ TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
     Sync();
     Await([this] { return window->IsCollapsed() && !told.empty(); });
     EXPECT_EQ(told, (std::vector<Rect>{{97, 48, 340, 73}}));
+}
+
+TEST_F(X11WindowTest, AHandedOverDragIsCancelledWhenTheReleaseComesHere) {
+    const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(looker.get(), root, XCB_CW_EVENT_MASK, &events);
+    const xcb_window_t manager = xcb_generate_id(looker.get());
+    xcb_create_window(looker.get(), 0, manager, root, -1, -1, 1, 1, 0, 0, 0, 0, nullptr);
+    const xcb_atom_t check = Atom("_NET_SUPPORTING_WM_CHECK"), move = Atom("_NET_WM_MOVERESIZE");
+    for (const xcb_window_t named : {root, manager})
+        xcb_change_property(looker.get(), 0, named, check, XCB_ATOM_WINDOW, 32, 1, &manager);
+    xcb_change_property(looker.get(), 0, root, Atom("_NET_SUPPORTED"), XCB_ATOM_ATOM, 32, 1, &move);
+    const auto awaitMessage = [&](Words data) {
+        Await([&] {
+            const Owned<xcb_generic_event_t> event{xcb_poll_for_event(looker.get())};
+            const void* any = event.get();
+            const auto* message = static_cast<const xcb_client_message_event_t*>(any);
+            return event && (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
+                   message->type == move &&
+                   std::equal(data.begin(), data.end(), message->data.data32);
+        });
+    };
+    Appear();
+    ASSERT_EQ(std::system("xdotool mousemove 210 85 mousedown 1"), 0);
+    Await([this] { return pressedAt == Point{110, 35}; });
+    window->BeginDrag({210, 85});
+    awaitMessage({210, 85, 8, 1, 1});
+    // This manager does not take hold of the pointer.
+    ASSERT_EQ(std::system("xdotool mouseup 1"), 0);
+    awaitMessage({210, 85, 11, 1, 1});
+    EXPECT_EQ(Place(), content);
+}
+
+TEST_F(X11WindowTest, WhenTheMainMonitorChangesItStaysWhereItIsOnTheGlass) {
+    Appear();
+    ASSERT_EQ(std::system("xrandr --setmonitor '*main' 800/200x600/150+200+100 screen"), 0);
+    Await([this] { return told == std::vector<Rect>{{-100, -50, 340, 73}}; });
+    EXPECT_EQ(Place(), content);
+    EXPECT_EQ(system->Screens().front(), (Rect{0, 0, 800, 600}));
+}
+
+TEST(X11WindowSystemTest, WithoutMonitorsTheWholeScreenIsOne) {
+    const testing_support::ServerProcess server{
+        "Xvfb -displayfd 1 -nolisten tcp -ac -noreset -screen 0 800x600x24 -extension RANDR"};
+    setenv("DISPLAY", (":" + server.Told()).c_str(), 1);
+    EXPECT_EQ(X11WindowSystem::Open()->Screens(), (std::vector<Rect>{{0, 0, 800, 600}}));
 }
 
 TEST_F(X11WindowTest, AnswersPingsAndOffersIcons) {
