@@ -33,11 +33,6 @@ std::string DoubleAsText(double number) {
 }
 } // namespace
 
-bool Variant::IsNil() const {
-    const auto* object = std::get_if<Ref<kqu::Object>>(&value_);
-    return Kind() == Type::Nil || (object != nullptr && !*object);
-}
-
 std::string Variant::StringValue() const {
     return std::visit(Overloaded{
                           [](const std::string& text) { return text; },

@@ -32,7 +32,6 @@ class Variant {
         : value_(Ref<kqu::Object>(std::move(object))) {}
 
     [[nodiscard]] Type Kind() const { return static_cast<Type>(value_.index()); }
-    [[nodiscard]] bool IsNil() const;
 
     // Text is read as a number by its start; a double loses its fraction as an integer, saturating;
     // a whole double gives plain digits as text. Nil and objects read as empty text, 0 and false.

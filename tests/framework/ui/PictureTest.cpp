@@ -291,5 +291,26 @@ TEST(Picture, TextStandsOnItsBaselineInItsColour) {
     }
 }
 
+TEST(Picture, SignsWithColoursOfTheirOwnKeepThemAndFadeAtTheirEdges) {
+    for (const Ref<Picture>& row : Canvases(60, 30)) {
+        Graphics& g = row->Graphics();
+        g.SetTextSize(16);
+        g.SetForeColor(RGB(0, 0, 255));
+        g.DrawString("\xF0\x9F\x98\x80", 20, 22);
+        int yellow = 0, outside = 0, darkestOfEdge = 255, edge = -1;
+        for (int y = 0; y < 30; ++y)
+            for (int x = 0; x < 60; ++x) {
+                const Colour at = g.Pixel(x, y);
+                edge = edge < 0 && at != white ? y : edge;
+                darkestOfEdge = y == edge ? std::min(darkestOfEdge, at.Green()) : darkestOfEdge;
+                yellow += static_cast<int>(at.Red() - at.Blue() > 100);
+                outside += static_cast<int>((x < 19 || x > 45) && at != white);
+            }
+        EXPECT_GT(yellow, 100);
+        EXPECT_GT(darkestOfEdge, 180);
+        EXPECT_EQ(outside, 0);
+    }
+}
+
 } // namespace
 } // namespace kqu
