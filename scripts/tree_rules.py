@@ -25,7 +25,7 @@ SYSTEM_HEADER = re.compile(
 
 LONGEST_FILE = 500
 LONGEST_FUNCTION = 60
-LEAST_TESTS, MOST_TESTS = 15, 45
+LEAST_TESTS, MOST_TESTS = 15, 41
 
 STANDARDS = re.compile(r"D-?Bus|XDG|EWMH|ICCCM|freedesktop|desktop entry|POSIX|RFC|Unicode", re.I)
 UNNAMED = "a document without the name of a public standard"

@@ -54,7 +54,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Expect(!fuzz::IsAscii(file) ||
            oracle::PanelPlace{panel.Left(), panel.Top(), panel.mywidth} == PlaceOn(screen, file));
 
-    const auto left = input.ConsumeIntegral<std::int32_t>();
+    const auto left = input.ConsumeBool() ? screen.width - input.ConsumeIntegralInRange(0, 20)
+                                          : input.ConsumeIntegral<std::int32_t>();
     const auto top = input.ConsumeIntegralInRange<std::int32_t>(-100, 20000);
     const std::int32_t width = panel.Width() + input.ConsumeIntegralInRange<std::int32_t>(1, 500);
     panel.SetLeft(left);
