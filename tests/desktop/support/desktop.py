@@ -89,6 +89,14 @@ class Desktop:
         wait_until(f"{name} to manage the screen",
                    lambda: "window id" in self.root_property("_NET_SUPPORTING_WM_CHECK"))
 
+        # What comes while openbox starts lies until the next event: only one that has done what it
+        # was asked to is known to have begun.
+        def obeys():
+            self.output("wmctrl", "-n", "2")
+            return self.root_property("_NET_NUMBER_OF_DESKTOPS").strip().endswith("= 2")
+
+        wait_until(f"{name} to do what it is asked", obeys)
+
     def _start_buses(self):
         owner = settled_user()
         self.session_bus = Bus("session", self.processes, self.env,
