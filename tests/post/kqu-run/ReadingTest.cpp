@@ -1,8 +1,12 @@
 #include "post/kqu-run/LineReader.h"
+#include "post/kqu-run/Relay.h"
 #include "post/kqu-run/Throttle.h"
 #include "post/kqu-run/tools/RsyncFilter.h"
 
+#include <array>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 #include <vector>
 
 namespace kqu::run {
@@ -90,6 +94,27 @@ TEST(RsyncFilter, TakesOutItsProgressAndNothingElse) {
     for (const auto& [printed, wanted] : cases)
         for (const std::size_t size : {1U, 2U, 7U, 4096U})
             EXPECT_EQ(Passed(printed, size), wanted) << size << " bytes at a time";
+}
+
+TEST(Relay, LastWordsThatCameAfterThePollAreRead) {
+    std::array<int, 2> tool{}, reader{};
+    ASSERT_EQ(pipe2(tool.data(), O_NONBLOCK) + pipe2(reader.data(), O_NONBLOCK), 0);
+    const Descriptor held(tool[1]), out(reader[0]), to(reader[1]);
+    std::string told;
+    Relay relay(Descriptor{tool[0]}, to.Number(), nullptr,
+                [&](std::string_view bytes) { told += bytes; });
+    std::vector<pollfd> polled;
+    relay.Await(polled);
+    ASSERT_EQ(poll(polled.data(), polled.size(), 0), 0);
+    // A child of the tool still holds the stream open.
+    ASSERT_EQ(write(held.Number(), "last", 4), 4);
+    relay.ToolHasEnded();
+    for (int round = 0; round < 3 && !relay.IsDone(); ++round)
+        relay.Work(polled[0], polled[1]);
+    EXPECT_TRUE(relay.IsDone());
+    std::array<char, 8> passed{};
+    EXPECT_EQ(read(out.Number(), passed.data(), passed.size()), 4);
+    EXPECT_EQ(std::string(passed.data()) + told, "lastlast");
 }
 
 } // namespace
