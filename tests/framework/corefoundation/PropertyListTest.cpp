@@ -73,8 +73,18 @@ TEST(PropertyList, WhatIsOddButSoundIsTaken) {
         "a<&\u00E4");
     for (const std::string& list :
          {std::string("<integer> -5 </integer>"), std::string("<real>-5.0e0</real>"),
+          std::string("<integer>-0x5</integer>"),
           BinaryList({"\x13" + std::string(7, '\xFF') + "\xFB"})})
         EXPECT_EQ(CFCast<CFNumber>(ParseList(list))->DoubleValue(), -5) << list;
+}
+
+TEST(PropertyList, LongTextsHaveTheirLengthInANumberOfTheirOwn) {
+    const std::string text(300, 'x');
+    for (const std::string& length :
+         {std::string("\x11\x01\x2C"), std::string("\x12\0\0\x01\x2C", 5)})
+        EXPECT_EQ(CFCast<CFString>(ParseList(BinaryList({"\x5F" + length + text})))->Text(), text);
+    for (const std::string length : {"\x11\x01\x2D", "\x51\x02", "\x11"})
+        EXPECT_EQ(ParseList(BinaryList({"\x5F" + length + text})), nullptr);
 }
 
 TEST(PropertyList, NoListIsTooMuchForIt) {

@@ -35,7 +35,9 @@ struct StandIn final : EventSource {
     }
     int Answer(sd_bus_message* call) {
         if (sd_bus_message_is_method_call(call, interface, "Inhibit") > 0)
-            return Grant(call);
+            return refusals-- > 0
+                       ? sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED, "No")
+                       : Grant(call);
         if (scheduled == "?")
             return 1;
         if (scheduled.empty())
@@ -78,6 +80,7 @@ struct StandIn final : EventSource {
 
     PrivateBus::Connection bus;
     std::vector<std::pair<std::string, int>> locks;
+    int refusals = 0;
     /// What was scheduled; without one the property does not exist, and "?" is never answered.
     std::string scheduled;
 };
@@ -141,6 +144,13 @@ TEST_F(LogindPowerMessagesTest, SleepIsAnnouncedUnderTheDelayByTheManagerAlone) 
     EXPECT_EQ(heard.size(), 2U);
     listening.Drop();
     EXPECT_TRUE(UntilHeld(""));
+}
+
+TEST_F(LogindPowerMessagesTest, ALockThatIsRefusedIsAskedForAgain) {
+    manager->refusals = 1;
+    Listen();
+    EXPECT_TRUE(Until([this] { return manager->refusals == 0; }));
+    EXPECT_TRUE(UntilHeld("delay "));
 }
 
 TEST_F(LogindPowerMessagesTest, AShutdownIsAnnouncedOnceByItsKind) {

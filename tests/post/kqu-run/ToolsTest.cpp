@@ -118,6 +118,11 @@ TEST(Tools, AreReadByTheirRealOutput) {
                   .After("33.55 MB O 33.55 MB C 0 B D 30 N src/d2/big      \r")
                   .text,
               "src/d2/big");
+    EXPECT_EQ(Prepared("borg create -p --log-json rep::a src")
+                  .After(R"({"type":"archive_progress","original_size":12,"path":"src/\u00e4"})"
+                         "\r")
+                  .text,
+              "src/\u00E4");
 }
 
 TEST(Tools, AreAskedForProgressOnlyWhereThatDoesNoHarm) {
