@@ -2,6 +2,7 @@
 
 #include "platform/CDeleter.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <poll.h>
 #include <utility>
@@ -10,7 +11,7 @@
 namespace kqu::platform {
 
 namespace {
-constexpr int patienceInMilliseconds = 250;
+constexpr std::chrono::milliseconds patience{250};
 }
 
 Point PointerState::OnRoot() {
@@ -28,9 +29,14 @@ void PointerState::Refresh() {
         return;
     asked_ = xcb_query_pointer(display_.Connection(), display_.Root()).sequence;
     display_.Flush();
-    // What arrives first may be events; each lets the wait begin anew, for they are few.
+    // What arrives first may be events.
+    const auto end = std::chrono::steady_clock::now() + patience;
     pollfd answer{xcb_get_file_descriptor(display_.Connection()), POLLIN, 0};
-    while (!TakeAnswer() && poll(&answer, 1, patienceInMilliseconds) > 0) {
+    while (!TakeAnswer()) {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        if (left.count() <= 0 || poll(&answer, 1, static_cast<int>(left.count())) <= 0)
+            return;
     }
 }
 

@@ -84,6 +84,7 @@ class X11Window final : public NativeWindow {
     };
 
     struct Drag {
+        unsigned int number;
         Point pointerAtStart;
         Point placeAtStart;
         bool managerCan = false;
@@ -186,11 +187,12 @@ class X11Window final : public NativeWindow {
 
     // The user's hand.
     bool isPressed_ = false;
-    bool releaseOwed_ = false;
     bool handedOver_ = false;
     xcb_timestamp_t pressTime_ = 0;
     Point pointerTold_;
     std::optional<Drag> drag_;
+    /// How many there have been.
+    unsigned int drags_ = 0;
 };
 
 } // namespace kqu::platform

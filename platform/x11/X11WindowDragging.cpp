@@ -27,7 +27,7 @@ void X11Window::BeginDrag(Point start) {
     if (!isPressed_ || drag_)
         return;
     pointerTold_ = start + system_.Origin();
-    drag_ = Drag{pointerTold_, place_.Actual()};
+    drag_ = Drag{++drags_, pointerTold_, place_.Actual()};
     AskWhetherHeld();
     AskWhoDrags();
 }
@@ -35,8 +35,10 @@ void X11Window::BeginDrag(Point start) {
 void X11Window::AskWhetherHeld() {
     // A press that some program made up is not followed by a release.
     const auto question = xcb_query_pointer(display_.Connection(), display_.Root());
-    Ask(question.sequence, [this](const void* reply) {
+    Ask(question.sequence, [this, asking = drags_](const void* reply) {
         const auto* pointer = static_cast<const xcb_query_pointer_reply_t*>(reply);
+        if (asking != drags_)
+            return;
         if (pointer == nullptr || (pointer->mask & XCB_KEY_BUT_MASK_BUTTON_1) == 0)
             drag_.reset();
     });
@@ -69,16 +71,16 @@ void X11Window::AskWhetherAlive(const Words& manager) {
 
 void X11Window::AskInDrag(xcb_window_t window, AtomName property, xcb_atom_t type,
                           std::function<void(const Words&)> take) {
-    // What is answered after the drag has ended holds for the next one as well.
+    // Each drag asks for itself; what another one asked is of no interest any more.
     Ask(display_.AskForWords(window, display_.Atom(property), type).sequence,
-        [this, type, take = std::move(take)](const void* reply) {
-            if (drag_ && !drag_->isOurs)
+        [this, type, asking = drags_, take = std::move(take)](const void* reply) {
+            if (drag_ && drag_->number == asking && !drag_->isOurs)
                 take(Display::WordsOf(static_cast<const xcb_get_property_reply_t*>(reply), type));
         });
 }
 
 void X11Window::HandDragOver() {
-    const Point start = std::exchange(drag_, {})->pointerAtStart;
+    const Point start = drag_->pointerAtStart;
     // The press made the pointer ours; the manager needs it.
     xcb_ungrab_pointer(display_.Connection(), pressTime_);
     display_.SendToManager(id_.value, AtomName::NetWmMoveResize,
@@ -86,10 +88,9 @@ void X11Window::HandDragOver() {
                             static_cast<std::uint32_t>(start.y), moveByPointer, XCB_BUTTON_INDEX_1,
                             fromApplication});
     display_.Flush();
-    // The release goes to the manager; for the owner the press ends here.
-    isPressed_ = false;
     handedOver_ = true;
-    releaseOwed_ = true;
+    // The release goes to the manager; for the owner the press ends here.
+    EndPress(pointerTold_ - place_.Actual());
 }
 
 void X11Window::CancelHandedOverDrag(Point pointer) {

@@ -159,8 +159,6 @@ void X11Window::ScreensChanged() {
 std::optional<Moment> X11Window::Due() const {
     if (duePosted_)
         return std::nullopt;
-    if (releaseOwed_)
-        return Moment{};
     std::optional<Moment> first = repaintAt_;
     const auto noLaterThan = [&first](std::optional<Moment> moment) {
         if (moment && (!first || *moment < *first))
@@ -190,15 +188,12 @@ void X11Window::HandleDue() {
         FinishWithdrawing();
     if (repaintAt_ && now >= *repaintAt_)
         RepaintAfterResize();
-    const std::weak_ptr<const bool> alive = alive_;
-    if (mapping_ == Mapping::Up) {
-        if (placeCheckAt_ && now >= *placeCheckAt_)
-            AskForPlace();
-        if (SettleGeometry(now))
-            TellContent();
-    }
-    if (!alive.expired() && std::exchange(releaseOwed_, false))
-        owner_.ButtonReleased(pointerTold_ - place_.Actual());
+    if (mapping_ != Mapping::Up)
+        return;
+    if (placeCheckAt_ && now >= *placeCheckAt_)
+        AskForPlace();
+    if (SettleGeometry(now))
+        TellContent();
 }
 
 void X11Window::RepaintAfterResize() {

@@ -66,6 +66,7 @@ void X11Window::OnPress(const xcb_button_press_event_t& press) {
         return;
     isPressed_ = true;
     handedOver_ = false;
+    drag_.reset();
     pressTime_ = press.time;
     pointerTold_ = {press.root_x, press.root_y};
     const std::weak_ptr<const bool> alive = alive_;

@@ -114,6 +114,9 @@ TEST(Tools, AreReadByTheirRealOutput) {
     };
     ExpectRead(cases);
     EXPECT_NEAR(*Prepared("e4defrag /none").After("[1/2]/a:b:\t 37%\r").fileShare, 0.37, 0.001);
+}
+
+TEST(Tools, BorgNamesItsFileInEitherForm) {
     EXPECT_EQ(Prepared("borg create -p rep::a src")
                   .After("33.55 MB O 33.55 MB C 0 B D 30 N src/d2/big      \r")
                   .text,
