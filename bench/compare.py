@@ -210,8 +210,9 @@ class Comparison:
             time.sleep(seconds)
             for program in self.programs:
                 after, factor = Load(ProcessFacts(program.pid)), 60 / seconds
-                for what, part in (("wake-ups in an idle minute", "wake_ups"),
-                                   ("CPU of an idle minute, ms", "cpu_ms"),
+                woken = (after.wake_ups - before[program].wake_ups).total()
+                self.note(program, f"wake-ups in an idle minute, {state}", woken * factor)
+                for what, part in (("CPU of an idle minute, ms", "cpu_ms"),
                                    ("CPU of its commands in it, ms", "children_ms")):
                     used = getattr(after, part) - getattr(before[program], part)
                     self.note(program, f"{what}, {state}", used * factor)

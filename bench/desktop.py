@@ -174,7 +174,7 @@ class Bench:
             self.note(f"CPU of its commands in a minute, {state}", "ms",
                       (after.children_ms - before.children_ms) * per_minute)
             self.note(f"wake-ups in a minute, {state}", "",
-                      (after.wake_ups - before.wake_ups) * per_minute)
+                      (after.wake_ups - before.wake_ups).total() * per_minute)
             self.end()
 
     def updates(self):

@@ -20,7 +20,7 @@ class Idle(DesktopTest):
         facts = self.desktop.messenger_facts()
         cpu, wake_ups = facts.cpu_seconds(), facts.wake_ups()
         time.sleep(seconds)
-        return (facts.cpu_seconds() - cpu) / seconds, (facts.wake_ups() - wake_ups) / seconds
+        return (facts.cpu_seconds() - cpu) / seconds, (facts.wake_ups() - wake_ups).total() / seconds
 
     def assert_asleep(self):
         share, wake_ups = self.cost()

@@ -1,5 +1,6 @@
 """Processes of a test: starting, ending, finding what was left over, and what /proc tells."""
 
+import collections
 import os
 import pathlib
 import signal
@@ -35,15 +36,16 @@ class ProcessFacts:
         return int(self._status("VmRSS")[0])
 
     def wake_ups(self):
-        """How often the process has gone to sleep and been woken."""
-        woken = 0
+        """How often each of its threads has gone to sleep and been woken. A difference of two such
+        counts leaves out the threads that have ended in between."""
+        woken = collections.Counter()
         for task in (self._folder / "task").iterdir():
             try:
                 lines = (task / "status").read_text().splitlines()
             except FileNotFoundError:  # a thread that has just ended
                 continue
-            woken += sum(int(line.split()[1]) for line in lines
-                         if line.startswith("voluntary_ctxt_switches"))
+            woken[task.name] = sum(int(line.split()[1]) for line in lines
+                                   if line.startswith("voluntary_ctxt_switches"))
         return woken
 
     def descriptors(self):
