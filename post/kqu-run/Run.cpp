@@ -166,8 +166,14 @@ int Run::Timeout() const {
 
 void Run::TakeSignals() {
     signalfd_siginfo signal{};
-    while (signals_.Next(signal))
+    bool hasChildChanged = false;
+    while (signals_.Next(signal)) {
+        hasChildChanged |= signal.ssi_signo == SIGCHLD;
         TakeSignal(signal);
+    }
+    // They come by their numbers: that the tool has stopped would come before what asked it to.
+    if (hasChildChanged)
+        LookAtChild();
 }
 
 void Run::TakeSignal(const signalfd_siginfo& signal) {
@@ -177,9 +183,9 @@ void Run::TakeSignal(const signalfd_siginfo& signal) {
     const bool isTools =
         signal.ssi_code == SI_KERNEL && ComesFromTerminal(number) && getpgid(child_) == getpgrp();
     askedToStop_ = number == SIGTSTP || (askedToStop_ && number != SIGCONT);
-    if (number == SIGCHLD) {
-        LookAtChild();
-    } else if (ending_) {
+    if (number == SIGCHLD)
+        return;
+    if (ending_) {
         isCutShort_ = isCutShort_ || EndsUs(signal.ssi_signo);
     } else if (number == SIGWINCH && hasTerminal_ && relay_) {
         // The tool may have asked for the size before the stand-in had it.
