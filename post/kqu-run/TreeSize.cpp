@@ -1,7 +1,6 @@
 #include "post/kqu-run/TreeSize.h"
 
 #include <fts.h>
-#include <linux/ioprio.h>
 #include <set>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -15,12 +14,17 @@ namespace kqu::run {
 
 namespace {
 constexpr int lowest = 19;
+/// Two arguments of the system call ioprio_set: "one thread", and the idle class. They are defined
+/// here because <linux/ioprio.h> has a parameter with the name "class" in some versions, which is
+/// not C++.
+constexpr int ofThread = 1;
+constexpr int idleClass = 3 << 13;
 
 /// Processor and disk first to everybody else.
 void MakeWay() {
     const auto self = static_cast<id_t>(syscall(SYS_gettid));
     setpriority(PRIO_PROCESS, self, lowest);
-    syscall(SYS_ioprio_set, IOPRIO_WHO_PROCESS, 0, IOPRIO_PRIO_VALUE(IOPRIO_CLASS_IDLE, 0));
+    syscall(SYS_ioprio_set, ofThread, 0, idleClass);
 }
 
 std::uint64_t Size(std::vector<std::string>& paths, bool staysOnVolume) {
