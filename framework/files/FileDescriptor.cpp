@@ -17,10 +17,13 @@ constexpr std::size_t longestRead = std::size_t{256} << 20U;
 } // namespace
 
 FileDescriptor::FileDescriptor(const std::filesystem::path& path, Access access) {
-    const int flags =
-        access == Access::Read ? O_RDONLY | O_CLOEXEC : O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
+    int flags = O_RDONLY;
+    if (access == Access::CreateNew) {
+        ::unlink(path.c_str());
+        flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
+    }
     // A pipe without a writer must not hold the program.
-    descriptor_ = ::open(path.c_str(), flags | O_NONBLOCK, newFileMode);
+    descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, newFileMode);
     struct stat status = {};
     if (descriptor_ >= 0 && (::fstat(descriptor_, &status) != 0 || S_ISDIR(status.st_mode)))
         Close();

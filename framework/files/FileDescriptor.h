@@ -12,7 +12,8 @@ class FileDescriptor {
   public:
     enum class Access { Read, CreateNew };
 
-    /// Opens a regular file or a device; IsOpen tells whether that worked. Folders are not opened.
+    /// Opens a regular file or a device, or makes a new file in place of the file or link of that
+    /// name. IsOpen says whether that worked. Folders are not opened.
     FileDescriptor(const std::filesystem::path& path, Access access);
     ~FileDescriptor();
     FileDescriptor(const FileDescriptor&) = delete;

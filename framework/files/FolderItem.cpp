@@ -55,7 +55,7 @@ std::filesystem::path FolderItem::NativePath() const {
 
 bool FolderItem::Exists() const {
     std::error_code error;
-    return std::filesystem::exists(std::filesystem::symlink_status(NativePath(), error));
+    return std::filesystem::exists(NativePath(), error);
 }
 
 bool FolderItem::IsFolder() const {

@@ -34,6 +34,7 @@ class FolderItem : public Object {
     [[nodiscard]] std::string AbsolutePath() const { return path_.string(); }
     [[nodiscard]] std::filesystem::path NativePath() const;
 
+    /// Links are followed: one that leads nowhere is no file.
     [[nodiscard]] bool Exists() const;
     [[nodiscard]] bool IsFolder() const;
     /// An item of that name in this folder; nil for a name that none can have.
@@ -52,7 +53,7 @@ class FolderItem : public Object {
     // Streams; nil if the file can't be opened. A folder never can.
     [[nodiscard]] Ref<TextInputStream> OpenAsTextFile() const;
     [[nodiscard]] Ref<BinaryStream> OpenAsBinaryFile() const;
-    /// A new empty file, in place of one that is there.
+    /// A new empty file, in place of a file or link that is there; no link is followed.
     [[nodiscard]] Ref<TextOutputStream> CreateTextFile() const;
 
     // Of no meaning here: accepted and dropped.

@@ -46,7 +46,7 @@ TEST_F(FolderItemTest, PathsResolveUnderTheRootInBothForms) {
     EXPECT_FALSE(Item("/A\\ B/C/d")->Exists());
     EXPECT_TRUE(Item("/")->Child("A B")->Child("C")->Child("d")->Exists());
     EXPECT_EQ(Item("//A B/./C//")->AbsolutePath(), "/A B/C");
-    EXPECT_TRUE(Item("/dangling")->Exists());
+    EXPECT_FALSE(Item("/dangling")->Exists());
     for (const auto& none : {Item("/")->Parent(), Item(""), Item("relative"),
                              Item("/A B")->Child("/etc"), Item("/A B")->Child("")})
         EXPECT_EQ(none, nullptr);
@@ -76,9 +76,18 @@ TEST_F(FolderItemTest, FilesWithoutAnEndOrAWriterOrRoomHoldNobody) {
     EXPECT_EQ(Item("/pipe")->OpenAsTextFile()->ReadAll(), "");
     FolderItem::SetRoot("/");
     EXPECT_EQ(Item("/dev/zero")->OpenAsTextFile()->ReadAll().size(), std::size_t{256} << 20U);
-    const auto full = Item("/dev/full")->CreateTextFile();
-    full->Write("x");
-    full->Close();
+}
+
+TEST_F(FolderItemTest, ALinkIsReplacedByANewFileAndNeverFollowed) {
+    tree.Write("target", "kept");
+    tree.Link("link", "target");
+    tree.Link("dangling", "nowhere");
+    for (const char* path : {"/link", "/dangling"}) {
+        Item(path)->CreateTextFile()->Write("new");
+        EXPECT_EQ(Item(path)->OpenAsTextFile()->ReadAll(), "new");
+    }
+    EXPECT_EQ(Item("/target")->OpenAsTextFile()->ReadAll(), "kept");
+    EXPECT_FALSE(Item("/nowhere")->Exists());
 }
 
 TEST_F(FolderItemTest, OpenFilesAreClosedInCommandsThatAreStarted) {
