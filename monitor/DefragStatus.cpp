@@ -26,14 +26,6 @@ std::string ForkText(double percent) {
     return "Defragging Fork: 0 % Complete";
 }
 
-/// The line of text of this notification; nothing of the phase is kept from one to the next.
-std::string PhaseText(const Window1& panel, const CFDictionary& userInfo) {
-    const auto status = WireText(userInfo, panel.kCFDefragStatusKey);
-    if (!status || !IsDefragmenting(*status))
-        return checkingText;
-    const auto progress = WireText(userInfo, panel.kCFDefragFileProgressKey);
-    return ForkText(progress ? Val(*progress) : wholeFork);
-}
 } // namespace
 
 void Window1::ParseBackgroundDefragNotification(const std::string& name,
@@ -41,10 +33,14 @@ void Window1::ParseBackgroundDefragNotification(const std::string& name,
     const Ref<Dictionary> row = FindRow(*MyWindowEventList->MyDict, name);
     if (!row || !userInfo)
         return;
-    const std::string phaseText = PhaseText(*this, *userInfo);
+    // Of this notification alone; no phase is kept from one to the next.
+    const auto status = WireText(*userInfo, kCFDefragStatusKey);
+    const bool isDefragmenting = status && IsDefragmenting(*status);
     if (const auto file = WireText(*userInfo, kCFDefragFileNameKey))
         row->SetValue("Status", "File: " + *file);
-    row->SetValue("fileprogress", phaseText);
+    const auto fork =
+        isDefragmenting ? WireText(*userInfo, kCFDefragFileProgressKey) : std::nullopt;
+    row->SetValue("fileprogress", ForkText(fork ? Val(*fork) : wholeFork));
     TakeLastNumber(*row, "PID", *userInfo, kCFPIDKey->Text());
     SetTask(*row, TaskCode::Defragmenter);
     const auto examined = WireText(*userInfo, kCFDefragNumFilesExaminedKey);

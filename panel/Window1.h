@@ -85,7 +85,7 @@ class Window1 : public Window {
     WindowLayout Layout() override;
     void CreateControls() override;
     void _CreateControls0();
-    void AddMenuHandlers(Window& window);
+    void AddMenuHandlers(Window& window) override;
     void Event_Open() override;
     void Event_Close() override;
     /// Sets the title for that many tasks, under the flavour of the suite.

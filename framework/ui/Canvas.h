@@ -19,6 +19,10 @@ class Canvas : public Control {
   public:
     Canvas(Window& ownerWindow, const CanvasSettings& settings);
 
+    const bool UseFocusRing;
+    const bool AcceptTabs;
+    const bool EraseBackground;
+
     /// Draws on the canvas at once, outside its `Paint` event; what was drawn is shown with the
     /// window's next change.
     [[nodiscard]] std::unique_ptr<kqu::Graphics> Graphics();

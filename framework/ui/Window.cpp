@@ -32,6 +32,7 @@ void Window::Create() {
                                                       *this);
     Runtime::Current().OpenWindows().push_back(this);
     CreateControls();
+    AddMenuHandlers(*this);
     for (const Control* control : controls_)
         if (control->Open)
             control->Open();

@@ -98,11 +98,14 @@ class Window : private platform::NativeWindowOwner {
     [[nodiscard]] std::unique_ptr<Graphics> GraphicsFor(const Control& control);
 
   protected:
-    /// Builds the window: Layout, the native window, the controls, their Open events, Event_Open.
+    /// Builds the window: Layout, the native window, the controls, AddMenuHandlers, the
+    /// controls' Open events, Event_Open.
     void Create();
 
     [[nodiscard]] virtual WindowLayout Layout() = 0;
     virtual void CreateControls() = 0;
+    /// Raised once, when the controls are there, for a window that handles menu commands.
+    virtual void AddMenuHandlers(Window& /*window*/) {}
     virtual void Event_Open() {}
     virtual void Event_Close() {}
     /// Raised when the size was changed from outside.

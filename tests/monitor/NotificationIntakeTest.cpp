@@ -80,6 +80,18 @@ TEST_F(NotificationIntakeTest, ALookupFileThatCannotBeOpenedEndsTheProgram) {
     EXPECT_TRUE(machine.HasEnded());
 }
 
+TEST_F(NotificationIntakeTest, TheDefragmentersFileIsStoredBeforeItsProgressIsRead) {
+    const Ref<Dictionary> row = std::make_shared<Dictionary>();
+    machine.Panel().MyWindowEventList->MyDict->SetValue("KQS_disk", row);
+    machine.centre.Post(PostedNotification{"KQS_disk", "KQDefrag",
+                                           WireDictionary{{"status", "defrag"},
+                                                          {"FileName", "a"},
+                                                          {"FileProgress", OtherWireValue()}}});
+    machine.Advance();
+    EXPECT_TRUE(machine.HasEnded());
+    EXPECT_EQ(row->Value("Status").StringValue(), "File: a");
+}
+
 TEST_F(NotificationIntakeTest, WhatRunsIsNamedAndItsChangeTold) {
     EXPECT_EQ(machine.power.WhatRuns(), "");
     const int before = machine.power.changes;
