@@ -1,49 +1,30 @@
 #include "platform/x11/IconScaling.h"
 
+#include "platform/CDeleter.h"
+
 #include <algorithm>
+#include <cairo.h>
 #include <cstddef>
 
 namespace kqu::platform {
 
 namespace {
-constexpr std::uint32_t opaque = 0xFF000000;
+using Surface = CPointer<cairo_surface_t, cairo_surface_destroy>;
+using Cairo = CPointer<cairo_t, cairo_destroy>;
 
-/// From the first up to and without the last; at least one.
-struct Stretch {
-    int first;
-    int last;
-};
-
-/// What of `full` pixels lies under pixel `index` when they are scaled to `scaled`.
-Stretch Under(int index, int scaled, int full) {
-    const int first = index * full / scaled;
-    return {first, std::max(first + 1, (index + 1) * full / scaled)};
-}
-
-std::uint32_t Mean(const Frame& frame, Stretch columns, Stretch lines) {
-    std::uint64_t red = 0;
-    std::uint64_t green = 0;
-    std::uint64_t blue = 0;
-    for (int y = lines.first; y < lines.last; ++y)
-        for (int x = columns.first; x < columns.last; ++x) {
-            const std::uint32_t pixel =
-                frame.pixels[static_cast<std::ptrdiff_t>(y) * frame.stride + x];
-            red += (pixel >> 16) & 0xFF;
-            green += (pixel >> 8) & 0xFF;
-            blue += pixel & 0xFF;
-        }
-    const auto count = static_cast<std::uint64_t>(columns.last - columns.first) *
-                       static_cast<std::uint64_t>(lines.last - lines.first);
-    const auto mean = [&](std::uint64_t sum) {
-        return static_cast<std::uint32_t>((sum + count / 2) / count);
-    };
-    return opaque | mean(red) << 16 | mean(green) << 8 | mean(blue);
-}
+constexpr int bytesPerPixel = 4;
 
 /// The frame's size when it is made to fit.
 Size Fitted(const Frame& frame, int side) {
     const int longest = std::max({frame.width, frame.height, side});
     return {std::max(1, frame.width * side / longest), std::max(1, frame.height * side / longest)};
+}
+
+Surface SurfaceOf(const Frame& frame) {
+    // Cairo takes no constant pixels; as a source it only reads them.
+    auto* pixels = reinterpret_cast<unsigned char*>(const_cast<std::uint32_t*>(frame.pixels));
+    return Surface(cairo_image_surface_create_for_data(pixels, CAIRO_FORMAT_RGB24, frame.width,
+                                                       frame.height, frame.stride * bytesPerPixel));
 }
 } // namespace
 
@@ -54,13 +35,20 @@ std::vector<std::uint32_t> ScaledIcon(const Frame& frame, int side) {
     if (frame.width <= 0 || frame.height <= 0)
         return icon;
     const Size size = Fitted(frame, side);
-    const int left = (side - size.width) / 2;
-    const int top = (side - size.height) / 2;
-    for (int y = 0; y < size.height; ++y)
-        for (int x = 0; x < size.width; ++x)
-            icon[2 + static_cast<std::size_t>(top + y) * length +
-                 static_cast<std::size_t>(left + x)] =
-                Mean(frame, Under(x, size.width, frame.width), Under(y, size.height, frame.height));
+    const Surface source = SurfaceOf(frame);
+    const Surface target(
+        cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(icon.data() + 2),
+                                            CAIRO_FORMAT_ARGB32, side, side, side * bytesPerPixel));
+    const Cairo cairo(cairo_create(target.get()));
+    cairo_translate(cairo.get(), (side - size.width) / 2, (side - size.height) / 2);
+    cairo_rectangle(cairo.get(), 0, 0, size.width, size.height);
+    cairo_scale(cairo.get(), static_cast<double>(size.width) / frame.width,
+                static_cast<double>(size.height) / frame.height);
+    cairo_set_source_surface(cairo.get(), source.get(), 0, 0);
+    // The frame's edges stay opaque.
+    cairo_pattern_set_extend(cairo_get_source(cairo.get()), CAIRO_EXTEND_PAD);
+    cairo_fill(cairo.get());
+    cairo_surface_flush(target.get());
     return icon;
 }
 

@@ -6,6 +6,7 @@
 #include "platform/text/TextLayout.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace kqu::drawing {
@@ -13,9 +14,6 @@ namespace kqu::drawing {
 namespace {
 using platform::TextImage;
 using platform::TextLayout;
-
-/// A scaling makes pixels of so much of its source at once, or of what goes into one line.
-constexpr Pixels scaledAtOnce = 1 << 20;
 
 std::size_t Count(Pixels pixels) {
     return static_cast<std::size_t>(pixels);
@@ -29,64 +27,49 @@ void PaintFill(const FillCommand& fill, const Target& target) {
         std::fill_n(target.At(visible.left, y), visible.Width(), fill.colour);
 }
 
-/// Draws pixels of the target's own coordinates, through a mask if there is one.
-void PaintPixels(const Raster& colours, const Raster* mask, const Target& target) {
-    const Area& area = target.clip;
-    for (Pixels y = area.top; y < area.bottom; ++y) {
-        const Pixel* source = colours.At(area.left, y);
-        Pixel* below = target.At(area.left, y);
-        if (mask != nullptr)
-            BlendThroughMask(source, mask->At(area.left, y), below, Count(area.Width()));
-        else
-            std::copy_n(source, area.Width(), below);
-    }
+/// Draws a line of pixels, through a line of a mask if there is one.
+void PaintLine(const Pixel* colours, const Pixel* mask, Pixel* below, Pixels width) {
+    if (mask != nullptr)
+        BlendThroughMask(colours, mask, below, Count(width));
+    else
+        std::copy_n(colours, width, below);
 }
 
 void PaintNatural(const ImageCommand& command, const Target& target) {
     const Target inImage =
         target.Of(command.destination.left - command.source.left,
                   command.destination.top - command.source.top, command.destination);
-    const auto& [colours, mask] = command.image;
-    if (!mask)
-        colours->PaintOn(inImage);
-    else if (const Area& area = inImage.clip; Plane::IsInReason(area))
-        PaintPixels(*colours->PixelsOf(area), mask->PixelsOf(area).get(), inImage);
+    const Area& area = inImage.clip;
+    const auto& [image, mask] = command.image;
+    if (!mask) {
+        image->PaintOn(inImage);
+        return;
+    }
+    const auto colours = image->PixelsOf(area);
+    const auto shown = mask->PixelsOf(area);
+    for (Pixels y = area.top; y < area.bottom; ++y)
+        PaintLine(colours->At(area.left, y), shown->At(area.left, y), inImage.At(area.left, y),
+                  area.Width());
 }
 
+// The panel stretches and squeezes pictures in their width. A line that is wanted at another height
+// is shown as it is.
 void PaintScaled(const ImageCommand& command, const Target& target) {
     const auto& [image, destination, source] = command;
     const Area visible = target.clip.Within(destination);
-    const ScaledAxis across({source.left, source.Width()}, {destination.left, destination.Width()});
-    const ScaledAxis down({source.top, source.Height()}, {destination.top, destination.Height()});
-    const auto sourceOf = [&](const Area& part) {
-        const auto columns = across.SourceOf(part.left, part.right);
-        const auto lines = down.SourceOf(part.top, part.bottom);
-        return Area::Of(columns.start, lines.start, columns.length, lines.length);
+    const LineScaling across({source.left, source.Width()},
+                             {destination.left, destination.Width()});
+    const auto lineOf = [&source = source, &destination = destination](Pixels y) {
+        return source.top + (y - destination.top) * source.Height() / destination.Height();
     };
-    const Area all = sourceOf(visible);
-    const bool atOnce = all.Height() <= scaledAtOnce / std::max<Pixels>(all.Width(), 1);
-    const Pixels step = atOnce ? visible.Height() : 1;
-    for (Pixels top = visible.top; top < visible.bottom; top += step) {
-        const Area part{visible.left, top, visible.right, top + step};
-        const Area needed = sourceOf(part);
-        if (!Plane::IsInReason(needed)) {
-            // Nothing shows through an image without a mask, even where there is none to be had.
-            if (!image.mask)
-                PaintFill({part, white}, target);
-            continue;
-        }
-        const auto scaled = [&](const Plane& plane) {
-            return Scaled(*plane.PixelsOf(needed), across, down, part);
-        };
-        const Raster colours = scaled(*image.colours);
-        const Target here = target.Of(0, 0, part);
-        if (image.mask) {
-            const Raster mask = scaled(*image.mask);
-            PaintPixels(colours, &mask, here);
-        } else {
-            PaintPixels(colours, nullptr, here);
-        }
-    }
+    const Area wanted{visible.left, lineOf(visible.top), visible.right,
+                      lineOf(visible.bottom - 1) + 1};
+    const Raster colours = across.Apply(*image.colours, wanted);
+    const auto mask = image.mask ? std::optional(across.Apply(*image.mask, wanted)) : std::nullopt;
+    for (Pixels y = visible.top; y < visible.bottom; ++y)
+        PaintLine(colours.At(visible.left, lineOf(y)),
+                  mask ? mask->At(visible.left, lineOf(y)) : nullptr, target.At(visible.left, y),
+                  visible.Width());
 }
 
 void PaintImage(const ImageCommand& command, const Target& target) {

@@ -12,14 +12,8 @@ constexpr Pixels smallPlane = 1 << 16;
 /// What is looked at less often is not worth keeping: a bar is drawn anew at each paint, and shown
 /// once, or in two parts.
 constexpr int fewLooks = 2;
-/// A recorded command takes about as much memory as this many pixels.
-constexpr Pixels pixelsPerCommand = 64;
-/// A quarter of a gigabyte.
-constexpr Pixels mostPixels = 1 << 26;
 /// What was drawn over is looked for among so many commands, the latest.
 constexpr std::ptrdiff_t fewEntries = 32;
-/// Planes that are drawn on planes and so on: further down they are given pixels.
-constexpr int deepest = 16;
 } // namespace
 
 Plane::Plane(int width, int height) : width_(width), height_(height), blank_(Bounds()) {}
@@ -35,12 +29,7 @@ Plane::Plane(const Plane& other)
       pixels_(other.pixels_ ? std::make_shared<Raster>(*other.pixels_) : nullptr),
       entries_(other.entries_),
       blank_(other.blank_),
-      latestFill_(other.latestFill_),
-      depth_(other.depth_) {}
-
-bool Plane::IsInReason(const Area& area) {
-    return area.IsEmpty() || area.Height() <= mostPixels / area.Width();
-}
+      latestFill_(other.latestFill_) {}
 
 bool Plane::IsHiddenBy(const Command& command, const Area& clip) const {
     return command.IsOpaque() && command.Reach().Within(clip).Covers(Bounds());
@@ -50,8 +39,6 @@ void Plane::Draw(Command command, const Area& clip) {
     const Area reach = command.Reach().Within(clip).Within(Bounds());
     if (reach.IsEmpty())
         return;
-    if (!pixels_ && Pixels(entries_.size()) * pixelsPerCommand > Size())
-        Rasterise();
     if (pixels_)
         command.Paint({*pixels_, reach});
     else
@@ -63,20 +50,12 @@ void Plane::Record(Command command, const Area& reach) {
         entries_.clear();
         latestFill_.reset();
         blank_ = {};
-        depth_ = 0;
     } else if (command.IsOpaque()) {
         DropBelow(reach);
     }
     if (std::holds_alternative<FillCommand>(command.what)) {
         Hide(reach);
         latestFill_ = entries_.size();
-    }
-    if (const auto* image = std::get_if<ImageCommand>(&command.what)) {
-        for (const auto& plane : {image->image.colours, image->image.mask}) {
-            if (plane && plane->depth_ >= deepest && IsInReason(plane->Bounds()))
-                plane->Rasterise();
-            depth_ = std::max(depth_, plane ? plane->depth_ + 1 : 0);
-        }
     }
     entries_.push_back({std::move(command), reach});
 }
@@ -108,13 +87,10 @@ void Plane::DropBelow(const Area& covered) {
 }
 
 void Plane::Rasterise() const {
-    if (pixels_)
-        return;
     auto pixels = std::make_shared<Raster>(Bounds());
     PaintOn({*pixels, Bounds()});
     pixels_ = std::move(pixels);
     entries_ = {};
-    depth_ = 0;
 }
 
 void Plane::PaintOn(const Target& target) const {

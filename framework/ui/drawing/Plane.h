@@ -13,9 +13,8 @@ namespace kqu::drawing {
 /// One plane of a picture, its colours or its mask, white to begin with.
 ///
 /// What is drawn on it is recorded, and made into pixels only where somebody looks: a list of a
-/// thousand rows costs what it shows. A small plane that is looked at again and again, or one that
-/// has been drawn on more often than its pixels are worth, gets pixels for good and is drawn on
-/// directly from then on.
+/// thousand rows costs what it shows. A small plane that is looked at again and again gets pixels
+/// for good and is drawn on directly from then on.
 ///
 /// A plane that is shared is never drawn on: it is the snapshot of its picture.
 class Plane {
@@ -39,11 +38,8 @@ class Plane {
     [[nodiscard]] Pixel At(Pixels x, Pixels y) const;
     /// Copies what the target wants; the target's clip lies within the bounds.
     void PaintOn(const Target& target) const;
-    /// Pixels that hold at least `area`, which is in reason and within the bounds.
+    /// Pixels that hold at least `area`, which is within the bounds.
     [[nodiscard]] std::shared_ptr<const Raster> PixelsOf(const Area& area) const;
-
-    /// Whether the pixels of an area can be held in memory.
-    [[nodiscard]] static bool IsInReason(const Area& area);
 
   private:
     struct Entry {
@@ -69,8 +65,6 @@ class Plane {
     std::optional<std::size_t> latestFill_;
     /// How often somebody asked for pixels.
     mutable int looks_ = 0;
-    /// How many planes stand behind one another in the entries.
-    mutable int depth_ = 0;
 };
 
 } // namespace kqu::drawing

@@ -1,7 +1,8 @@
 #include "framework/ui/drawing/Scaling.h"
 
+#include "framework/ui/drawing/Plane.h"
+
 #include <algorithm>
-#include <numeric>
 
 namespace kqu::drawing {
 
@@ -10,8 +11,8 @@ namespace {
 using Channels = std::uint64_t;
 
 constexpr unsigned weightBits = 12;
-static_assert(1U << weightBits == ScaledAxis::fullWeight);
-constexpr Channels half = ScaledAxis::fullWeight / 2;
+static_assert(1U << weightBits == LineScaling::fullWeight);
+constexpr Channels half = LineScaling::fullWeight / 2;
 constexpr Channels rounding = half << 40U | half << 20U | half;
 
 Channels Spread(Pixel pixel) {
@@ -29,7 +30,7 @@ Pixel Gathered(Channels weighted) {
 class Sums {
   public:
     /// `sameAs` gives for each source pixel the first of those up to it that are alike.
-    Sums(const ScaledAxis& axis, Pixels first, Pixels end, Pixels sourceFirst,
+    Sums(const LineScaling& axis, Pixels first, Pixels end, Pixels sourceFirst,
          const std::vector<Pixels>& sameAs) {
         for (Pixels pixel = first; pixel < end; ++pixel) {
             const auto [start, length] = axis.SourceOf(pixel, pixel + 1);
@@ -41,19 +42,17 @@ class Sums {
         }
     }
 
-    /// The source's pixels are `step` apart, as are the destination's.
-    void Apply(const Pixel* source, Pixels sourceStep, Pixel* destination, Pixels step) const {
+    void Apply(const Pixel* source, Pixel* destination) const {
         for (const Span& span : spans_) {
-            const Pixel* from = source + span.source * sourceStep;
+            const Pixel* from = source + span.source;
             if (span.firstWeight == span.endWeight) {
-                *destination = *from;
-            } else {
-                Channels sum = 0;
-                for (std::size_t w = span.firstWeight; w < span.endWeight; ++w, from += sourceStep)
-                    sum += Spread(*from) * weights_[w];
-                *destination = Gathered(sum);
+                *destination++ = *from;
+                continue;
             }
-            destination += step;
+            Channels sum = 0;
+            for (std::size_t w = span.firstWeight; w < span.endWeight; ++w)
+                sum += Spread(*from++) * weights_[w];
+            *destination++ = Gathered(sum);
         }
     }
 
@@ -82,23 +81,16 @@ std::vector<Pixels> LikeColumns(const Raster& source, const Area& area) {
         sameAs[x] = differences[x] == 0 ? sameAs[x - 1] : area.left + static_cast<Pixels>(x);
     return sameAs;
 }
-
-/// As above, for lines that are all taken to be different.
-std::vector<Pixels> DifferentLines(const Area& area) {
-    std::vector<Pixels> sameAs(static_cast<std::size_t>(area.Height()));
-    std::iota(sameAs.begin(), sameAs.end(), area.top);
-    return sameAs;
-}
 } // namespace
 
-ScaledAxis::Stretch ScaledAxis::SourceOf(Pixels first, Pixels end) const {
+LineScaling::Stretch LineScaling::SourceOf(Pixels first, Pixels end) const {
     const Pixels start = (first - destination_.start) * source_.length / destination_.length;
     const Pixels covered = (end - destination_.start) * source_.length;
     const Pixels stop = (covered + destination_.length - 1) / destination_.length;
     return {source_.start + start, stop - start};
 }
 
-void ScaledAxis::AppendWeights(Pixels destination, std::vector<std::uint32_t>& weights) const {
+void LineScaling::AppendWeights(Pixels destination, std::vector<std::uint32_t>& weights) const {
     const Pixels start = (destination - destination_.start) * source_.length;
     const Pixels end = start + source_.length;
     Pixels edge = start / destination_.length * destination_.length;
@@ -113,27 +105,15 @@ void ScaledAxis::AppendWeights(Pixels destination, std::vector<std::uint32_t>& w
     }
 }
 
-Raster Scaled(const Raster& source, const ScaledAxis& across, const ScaledAxis& down,
-              const Area& wanted) {
-    const auto columns = across.SourceOf(wanted.left, wanted.right);
-    const auto lines = down.SourceOf(wanted.top, wanted.bottom);
-    const Area needed = Area::Of(columns.start, lines.start, columns.length, lines.length);
-    const Sums sumsAcross(across, wanted.left, wanted.right, needed.left,
-                          LikeColumns(source, needed));
-    Raster scaled({wanted.left, needed.top, wanted.right, needed.bottom});
-    for (Pixels y = needed.top; y < needed.bottom; ++y)
-        sumsAcross.Apply(source.At(needed.left, y), 1, scaled.At(wanted.left, y), 1);
-    if (down.IsIdentity()) {
-        // The same lines under other numbers.
-        scaled.MoveTo(wanted.left, wanted.top);
-        return scaled;
-    }
-    Raster result(wanted);
-    const Sums sumsDown(down, wanted.top, wanted.bottom, needed.top, DifferentLines(needed));
-    for (Pixels x = wanted.left; x < wanted.right; ++x)
-        sumsDown.Apply(scaled.At(x, needed.top), wanted.Width(), result.At(x, wanted.top),
-                       wanted.Width());
-    return result;
+Raster LineScaling::Apply(const Plane& plane, const Area& wanted) const {
+    const Stretch columns = SourceOf(wanted.left, wanted.right);
+    const Area needed = Area::Of(columns.start, wanted.top, columns.length, wanted.Height());
+    const auto source = plane.PixelsOf(needed);
+    const Sums sums(*this, wanted.left, wanted.right, needed.left, LikeColumns(*source, needed));
+    Raster scaled(wanted);
+    for (Pixels y = wanted.top; y < wanted.bottom; ++y)
+        sums.Apply(source->At(needed.left, y), scaled.At(wanted.left, y));
+    return scaled;
 }
 
 } // namespace kqu::drawing
