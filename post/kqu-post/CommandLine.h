@@ -1,17 +1,12 @@
 #pragma once
 
 #include "post/posting/Poster.h"
+#include "post/posting/Program.h"
 
 #include <span>
-#include <stdexcept>
 #include <string>
 
 namespace kqu::post {
-
-/// The command line can't be understood; the message is one line for the user.
-class UsageError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 /// What the command line asks for.
 struct Request {

@@ -1,28 +1,16 @@
 #include "post/kqu-post/CommandLine.h"
 #include "post/posting/Poster.h"
+#include "post/posting/Program.h"
 #include "post/posting/StartMessenger.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <exception>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 // kqu-post: posts one status notification.
 
 namespace {
 constexpr int notTaken = 1;
 constexpr int wrongUsage = 2;
-
-/// One line, whatever the arguments hold that it quotes.
-int Complain(const std::exception& error, int status) {
-    std::string text = error.what();
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == '\x7f'; }, '?');
-    std::fprintf(stderr, "kqu-post: %s\n", text.c_str());
-    return status;
-}
 
 void Post(const kqu::post::Request& request) {
     const kqu::post::Connection connection = kqu::post::Connect(request.bus);
@@ -54,12 +42,6 @@ int Run(std::span<const char* const> arguments) {
 } // namespace
 
 int main(int count, char** values) {
-    const std::vector<const char*> arguments(values + (count > 0 ? 1 : 0), values + count);
-    try {
-        return Run(arguments);
-    } catch (const kqu::post::UsageError& error) {
-        return Complain(error, wrongUsage);
-    } catch (const std::exception& error) {
-        return Complain(error, notTaken);
-    }
+    return kqu::post::RunProgram("kqu-post", {values, static_cast<std::size_t>(count)}, Run,
+                                 notTaken, wrongUsage);
 }

@@ -1,20 +1,17 @@
 #pragma once
 
 #include "post/kqu-run/Launch.h"
+#include "post/posting/Program.h"
 #include "post/posting/Tools.h"
 
 #include <optional>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace kqu::run {
 
-/// The command line can't be understood; the message is one line for the user.
-class UsageError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+using post::UsageError;
 
 /// What the command line asks for.
 struct Request {

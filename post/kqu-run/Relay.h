@@ -1,7 +1,7 @@
 #pragma once
 
-#include "post/kqu-run/Descriptor.h"
 #include "post/kqu-run/OutputFilter.h"
+#include "post/posting/Descriptor.h"
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "post/kqu-run/Descriptor.h"
+#include "post/posting/Descriptor.h"
 
 #include <csignal>
 #include <sys/signalfd.h>

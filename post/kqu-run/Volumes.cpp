@@ -1,8 +1,8 @@
 #include "post/kqu-run/Volumes.h"
 
 #include "post/kqu-run/Arguments.h"
-#include "post/kqu-run/Descriptor.h"
 #include "post/kqu-run/Naming.h"
+#include "post/posting/Descriptor.h"
 
 #include <charconv>
 #include <cstdlib>

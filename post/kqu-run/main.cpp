@@ -1,26 +1,15 @@
 #include "post/kqu-run/CommandLine.h"
 #include "post/kqu-run/Run.h"
+#include "post/posting/Program.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <fcntl.h>
-#include <string>
 #include <unistd.h>
-#include <vector>
+#include <utility>
 
 // kqu-run: runs a command and shows it in the messenger's panel.
 
 namespace {
-constexpr int wrongUsage = 125;
-
-/// One line, whatever the arguments hold that it quotes.
-int Complain(const std::exception& error, int status) {
-    std::string text = error.what();
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == '\x7f'; }, '?');
-    std::fprintf(stderr, "kqu-run: %s\n", text.c_str());
-    return status;
-}
+constexpr int failed = 125;
 
 int RunCommand(kqu::run::Request request) {
     kqu::run::Run run(std::move(request));
@@ -43,24 +32,17 @@ int Do(std::span<const char* const> arguments) {
         std::puts("kqu-run " KQU_VERSION);
         break;
     case Request::Action::Run:
-        return RunCommand(std::move(request));
+        try {
+            return RunCommand(std::move(request));
+        } catch (const kqu::run::StartError& error) {
+            return kqu::post::Complain("kqu-run", error.what(), error.status);
+        }
     }
     return 0;
 }
 } // namespace
 
 int main(int count, char** values) {
-    // What we open must not take the place of a standard stream that is closed. The tool finds it
-    // closed all the same.
-    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
-        if (fcntl(stream, F_GETFD) < 0)
-            open("/dev/null", O_RDWR | O_CLOEXEC);
-    const std::vector<const char*> arguments(values + (count > 0 ? 1 : 0), values + count);
-    try {
-        return Do(arguments);
-    } catch (const kqu::run::StartError& error) {
-        return Complain(error, error.status);
-    } catch (const std::exception& error) {
-        return Complain(error, wrongUsage);
-    }
+    return kqu::post::RunProgram("kqu-run", {values, static_cast<std::size_t>(count)}, Do, failed,
+                                 failed);
 }

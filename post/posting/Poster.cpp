@@ -1,11 +1,20 @@
 #include "post/posting/Poster.h"
 
+#include "post/posting/Descriptor.h"
+#include "post/posting/UserCommand.h"
+
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
+#include <poll.h>
 #include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <thread>
+#include <unistd.h>
 
 namespace kqu::post {
 
@@ -16,9 +25,9 @@ constexpr const char* member = "Posted";
 constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
 
-/// Listeners on the system bus ask who posted, and the bus can only tell while the poster is there.
-/// Nothing tells the poster when they have asked; this is a hundred times what it takes.
-constexpr std::chrono::milliseconds stay{500};
+/// Listeners on the system bus ask who posted, and the bus knows that only while the poster is
+/// connected. Nothing reports that they have asked, and a flood from others may delay them.
+constexpr std::chrono::seconds stay{10};
 
 constexpr const char* notTaken = "the bus has not taken the message";
 
@@ -98,6 +107,41 @@ void AwaitTaken(sd_bus* bus) {
     Check(-sd_bus_message_get_errno(message.get()), notTaken);
     Check(mayPost ? 0 : -EACCES, notTaken);
 }
+
+/// A bus allows one user a few hundred connections only, so the processes that keep one are limited
+/// as well: each holds one of these places. Nothing where all are taken.
+Descriptor TakePlace() {
+    constexpr int places = 32;
+    for (int place = 0; place < places; ++place) {
+        Descriptor held(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        // Behind a NUL it is a name without a file, which goes with its descriptor.
+        const int length = std::snprintf(&address.sun_path[1], sizeof address.sun_path - 1,
+                                         "kqu-post.%u.%d", geteuid(), place);
+        if (bind(held.Number(), reinterpret_cast<const sockaddr*>(&address),
+                 static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 +
+                                        static_cast<std::size_t>(length))) == 0)
+            return held;
+    }
+    return {};
+}
+
+/// Lets a child keep the connection, so that the caller need not wait. Where there can be none, the
+/// caller waits for as long as an idle listener needs.
+void KeepConnected(int connection) {
+    const Descriptor place = TakePlace();
+    const pid_t child = place ? fork() : -1;
+    if (child == 0) {
+        // Without events poll returns early only when the bus closes the connection.
+        pollfd bus{connection, 0, 0};
+        if (LeaveCaller({connection, place.Number()}))
+            poll(&bus, 1, static_cast<int>(std::chrono::milliseconds(stay).count()));
+        _exit(0);
+    }
+    if (child < 0)
+        std::this_thread::sleep_for(stay / 20);
+}
 } // namespace
 
 void Send(const Connection& connection, const Notification& notification) {
@@ -110,7 +154,7 @@ void Send(const Connection& connection, const Notification& notification) {
 void Post(const Connection& connection, const Notification& notification) {
     Send(connection, notification);
     if (connection.kind == Bus::System)
-        std::this_thread::sleep_for(stay);
+        KeepConnected(sd_bus_get_fd(connection.bus.get()));
 }
 
 void Post(Bus bus, const Notification& notification) {

@@ -19,8 +19,8 @@ struct Notification {
 /// Posts a notification as a D-Bus signal and returns once the bus has taken it. For those who stay
 /// connected anyway. Raises PostError.
 void Send(const Connection& connection, const Notification& notification);
-/// The same, but on the system bus it stays connected for as long as a listener needs to ask the
-/// bus who posted. Raises PostError.
+/// The same, but a child process keeps the connection to the system bus for ten seconds, so that a
+/// listener can ask the bus who posted. Raises PostError.
 void Post(const Connection& connection, const Notification& notification);
 /// The same over a connection of its own.
 void Post(Bus bus, const Notification& notification);

@@ -1,11 +1,15 @@
 #include "post/posting/StartMessenger.h"
 
+#include "post/posting/Descriptor.h"
 #include "post/posting/Questions.h"
 #include "post/posting/SeatUser.h"
 #include "post/posting/UserCommand.h"
 
 #include <cstdint>
+#include <ctime>
+#include <fcntl.h>
 #include <string>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -20,6 +24,11 @@ constexpr const char* serviceManager = "org.freedesktop.systemd1";
 constexpr const char* command = "kqu-post";
 
 constexpr std::chrono::milliseconds betweenLooks{10};
+
+/// How long root waits for a user's session, whose bus may be silent.
+constexpr std::chrono::seconds patienceWithUser{2};
+/// How long such a session is left alone, so that a job with many posts waits once.
+constexpr std::chrono::seconds untilAskedAgain = std::chrono::minutes(10);
 
 using Object = Questions::Object;
 using Moment = Questions::Moment;
@@ -66,27 +75,49 @@ std::string FolderOfProgram() {
     return path.substr(0, path.rfind('/') + 1);
 }
 
+/// Whether the file was written a short time ago. The clock may have been set back meanwhile.
+bool IsRecent(const std::string& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0)
+        return false;
+    const std::time_t age = std::time(nullptr) - status.st_mtime;
+    return age >= 0 && age < untilAskedAgain.count();
+}
+
+void Mark(const std::string& path) {
+    constexpr mode_t onlyOwn = 0600;
+    unlink(path.c_str());
+    const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, onlyOwn));
+}
+
 /// Root never touches what belongs to a user, and a session bus refuses it: the command is run as
 /// that user, told nothing but where the user's bus is.
-bool StartAtSeat(sd_bus& systemBus, Moment deadline) {
+bool StartAtSeat(sd_bus& systemBus) {
+    const Moment deadline = std::chrono::steady_clock::now() + patienceWithUser;
     Questions bus(systemBus, deadline);
     const auto user = UserAtSeat(bus);
     if (!user)
         return false;
-    const std::string folder = "/run/user/" + std::to_string(*user);
-    return RunAs(
+    const std::string number = std::to_string(*user);
+    const std::string folder = "/run/user/" + number;
+    const std::string mark = "/run/kqu-post.silent." + number;
+    if (IsRecent(mark))
+        return false;
+    const bool isStarted = RunAs(
         *user, {FolderOfProgram() + command, "--start-only"},
         {"XDG_RUNTIME_DIR=" + folder, "DBUS_SESSION_BUS_ADDRESS=unix:path=" + folder + "/bus"},
         deadline);
+    if (bus.IsOver())
+        Mark(mark);
+    return isStarted;
 }
 } // namespace
 
 bool StartMessenger(const Connection& connection) {
-    const Moment deadline = std::chrono::steady_clock::now() + patience;
     if (connection.kind == Bus::Session)
-        return StartInSession(*connection.bus, deadline);
+        return StartInSession(*connection.bus, std::chrono::steady_clock::now() + patience);
     if (geteuid() == 0)
-        return StartAtSeat(*connection.bus, deadline);
+        return StartAtSeat(*connection.bus);
     return StartMessenger(Bus::Session);
 }
 

@@ -1,18 +1,20 @@
 #include "post/posting/UserCommand.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <fcntl.h>
-#include <grp.h>
 #include <linux/keyctl.h>
 #include <poll.h>
 #include <pwd.h>
-#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace kqu::post {
 
@@ -20,28 +22,28 @@ namespace {
 /// The group of the account "nobody", for a user that no account describes.
 constexpr gid_t groupOfNobody = 65534;
 constexpr int cannotBeRun = 127;
+constexpr const char* setpriv = "/usr/bin/setpriv";
 
-struct Account {
-    uid_t user = 0;
-    gid_t group = groupOfNobody;
-    std::vector<gid_t> groups;
-};
+/// What a user gets from the system at most, where root may have more.
+constexpr std::array<std::pair<__rlimit_resource, rlim_t>, 5> limits{{{RLIMIT_NICE, 0},
+                                                                      {RLIMIT_RTPRIO, 0},
+                                                                      {RLIMIT_CORE, 0},
+                                                                      {RLIMIT_MEMLOCK, 8U << 20U},
+                                                                      {RLIMIT_NOFILE, 1024}}};
 
-Account AccountOf(uid_t user) {
-    Account account;
-    account.user = user;
+std::vector<std::string> OptionsFor(uid_t user) {
     std::vector<char> texts(std::size_t{1} << 16);
     passwd entry{};
-    passwd* found = nullptr;
-    if (getpwuid_r(user, &entry, texts.data(), texts.size(), &found) != 0 || found == nullptr)
-        return account;
-    account.group = entry.pw_gid;
-    int count = NGROUPS_MAX;
-    account.groups.resize(NGROUPS_MAX);
-    if (getgrouplist(entry.pw_name, entry.pw_gid, account.groups.data(), &count) < 0)
-        count = 0;
-    account.groups.resize(static_cast<std::size_t>(count));
-    return account;
+    passwd* account = nullptr;
+    getpwuid_r(user, &entry, texts.data(), texts.size(), &account);
+    const gid_t group = account != nullptr ? account->pw_gid : groupOfNobody;
+    return {setpriv,
+            "--reuid=" + std::to_string(user),
+            "--regid=" + std::to_string(group),
+            account != nullptr ? "--init-groups" : "--clear-groups",
+            "--inh-caps=-all",
+            "--no-new-privs",
+            "--"};
 }
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
@@ -52,28 +54,24 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
     return pointers;
 }
 
-/// Leaves behind what the user must not get at: the terminal, open files, keys, the folder, and
-/// what the caller has done to signals. Only system calls.
-bool LeaveCaller() {
-    setsid();
-    for (int number = 1; number < NSIG; ++number)
-        std::signal(number, SIG_DFL);
-    sigset_t none;
-    sigemptyset(&none);
-    const int nowhere = open("/dev/null", O_RDWR);
-    // The session keyring of root.
-    syscall(SYS_keyctl, KEYCTL_JOIN_SESSION_KEYRING, nullptr);
-    return nowhere >= 0 && dup2(nowhere, 0) == 0 && dup2(nowhere, 1) == 1 &&
-           dup2(nowhere, 2) == 2 && close_range(3, UINT_MAX, 0) == 0 && chdir("/") == 0 &&
-           sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
+void Lower(__rlimit_resource resource, rlim_t most) {
+    rlimit limit{};
+    if (getrlimit(resource, &limit) != 0)
+        return;
+    limit.rlim_max = std::min(limit.rlim_max, most);
+    limit.rlim_cur = std::min(limit.rlim_cur, most);
+    setrlimit(resource, &limit);
 }
 
-/// Real, effective and saved ids, and nothing to come back by. Only system calls.
-bool Become(const Account& account) {
-    prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
-    return setgroups(account.groups.size(), account.groups.data()) == 0 &&
-           setresgid(account.group, account.group, account.group) == 0 &&
-           setresuid(account.user, account.user, account.user) == 0;
+bool CloseAllBut(std::initializer_list<int> kept) {
+    unsigned first = STDERR_FILENO + 1;
+    for (const int number : kept) { // in ascending order
+        const auto next = static_cast<unsigned>(number);
+        if (next > first && close_range(first, next - 1, 0) != 0)
+            return false;
+        first = next + 1;
+    }
+    return close_range(first, UINT_MAX, 0) == 0;
 }
 
 /// Waits until the child has ended; kills it at the deadline.
@@ -93,14 +91,36 @@ void Await(pid_t child, std::chrono::steady_clock::time_point deadline) {
 }
 } // namespace
 
-bool RunAs(uid_t user, std::vector<std::string> command, std::vector<std::string> environment,
-           std::chrono::steady_clock::time_point deadline) {
-    const Account account = AccountOf(user);
-    const std::vector<char*> arguments = Pointers(command);
+bool LeaveCaller(std::initializer_list<int> kept) {
+    setsid();
+    for (int number = 1; number < NSIG; ++number)
+        std::signal(number, SIG_DFL);
+    for (const auto& [resource, most] : limits)
+        Lower(resource, most);
+    umask(S_IWGRP | S_IWOTH);
+    setpriority(PRIO_PROCESS, 0, 0);
+    // The session keyring of root.
+    syscall(SYS_keyctl, KEYCTL_JOIN_SESSION_KEYRING, nullptr);
+    sigset_t none;
+    sigemptyset(&none);
+    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    return nowhere >= 0 && dup2(nowhere, 0) == 0 && dup2(nowhere, 1) == 1 &&
+           dup2(nowhere, 2) == 2 && CloseAllBut(kept) && chdir("/") == 0 &&
+           sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
+}
+
+bool RunAs(uid_t user, const std::vector<std::string>& command,
+           std::vector<std::string> environment, std::chrono::steady_clock::time_point deadline) {
+    // To the system calls that change a user it means "leave as it is".
+    if (user == static_cast<uid_t>(-1))
+        return false;
+    std::vector<std::string> whole = OptionsFor(user);
+    whole.insert(whole.end(), command.begin(), command.end());
+    const std::vector<char*> arguments = Pointers(whole);
     const std::vector<char*> variables = Pointers(environment);
     const pid_t child = fork();
     if (child == 0) {
-        if (LeaveCaller() && Become(account))
+        if (LeaveCaller())
             execve(arguments[0], arguments.data(), variables.data());
         _exit(cannotBeRun);
     }

@@ -1,21 +1,26 @@
 #pragma once
 
 #include <chrono>
+#include <initializer_list>
 #include <string>
 #include <sys/types.h>
 #include <vector>
 
 namespace kqu::post {
 
-/// Runs a program as another user, for root, and waits for its end until the deadline, when it is
-/// killed. `command` is the program's absolute path and its arguments; `environment` is all that it
-/// is given, as NAME=VALUE. Whether it ended with status 0.
+/// Leaves everything of the caller behind in a child process, but for the descriptors to keep:
+/// other files, the terminal, the folder, keys, signal settings, priority, file mode mask and
+/// raised limits. Makes system calls only. False if any of that failed.
+[[nodiscard]] bool LeaveCaller(std::initializer_list<int> kept = {});
+
+/// For root: runs a program as another user by setpriv(1), waits for its end until the deadline,
+/// and kills it then. `command` is the program's absolute path and its arguments; `environment` is
+/// all that it gets, as NAME=VALUE. Returns whether it ended with status 0. The user may do
+/// anything with the program, so nothing of the caller's is left in it.
 ///
-/// The program is that user's completely, since that user may do with it what he likes: all user
-/// and group ids, no descriptor, terminal, folder or variable of the caller. Nothing but system
-/// calls happens between the fork and the program's start, so that a caller with several threads
-/// may use it as well. Such a caller must not reap children that it did not start.
-[[nodiscard]] bool RunAs(uid_t user, std::vector<std::string> command,
+/// A caller with several threads may use it. Such a caller must not reap children that it did not
+/// start.
+[[nodiscard]] bool RunAs(uid_t user, const std::vector<std::string>& command,
                          std::vector<std::string> environment,
                          std::chrono::steady_clock::time_point deadline);
 

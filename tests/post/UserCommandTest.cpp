@@ -2,6 +2,8 @@
 
 #include <csignal>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -27,11 +29,16 @@ TEST_F(UserCommandTest, TheProgramIsTheUsersCompletely) {
     // Something of the caller's for each thing that must not be passed on.
     ASSERT_EQ(dup2(0, 99), 99);
     setenv("SECRET", "known", 1);
+    const mode_t mask = umask(0);
+    rlimit raised{20, 20}, before{};
+    getrlimit(RLIMIT_NICE, &before);
+    setrlimit(RLIMIT_NICE, &raised);
     sigset_t blocked;
     sigemptyset(&blocked);
     sigaddset(&blocked, SIGTERM);
     std::thread([&] {
         pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+        setpriority(PRIO_PROCESS, 0, 5);
         for (const char* script : {
                  "test \"$(grep ^Uid: /proc/self/status | tr -dc '0-9 \\t' | xargs)\" = "
                  "'65534 65534 65534 65534'",
@@ -43,10 +50,14 @@ TEST_F(UserCommandTest, TheProgramIsTheUsersCompletely) {
                  "test \"$WORD$SECRET\" = told",
                  "test \"$(ps -o sid= -p $$ | xargs)\" = $$",
                  "grep '^SigBlk:.0*$' /proc/self/status",
+                 "test \"$(nice) $(umask)\" = '0 0022'",
+                 "test \"$(prlimit --noheadings --raw -o HARD --nice)\" = 0",
              })
             EXPECT_EQ(RunScript(script), may) << script;
     }).join();
     unsetenv("SECRET");
+    umask(mask);
+    setrlimit(RLIMIT_NICE, &before);
     close(99);
 }
 
@@ -55,6 +66,7 @@ TEST_F(UserCommandTest, ItsStatusIsToldAndItsTimeIsBounded) {
     EXPECT_EQ(RunScript("exit 0"), may);
     EXPECT_FALSE(RunScript("exit 1"));
     EXPECT_FALSE(RunScript("kill -9 $$"));
+    EXPECT_FALSE(RunAs(static_cast<uid_t>(-1), {"/bin/true"}, {}, began + 20s));
     EXPECT_FALSE(RunAs(nobody, {"/no/such/program"}, {}, began + 20s));
     EXPECT_FALSE(RunScript("sleep 60", 100ms));
     EXPECT_LT(std::chrono::steady_clock::now() - began, 10s);

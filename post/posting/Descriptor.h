@@ -3,7 +3,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace kqu::run {
+namespace kqu {
 
 /// Owns a file descriptor.
 class Descriptor {
@@ -28,4 +28,4 @@ class Descriptor {
     int number_ = -1;
 };
 
-} // namespace kqu::run
+} // namespace kqu
