@@ -48,7 +48,7 @@ double Power(double base, std::size_t exponent) {
 }
 
 std::string_view ValueAt(std::string_view line, std::string_view key) {
-    const std::string quoted = "\"" + std::string(key) + "\":";
+    const std::string quoted = std::string(1, '"').append(key).append("\":");
     const std::size_t at = line.find(quoted);
     if (at == std::string_view::npos)
         return {};

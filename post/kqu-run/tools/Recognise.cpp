@@ -63,8 +63,13 @@ auto Find(const Items& items, std::string_view name, auto key) {
 }
 
 bool IsWord(std::string_view word, std::string_view words) {
-    return (" " + std::string(words) + " ").find(" " + std::string(word) + " ") !=
-           std::string::npos;
+    while (!words.empty()) {
+        const std::size_t end = std::min(words.find(' '), words.size());
+        if (words.substr(0, end) == word)
+            return true;
+        words.remove_prefix(std::min(end + 1, words.size()));
+    }
+    return false;
 }
 
 /// Whether the option's value is the next argument: "-u", or "-nu", but not "-uroot".
