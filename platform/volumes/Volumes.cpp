@@ -1,15 +1,24 @@
 #include "platform/volumes/Volumes.h"
 
+#include "platform/CDeleter.h"
 #include "platform/files/SmallFiles.h"
 
 #include <algorithm>
+#include <libmount.h>
 #include <limits>
+#include <sys/sysmacros.h>
 #include <system_error>
 
 namespace kqu::platform {
 
 namespace {
 namespace fs = std::filesystem;
+using MountTable = CPointer<libmnt_table, mnt_unref_table>;
+using MountIterator = CPointer<libmnt_iter, mnt_free_iter>;
+
+std::string TextOr(const char* text) {
+    return text != nullptr ? text : "";
+}
 
 /// The last component of what a link points to; empty if there is no such link.
 std::string LinkName(const fs::path& link) {
@@ -47,15 +56,19 @@ std::uint32_t FilesInUse(const struct statvfs& status) {
 
 std::vector<Volume> Volumes::Mounted() {
     std::vector<Volume> mounted;
-    const auto table = TextOfFile(root_ / "proc/self/mountinfo");
-    if (!table)
-        return mounted;
-    for (const Mount& mount : ParseMountTable(*table)) {
-        const std::string disk = mount.MayBeOnBlockDevice() ? DiskOf(mount) : std::string();
+    const MountTable table(mnt_new_table_from_file((root_ / "proc/self/mountinfo").c_str()));
+    const MountIterator next(mnt_new_iter(MNT_ITER_FORWARD));
+    libmnt_fs* mount = nullptr;
+    while (table && mnt_table_next_fs(table.get(), next.get(), &mount) == 0) {
+        const dev_t device = mnt_fs_get_devno(mount);
+        const std::string numbers =
+            std::to_string(major(device)) + ":" + std::to_string(minor(device));
+        const std::string disk = DiskOf(numbers, TextOr(mnt_fs_get_source(mount)));
+        const std::string mountPoint = TextOr(mnt_fs_get_target(mount));
         const bool isKnown = std::any_of(mounted.begin(), mounted.end(),
                                          [&](const Volume& other) { return other.disk == disk; });
         if (!disk.empty() && !isKnown)
-            mounted.push_back({NumberOf(disk, mount.mountPoint), disk, mount.mountPoint});
+            mounted.push_back({NumberOf(disk, mountPoint), disk, mountPoint});
     }
     ForgetAllBut(mounted);
     return mounted;
@@ -70,14 +83,16 @@ std::optional<Volume> Volumes::Find(std::int32_t reference) {
     return std::nullopt;
 }
 
-std::string Volumes::DiskOf(const Mount& mount) const {
-    if (const std::string disk = LinkName(root_ / "sys/dev/block" / mount.device); !disk.empty())
+std::string Volumes::DiskOf(const std::string& numbers, const std::string& source) const {
+    if (const std::string disk = LinkName(root_ / "sys/dev/block" / numbers); !disk.empty())
         return disk;
-    // Without a number of its own the file system is known by what was mounted. A device may be
-    // known by many names: the others are links to the kernel's.
-    const fs::path source = mount.source;
-    const std::string target = LinkName(NativePath(mount.source));
-    const std::string disk = target.empty() ? source.filename().string() : target;
+    // Some file systems (btrfs) live on a block device and have no numbers of their own. They are
+    // known by what was mounted. A device may have many names: the others are links to the
+    // kernel's.
+    if (!source.starts_with("/dev/"))
+        return "";
+    const std::string target = LinkName(NativePath(source));
+    const std::string disk = target.empty() ? fs::path(source).filename().string() : target;
     std::error_code error;
     return fs::exists(root_ / "sys/class/block" / disk, error) ? disk : "";
 }

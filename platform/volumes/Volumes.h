@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/volumes/MountTable.h"
 #include "platform/volumes/MountedVolume.h"
 
 #include <cstdint>
@@ -47,7 +46,9 @@ class Volumes {
     }
 
   private:
-    [[nodiscard]] std::string DiskOf(const Mount& mount) const;
+    /// The kernel's name of the block device with these numbers ("8:1"), or else of what was
+    /// mounted; empty if the mount is on no block device.
+    [[nodiscard]] std::string DiskOf(const std::string& numbers, const std::string& source) const;
     [[nodiscard]] std::int32_t NumberOf(const std::string& disk, const std::string& mountPoint);
     void ForgetAllBut(const std::vector<Volume>& mounted);
 
