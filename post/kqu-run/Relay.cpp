@@ -95,6 +95,8 @@ void Relay::Write() {
     // lost what it wrote and gone on.
     if (put < 0 && errno == EPIPE)
         from_.Close();
+    else if (put < 0 && failure_ == 0)
+        failure_ = errno;
     if (put < 0 || written_ == pending_.size()) {
         pending_.clear();
         written_ = 0;

@@ -33,6 +33,9 @@ class Relay {
     [[nodiscard]] bool IsDone() const { return pending_.empty() && !from_; }
     /// Whether it is the reader's turn.
     [[nodiscard]] bool IsWaiting() const { return !pending_.empty(); }
+    /// The reason (errno) why something could not be written, other than that the reader has gone;
+    /// 0 if all was written.
+    [[nodiscard]] int Failure() const { return failure_; }
     [[nodiscard]] int From() const { return from_.Number(); }
 
   private:
@@ -54,6 +57,7 @@ class Relay {
     std::size_t written_ = 0;
     std::vector<char> buffer_;
     bool toolHasEnded_ = false;
+    int failure_ = 0;
 };
 
 } // namespace kqu::run

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <fcntl.h>
 #include <linux/kcmp.h>
@@ -24,6 +25,9 @@ constexpr std::chrono::milliseconds betweenReads{50};
 constexpr std::chrono::seconds untilRepeated{5};
 /// How long the last post may hold up the end; a bus that is there takes a millisecond.
 constexpr std::chrono::milliseconds lastPatience{300};
+
+/// The status where the tool's output could not be passed on; most tools have the same.
+constexpr int notWritten = 1;
 
 /// Whether two descriptors share one open file, so that what is written to them has an order.
 bool AreOneFile(int one, int other) {
@@ -68,6 +72,11 @@ Ending Run::Execute() {
         poster_->Finish(lastPatience);
     });
     Reap(child_);
+    if (relay_ && relay_->Failure() != 0) {
+        post::Complain("kqu-run", std::strerror(relay_->Failure()), 0);
+        if (ending_->signal == 0 && ending_->status == 0)
+            ending_->status = notWritten;
+    }
     return *ending_;
 }
 

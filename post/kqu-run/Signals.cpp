@@ -9,7 +9,7 @@ namespace {
 /// Those that stop a process because it uses its terminal from the background, or that can't be
 /// caught, act on kqu-run as on anybody. Those of a process's own faults are sent by others too; a
 /// real fault ends kqu-run all the same.
-constexpr std::array<int, 5> notOurs{SIGKILL, SIGSTOP, SIGTTIN, SIGTTOU, SIGPIPE};
+constexpr std::array<int, 4> notOurs{SIGKILL, SIGSTOP, SIGTTIN, SIGTTOU};
 
 sigset_t OurSignals() {
     sigset_t ours;
@@ -29,18 +29,24 @@ void SetAction(int number, void (*handler)(int), struct sigaction& before) {
 Signals::Signals() {
     const sigset_t ours = OurSignals();
     sigprocmask(SIG_BLOCK, &ours, &inheritedMask_);
-    SetAction(SIGPIPE, SIG_IGN, inheritedPipe_);
     // Who ignores it is never told what became of a child.
     SetAction(SIGCHLD, SIG_DFL, inheritedChild_);
     waiting_ = Descriptor(signalfd(-1, &ours, SFD_NONBLOCK | SFD_CLOEXEC));
 }
 
 bool Signals::Next(signalfd_siginfo& signal) const {
-    return read(waiting_.Number(), &signal, sizeof signal) == sizeof signal;
+    // A write to a reader that has gone sends SIGPIPE to the writer itself; the write reports it.
+    const auto isOfOwnWrite = [&] {
+        return signal.ssi_signo == SIGPIPE && signal.ssi_pid == static_cast<unsigned>(getpid());
+    };
+    bool hasNext = false;
+    do {
+        hasNext = read(waiting_.Number(), &signal, sizeof signal) == sizeof signal;
+    } while (hasNext && isOfOwnWrite());
+    return hasNext;
 }
 
 void Signals::Restore() const {
-    sigaction(SIGPIPE, &inheritedPipe_, nullptr);
     sigaction(SIGCHLD, &inheritedChild_, nullptr);
     sigprocmask(SIG_SETMASK, &inheritedMask_, nullptr);
 }

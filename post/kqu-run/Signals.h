@@ -23,7 +23,6 @@ class Signals {
   private:
     Descriptor waiting_;
     sigset_t inheritedMask_{};
-    struct sigaction inheritedPipe_ {};
     struct sigaction inheritedChild_ {};
 };
 
