@@ -1,6 +1,6 @@
 #include "post/kqu-run/TreeSize.h"
 
-#include <fts.h>
+#include <ftw.h>
 #include <set>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -27,34 +27,32 @@ void MakeWay() {
     syscall(SYS_ioprio_set, ofThread, 0, idleClass);
 }
 
-std::uint64_t Size(std::vector<std::string>& paths, bool staysOnVolume) {
-    std::vector<char*> roots;
-    roots.reserve(paths.size() + 1);
-    for (std::string& path : paths)
-        roots.push_back(path.data());
-    roots.push_back(nullptr);
-    FTS* walk = fts_open(roots.data(), FTS_PHYSICAL | FTS_NOCHDIR | (staysOnVolume ? FTS_XDEV : 0),
-                         nullptr);
-    std::set<std::pair<dev_t, ino_t>> linked;
-    std::uint64_t bytes = 0;
-    for (FTSENT* entry = nullptr; walk != nullptr && (entry = fts_read(walk)) != nullptr;) {
-        if (entry->fts_info != FTS_F)
-            continue;
-        const struct stat& status = *entry->fts_statp;
-        if (S_ISREG(status.st_mode) &&
-            (status.st_nlink == 1 || linked.emplace(status.st_dev, status.st_ino).second))
-            bytes += static_cast<std::uint64_t>(status.st_size);
-    }
-    if (walk != nullptr)
-        fts_close(walk);
-    return bytes;
+/// How many folders of a deep tree are open at a time.
+constexpr int openFolders = 32;
+
+/// The walk hands nothing of its caller's over to the function that it calls for each file.
+thread_local std::set<std::pair<dev_t, ino_t>> linked;
+thread_local std::uint64_t sum = 0;
+
+int Add(const char* /*path*/, const struct stat* status, int kind, struct FTW* /*place*/) {
+    if (kind == FTW_F && S_ISREG(status->st_mode) &&
+        (status->st_nlink == 1 || linked.emplace(status->st_dev, status->st_ino).second))
+        sum += static_cast<std::uint64_t>(status->st_size);
+    return 0;
+}
+
+/// Folders are read piece by piece, so that the walk takes no memory for their files.
+std::uint64_t Size(const std::vector<std::string>& paths, bool staysOnVolume) {
+    for (const std::string& path : paths)
+        nftw(path.c_str(), Add, openFolders, FTW_PHYS | (staysOnVolume ? FTW_MOUNT : 0));
+    return sum;
 }
 } // namespace
 
 TreeSize::TreeSize(std::vector<std::string> paths, bool staysOnVolume)
     : sum_(std::make_shared<Sum>()) {
     try {
-        std::thread([sum = sum_, roots = std::move(paths), staysOnVolume]() mutable {
+        std::thread([sum = sum_, roots = std::move(paths), staysOnVolume] {
             MakeWay();
             sum->bytes = Size(roots, staysOnVolume);
             sum->isWhole = true;
