@@ -77,6 +77,16 @@ std::string ServiceName(std::string_view place) {
         slash != std::string_view::npos && place.find(':') == std::string_view::npos;
     return hasHost ? OnHost(place.substr(slash + 1), place.substr(0, slash)) : std::string(place);
 }
+
+/// The place without "user:password@" before its host. A path behind "host:" may hold an @ as well:
+/// it is kept where it begins at the root, and else taken for the end of a password.
+std::string_view WithoutPassword(std::string_view place) {
+    const std::size_t colon = place.find(':');
+    const std::size_t at = place.rfind('@');
+    const bool isPassword = at != std::string_view::npos && colon < place.find('@') &&
+                            place[colon + 1] != '/' && place[colon + 1] != ':';
+    return isPassword ? place.substr(at + 1) : place;
+}
 } // namespace
 
 bool IsElsewhere(std::string_view place) {
@@ -96,6 +106,8 @@ std::string PlaceName(std::string_view place, std::string_view home) {
         return std::string(place.substr(7));
     if (place.find("://") < place.find('/'))
         return UrlName(place);
+    if (HostEnd(place) != std::string_view::npos)
+        place = WithoutPassword(place);
     if (const std::size_t end = HostEnd(place); end != std::string_view::npos) {
         const std::string_view host = HostOf(place.substr(0, end));
         std::string_view path = place.substr(end + 1);

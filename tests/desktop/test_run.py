@@ -128,6 +128,7 @@ class RunTest(RunCase):
             (("badblocks", "-b", "512", device), "scanner", {"VolName": "Data", "ScanType": "1"}),
             (("e2fsck", "-fn", device), "scanner",
              {"VolName": "Data", "Item": "Pass 5 of 5: group summaries"}),
+            (("fsck", "-t", "ext4", device, "-fn"), "scanner", {"Item": "Pass 5 of 5: group summaries"}),
             (("e4defrag", "-v", mount), "defragmenter", {"status": "defrag"}),
             (("tar", "czf", "a.tgz", "Documents"), "backup",
              {"VolName": "Documents", "dVolName": str(self.folder / "a.tgz"), "Type": "4"}),
@@ -187,8 +188,8 @@ class RunTest(RunCase):
             self.assertRegex(done.stderr.decode(), r"\Akqu-run: [^\n]+\n\Z" if status > 100 else r"\A\Z")
         done = self.run_shown("cat", input=b"in\0put\n")
         self.assertEqual(done.stdout, b"in\0put\n")
-        self.stand_in("e4defrag", "trap 'echo asked; exit 3' USR1 TERM; echo $$; while :; do sleep 0.05; done")
-        for number in (signal.SIGTERM, signal.SIGUSR1):
+        self.stand_in("e4defrag", "trap 'echo asked; exit 3' USR1 TERM PIPE; echo $$; while :; do sleep 0.05; done")
+        for number in (signal.SIGTERM, signal.SIGUSR1, signal.SIGPIPE):
             posts.forget()
             running = self.start("e4defrag", "x", stdout=subprocess.PIPE)
             tool = running.stdout.readline()
@@ -199,9 +200,13 @@ class RunTest(RunCase):
 
     def test_what_is_missing_around_it_does_not_end_the_tool(self):
         self.stand_in("e4defrag", "echo one; sleep 0.1; echo two; echo done >&2; exit 3")
-        for around in ('exec "$@" >&-', 'exec "$@" >/dev/full', 'exec "$@" <&- >&-'):
+        for around in ('exec "$@" >&-', 'exec "$@" <&- >&-'):
             done = self.run_direct("sh", "-c", around, "sh", KQU_RUN, "e4defrag", "x")
             self.assertEqual((done.returncode, done.stderr.splitlines()[-1]), (3, b"done"), around)
+        for last, status in (("exit 3", 3), ("exit 0", 1)):
+            self.stand_in("e4defrag", f"echo one; sleep 0.1; echo two; {last}")
+            done = self.run_direct("sh", "-c", 'exec "$@" >/dev/full', "sh", KQU_RUN, "e4defrag", "x")
+            self.assertEqual((done.returncode, done.stderr), (status, b"kqu-run: No space left on device\n"))
         for number in (signal.SIGABRT, signal.SIGSEGV, signal.SIGALRM):
             self.stand_in("e4defrag", "echo $$; exec sleep 600")
             running = self.start("e4defrag", "x", stdout=subprocess.PIPE)

@@ -12,11 +12,15 @@ namespace kqu::run {
 
 namespace {
 constexpr std::string_view withValue =
-    "e C a P m c comment compression chunker-params checkpoint-interval debug-topic encryption "
-    "exclude exclude-from exclude-if-present files-cache filter first glob-archives group "
-    "last lock-wait patterns-from pattern paths-from-command paths-delimiter prefix remote-path "
-    "remote-ratelimit rsh sort-by stdin-group stdin-mode stdin-name stdin-user timestamp umask "
-    "upload-buffer upload-ratelimit user";
+    "C H P a c checkpoint-interval chunker-params comment compression d debug-profile debug-topic "
+    "e "
+    "encryption exclude exclude-from exclude-if-present files-cache filter first format "
+    "glob-archives group keep-daily keep-hourly keep-last keep-minutely keep-monthly keep-secondly "
+    "keep-weekly keep-within keep-yearly last lock-wait m max-duration o paths-delimiter pattern "
+    "patterns-from prefix remote-buffer remote-path remote-ratelimit restrict-to-path "
+    "restrict-to-repository rsh sort-by stdin-group stdin-mode stdin-name stdin-user storage-quota "
+    "strip-components tar-filter target threshold timestamp umask upload-buffer upload-ratelimit "
+    "user w y";
 constexpr std::string_view leavesOut =
     "e exclude exclude-from exclude-caches exclude-if-present exclude-nodump pattern patterns-from "
     "paths-from-stdin paths-from-command";

@@ -1,6 +1,7 @@
 #include "post/kqu-run/Arguments.h"
 #include "post/kqu-run/Volumes.h"
 #include "post/kqu-run/tools/Numbers.h"
+#include "post/kqu-run/tools/Recognise.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <array>
@@ -10,6 +11,9 @@ namespace kqu::run {
 
 namespace {
 constexpr std::string_view withValue = "b B C E j l L P z";
+/// The command that runs the checker of each file system; it hands the descriptor of -C on.
+constexpr std::string_view frontEnd = "fsck";
+constexpr std::string_view frontEndWithValue = "t";
 
 struct Pass {
     std::string_view what;
@@ -28,7 +32,8 @@ constexpr std::array<Pass, 6> passes{{{"inodes, blocks and sizes", 0.00},
 class E2fsck : public Tool {
   public:
     void Prepare(Launch& launch) override {
-        const Arguments arguments(launch, withValue);
+        const bool isFrontEnd = ToolName(launch) == frontEnd;
+        const Arguments arguments(launch, isFrontEnd ? frontEndWithValue : withValue);
         row_.tool = post::FindTool("scanner");
         const auto disk = arguments.Operands().empty() ? std::nullopt
                                                        : VolumeOfDisk(arguments.Operands().front());

@@ -42,10 +42,11 @@ constexpr std::array<Prefix, 13> prefixes{{
 }};
 
 using Maker = std::unique_ptr<Tool> (*)();
-constexpr std::array<std::pair<std::string_view, Maker>, 13> makers{{{"rsync", MakeRsync},
+constexpr std::array<std::pair<std::string_view, Maker>, 14> makers{{{"rsync", MakeRsync},
                                                                      {"dd", MakeDd},
                                                                      {"badblocks", MakeBadblocks},
                                                                      {"e2fsck", MakeE2fsck},
+                                                                     {"fsck", MakeE2fsck},
                                                                      {"fsck.ext2", MakeE2fsck},
                                                                      {"fsck.ext3", MakeE2fsck},
                                                                      {"fsck.ext4", MakeE2fsck},

@@ -30,6 +30,10 @@ TEST(Naming, PlacesAreSaidAsAPersonWould) {
         {"rclone::sftp,user=me,pass=secret:x", ":sftp"},
         {"rest:https://example.org/x?key=secret", "/x on example.org"},
         {"./odd:name", "./odd:name"},
+        {"me:secret@nas:path", "path on nas"},
+        {"sftp:me:sec/ret@nas:/path", "/path on nas"},
+        {"me:secret@nas", "nas"},
+        {"me@nas:/mail/a@b", "/mail/a@b on nas"},
     };
     for (const auto& [place, name] : places)
         EXPECT_EQ(PlaceName(place, "/home/me"), name) << place;
