@@ -7,9 +7,9 @@
 #include "platform/functions/ShellFunctions.h"
 #include "platform/functions/TextFunctions.h"
 #include "platform/functions/WindowFunctions.h"
-#include "platform/logind/LogindPowerMessages.h"
 #include "platform/loop/SignalSource.h"
 #include "platform/loop/SystemWaiting.h"
+#include "platform/power_messages/SystemPowerMessages.h"
 #include "platform/power_supply/PowerSupplyFunctions.h"
 #include "platform/volumes/VolumeFunctions.h"
 #include "platform/x11/X11WindowSystem.h"
@@ -30,7 +30,7 @@ constexpr int noDisplay = 1;
 int RunOn(platform::X11WindowSystem& windows, platform::SignalSource& signals) {
     platform::SystemWaiting waiting;
     platform::DBusNotificationCentre notifications;
-    platform::LogindPowerMessages power;
+    platform::SystemPowerMessages power;
     platform::ScreenUpdates screenUpdates;
     platform::Handles handles;
     platform::FunctionTable functions;
@@ -44,7 +44,9 @@ int RunOn(platform::X11WindowSystem& windows, platform::SignalSource& signals) {
     platform::RegisterScreenUpdates(functions, screenUpdates);
 
     std::vector<platform::EventSource*> sources = notifications.Sources();
-    sources.insert(sources.end(), {&windows, &power, &signals});
+    for (platform::EventSource* source : power.Sources())
+        sources.push_back(source);
+    sources.insert(sources.end(), {&windows, &signals});
     Runtime runtime({waiting, windows, notifications, power, functions, screenUpdates, sources});
     App app;
     return app.Run();

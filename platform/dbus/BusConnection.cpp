@@ -6,12 +6,32 @@
 namespace kqu::platform {
 
 namespace {
-using Message = CPointer<sd_bus_message, sd_bus_message_unref>;
-
 Moment Now() {
     return std::chrono::steady_clock::now();
 }
 } // namespace
+
+std::string_view SenderOf(sd_bus_message& message) {
+    const char* sender = sd_bus_message_get_sender(&message);
+    return sender == nullptr ? std::string_view() : sender;
+}
+
+std::string OwnerRule(const std::string& name) {
+    return std::string("type='signal',sender='") + busDaemon.name + "',interface='" +
+           busDaemon.interface + "',member='NameOwnerChanged',arg0='" + name + "'";
+}
+
+std::optional<OwnerChange> OwnerChangeIn(sd_bus_message& message) {
+    const char* name = nullptr;
+    const char* before = nullptr;
+    const char* owner = nullptr;
+    if (SenderOf(message) != busDaemon.name ||
+        sd_bus_message_is_signal(&message, busDaemon.interface, "NameOwnerChanged") <= 0 ||
+        sd_bus_message_rewind(&message, 1) < 0 ||
+        sd_bus_message_read(&message, "sss", &name, &before, &owner) <= 0)
+        return std::nullopt;
+    return OwnerChange{name, owner};
+}
 
 BusConnection::BusConnection(FindAddress findAddress, std::chrono::milliseconds retryAfter,
                              Client& client)
@@ -56,9 +76,8 @@ bool BusConnection::Collect(EventQueue& queue) {
     for (int count = 0; bus_ && count < messagesPerCollect && Now() < end; ++count) {
         sd_bus_message* received = nullptr;
         const int result = sd_bus_process(bus_.get(), &received);
-        const Message message(received);
-        if (message)
-            client_.Received(*message, queue);
+        if (const BusMessage message(received); message)
+            Take(*message, queue);
         if (result < 0 || givenUp_)
             Lose();
         if (result <= 0)
@@ -70,7 +89,7 @@ bool BusConnection::Collect(EventQueue& queue) {
 void BusConnection::Connect() {
     bus_ = Open();
     if (bus_)
-        client_.Began(*bus_);
+        client_.Began();
     if (!bus_ || givenUp_)
         Lose();
 }
@@ -80,6 +99,48 @@ void BusConnection::Lose() {
     bus_.reset();
     retryAt_ = Now() + retryAfter_;
     client_.Lost();
+}
+
+void BusConnection::Take(sd_bus_message& message, EventQueue& queue) {
+    std::uint8_t type = 0;
+    if (sd_bus_message_get_type(&message, &type) < 0)
+        return;
+    if (type == SD_BUS_MESSAGE_METHOD_CALL)
+        // A caller that got no answer would wait for its whole timeout.
+        sd_bus_reply_method_errorf(&message, SD_BUS_ERROR_UNKNOWN_OBJECT, "No such object");
+    else
+        client_.Received(message, queue);
+}
+
+BusMessage BusConnection::CallOf(const BusObject& object, const char* member) const {
+    sd_bus_message* made = nullptr;
+    if (!bus_ || sd_bus_message_new_method_call(bus_.get(), &made, object.name, object.path,
+                                                object.interface, member) < 0)
+        return nullptr;
+    BusMessage call(made);
+    static_cast<void>(sd_bus_message_set_auto_start(made, 0));
+    return call;
+}
+
+std::uint64_t BusConnection::Ask(const BusMessage& call) {
+    std::uint64_t serial = 0;
+    if (call && sd_bus_send(bus_.get(), call.get(), &serial) < 0)
+        GiveUp();
+    return serial;
+}
+
+std::uint64_t BusConnection::AskBus(const char* member, const std::string& argument) {
+    const BusMessage call = CallOf(busDaemon, member);
+    if (call)
+        static_cast<void>(
+            sd_bus_message_append_basic(call.get(), SD_BUS_TYPE_STRING, argument.c_str()));
+    return Ask(call);
+}
+
+void BusConnection::Notify(const BusMessage& call) {
+    // Without a place for its serial number the call is marked as one that wants no answer.
+    if (call && sd_bus_send(bus_.get(), call.get(), nullptr) < 0)
+        GiveUp();
 }
 
 /// A bus that was begun to be connected, or none.

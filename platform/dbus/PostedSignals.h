@@ -28,7 +28,7 @@ class PostedSignals final : public BusConnection::Client, public SenderTrust::Bu
     /// Since when the bus routes to us what is posted; nothing while it doesn't.
     [[nodiscard]] std::optional<Moment> ListeningSince() const { return listeningSince_; }
     /// Whether nothing is under way: the bus has taken the subscription, or there is no bus now.
-    [[nodiscard]] bool IsSettled() const { return bus_ == nullptr || listeningSince_; }
+    [[nodiscard]] bool IsSettled() const { return !connection_.IsThere() || listeningSince_; }
 
     /// Asks the bus for a well-known name, and queues for it while another has it. Only while there
     /// is a connection; nothing comes of it that would be told.
@@ -36,7 +36,7 @@ class PostedSignals final : public BusConnection::Client, public SenderTrust::Bu
     [[nodiscard]] bool HasAskedForName() const { return hasAskedForName_; }
 
   private:
-    void Began(sd_bus& bus) override;
+    void Began() override;
     void Received(sd_bus_message& message, EventQueue& queue) override;
     void Lost() override;
     void AskForUser(const std::string& sender) override;
@@ -44,15 +44,12 @@ class PostedSignals final : public BusConnection::Client, public SenderTrust::Bu
 
     void TakePosted(sd_bus_message& message, EventQueue& queue);
     void TakeAnswer(sd_bus_message& message, EventQueue& queue);
-    void TakeOwnerChange(sd_bus_message& message);
+    void TakeLeaving(std::string_view sender);
     void Deliver(PostedNotification posted, EventQueue& queue) const;
-    std::uint64_t Ask(const char* member, const std::string& argument);
 
     std::shared_ptr<Listeners> listeners_;
     BusConnection connection_;
     std::optional<SenderTrust> trust_;
-    /// The current connection, if there is one.
-    sd_bus* bus_ = nullptr;
     std::uint64_t subscription_ = 0;
     std::optional<Moment> listeningSince_;
     bool hasAskedForName_ = false;

@@ -75,9 +75,9 @@ class LargePreferences(DesktopTest):
             b"<string>/Applications/Marlstone.app</string>\n<key>SleepOnAC</key>\n<true/>\n" +
             b" " * LARGE + b"</dict></plist>")
         self.assertEqual(self.panel.title(), "Marlstone Pro Scheduled Task")
-        self.wait_locks("delay")
+        self.wait_locks()
 
     def test_garbage_counts_for_nothing(self):
         self.start_with(os.urandom(MIB) * (LARGE // MIB))
         self.assertEqual(self.panel.title(), "Brackwater Scheduled Task")
-        self.wait_locks("block", "delay")
+        self.wait_locks("block", "block")

@@ -1,121 +1,193 @@
-"""Sleep and shutdown: the locks that the program holds at the login manager, and why."""
+"""Sleep and shutdown: who keeps the machine awake for the program, and how it looks from outside."""
 
 import os
+import pwd
 import signal
-
-import dbus
+import subprocess
+import unittest
 
 from support import DesktopTest
 from support.buses import Logind
+from support.power import LoginManager, power_manager, session_manager
 from support.waiting import hold, wait_for_value, wait_until
 
-ACTIONS = "sleep:shutdown"
 WHO = "KQU Messenger"
-# In seconds: what is promised, and a quarter for the way to the login manager and back.
+# In seconds: what is promised, and a quarter for the way to the services and back.
 PROMPTLY = 1.25
+OWN, OTHER, ROOT = (pwd.getpwnam(name).pw_uid for name in ("daemon", "nobody", "root"))
+# The first that holds its own user's requests off, and root's.
+STRICT = 257
+
+
+def locks(why):
+    return [(what, WHO, why, "block") for what in ("shutdown", "sleep")]
 
 
 class Power(DesktopTest):
-    options = {"window_manager": None, "logind": True}
-
-    def setUp(self):
-        super().setUp()
-        self.logind = self.desktop.logind
-        self.desktop.start_messenger()
-        self.desktop.wait_listening()
-
-    def modes(self):
-        """The modes of the program's locks, sorted."""
-        locks = self.logind.inhibitors()
-        self.assertTrue(all(lock[:2] == (ACTIONS, WHO) for lock in locks), locks)
-        return sorted(lock[3] for lock in locks)
-
-    def wait_modes(self, *modes, timeout=20.0):
-        wait_for_value("the locks", self.modes, list(modes), timeout)
-
-    def reasons(self):
-        return [lock[2] for lock in self.logind.inhibitors() if lock[3] == "block"]
+    options = {"window_manager": None}
 
     def start_row(self, number=1, volume="Data"):
         job = self.desktop.start_job()
         self.desktop.post(f"KQS_disk.{number}", "scanner", PID=job.pid, VolName=volume)
         return job
 
-    def test_a_lock_is_held_while_a_job_runs_and_names_it(self):
-        self.wait_modes("delay")
+
+@unittest.skipIf(os.geteuid() != 0, "a login manager in name spaces of its own takes root")
+class WithTheLoginManager(Power):
+    """The program runs as a user who is not root."""
+
+    def setUp(self):
+        super().setUp()
+        self.logind = LoginManager(self.desktop)
+        self.start()
+
+    def start(self, *prefix):
+        self.desktop.start_messenger(*prefix, "setpriv", f"--reuid={OWN}", f"--regid={OWN}",
+                                     "--clear-groups")
+        self.desktop.wait_listening()
+
+    def wait_locks(self, why=None, timeout=20.0):
+        wait_for_value("the locks", self.logind.inhibitors, locks(why) if why else [], timeout)
+
+    def request(self, user, action):
+        """The login manager's refusal of a request by that user; empty where it is met."""
+        asked = subprocess.run(
+            ["busctl", "call", "org.freedesktop.login1", "/org/freedesktop/login1",
+             "org.freedesktop.login1.Manager", action, "b", "false"], env=self.desktop.env,
+            user=user, group=user, extra_groups=[], capture_output=True, text=True, check=False,
+            timeout=20)
+        if not asked.returncode:
+            self.logind.end_job()
+        return asked.stderr.strip()
+
+    def test_each_service_holds_the_machine_awake_and_lets_it_go(self):
+        session, power = session_manager(self.desktop), power_manager(self.desktop)
         job = self.start_row()
-        self.wait_modes("block", "delay", timeout=PROMPTLY)
-        self.assertEqual(self.reasons(), ["Scanning Data"])
-        other = self.start_row(2, "Home")
-        wait_for_value("the reason", self.reasons, ["Scanning Data, Scanning Home"])
-        hold("the locks", lambda: self.modes() == ["block", "delay"], 1)
-        for ended in (job, other):
-            self.desktop.end_job(ended)
+        self.wait_locks("Scanning Data", PROMPTLY)
+        wait_for_value("the session manager", session.held,
+                       ["com.brackwater.KQU_Messenger 0 Scanning Data 5"], PROMPTLY)
+        wait_for_value("the power manager", power.held, [f"{WHO} Scanning Data"], PROMPTLY)
+        self.assertIn("Scanning Data", self.desktop.output("systemd-inhibit", "--list"))
+        version = int(self.desktop.output("busctl", "--version").split()[1])
+        for user in (OWN, OTHER, ROOT):
+            for action in ("Suspend", "PowerOff", "Reboot"):
+                with self.subTest(user=user, action=action):
+                    refusal = self.request(user, action)
+                    print(f"user {user}, {action}: {refusal or 'goes through'}")
+                    self.assertTrue(refusal or (user != OTHER and version < STRICT), refusal)
+        self.desktop.end_job(job)
         self.panel.wait_hidden()
-        self.wait_modes("delay", timeout=PROMPTLY)
+        self.wait_locks(timeout=PROMPTLY)
+        for service in (session, power):
+            wait_for_value("the session", service.held, [], PROMPTLY)
 
-    def test_the_locks_come_back_with_a_bus_that_went_away(self):
+    def test_a_lock_that_a_sleep_refused_is_there_as_soon_as_it_is_over(self):
+        # While somebody delays a sleep, the login manager refuses further locks on it.
+        delaying = self.desktop.processes.start(
+            ["systemd-inhibit", "--what=sleep", "--mode=delay", "sleep", "600"], self.desktop.env)
+        wait_until("the delay", self.logind.inhibitors)
+        self.logind.suspend()
         self.start_row()
-        self.wait_modes("block", "delay")
-        self.desktop.system_bus.stop()
-        self.start_row(2)
-        self.panel.wait_title("Brackwater Scheduled Tasks")
-        self.desktop.system_bus.start()
-        self.logind = Logind(self.desktop.system_bus, self.desktop.processes, self.desktop.env)
-        self.wait_modes("block", "delay", timeout=8)
+        wait_until("the other lock", lambda: len(self.logind.inhibitors()) == 2)
+        self.desktop.processes.end(delaying)
+        wait_for_value("the locks", self.logind.inhibitors, locks("Scanning Data")[:1])
+        self.logind.end_job()
+        self.wait_locks("Scanning Data", 0.5)
 
-    def test_a_login_manager_that_hangs_holds_nothing_up(self):
-        self.wait_modes("delay")
+    def test_the_locks_come_back_with_a_login_manager_that_was_killed(self):
+        self.start_row()
+        self.wait_locks("Scanning Data")
+        self.desktop.processes.end(self.logind.process, signal.SIGKILL)
+        self.logind.start()
+        self.wait_locks("Scanning Data", PROMPTLY)
+
+    def test_one_that_hangs_holds_nothing_up(self):
+        power = power_manager(self.desktop)
         self.logind.process.send_signal(signal.SIGSTOP)
         job = self.start_row()
         self.panel.wait_visible(3)
-        self.start_row(2)
-        self.panel.wait_title("Brackwater Scheduled Tasks", 3)
-        self.logind.process.send_signal(signal.SIGCONT)
-        self.wait_modes("block", "delay")
+        wait_until("the power manager", power.held)
         self.desktop.end_job(job)
+        wait_for_value("the power manager", power.held, [])
+        self.logind.process.send_signal(signal.SIGCONT)
+        hold("no lock for long", lambda: len(self.logind.inhibitors()) == 0, 1)
 
-    def test_no_lock_outlives_the_process(self):
-        for number in (signal.SIGTERM, signal.SIGKILL):
-            with self.subTest(number):
-                self.start_row()
-                self.wait_modes("block", "delay")
-                self.desktop.messenger.send_signal(number)
-                self.desktop.messenger.wait(10)
-                self.wait_modes(timeout=PROMPTLY)
-                self.desktop.start_messenger()
-                self.desktop.wait_listening()
+    def test_a_policy_that_forbids_the_request_costs_nothing_else(self):
+        bus = self.desktop.system_bus
+        bus.forbid("org.freedesktop.login1.Manager", "Inhibit")
+        power = power_manager(self.desktop)
+        before = bus.names_of(self.desktop.messenger.pid)
+        job = self.start_row()
+        wait_until("the power manager", power.held)
+        self.assertEqual(self.logind.inhibitors(), [])
+        # Longer than it takes to try a bus again that was lost.
+        hold("the connections", lambda: bus.names_of(self.desktop.messenger.pid) == before, 4)
+        self.desktop.end_job(job)
+        wait_for_value("the power manager", power.held, [])
 
-    def test_it_asks_for_locks_and_for_nothing_else(self):
-        for wish in ("sleep", "shutdown"):
-            job = self.desktop.start_job()
-            self.desktop.post("KQS_disk.1", "scanner", PID=job.pid, Extra=wish)
-            self.wait_modes("block", "delay")
-            self.desktop.end_job(job)
-            self.wait_modes("delay")
-        calls = dbus.Interface(self.desktop.system_bus.connection().get_object(
-            "org.freedesktop.login1", "/org/freedesktop/login1", introspect=False),
-            "org.freedesktop.DBus.Mock").GetCalls()
-        # The second is the test's own.
-        self.assertEqual({str(call[1]) for call in calls}, {"Inhibit", "ListInhibitors"})
+    def test_no_lock_outlives_the_process_in_a_child_of_it_either(self):
+        self.desktop.messenger.terminate()
+        self.desktop.wait_exit()
+        # A list of processes that takes until somebody writes.
+        slow, end = self.desktop.folder / "ps", self.desktop.folder / "end"
+        os.mkfifo(end)
+        slow.write_text(f"#!/bin/sh\nexec cat {end}\n")
+        slow.chmod(0o755)
+        self.start("unshare", "--mount", "sh", "-c",
+                   f'mount --bind {slow} /bin/ps && exec "$0" "$@"')
+        self.start_row()
+        self.wait_locks("Scanning Data")
+        wait_until("a child", self.desktop.messenger_facts().children)
+        self.desktop.messenger.kill()
+        self.desktop.messenger.wait(10)
+        self.wait_locks(timeout=PROMPTLY)
+        end.write_text("")
 
 
-class WithoutLogind(DesktopTest):
-    options = {"window_manager": None}
-
-    def test_nothing_else_changes(self):
+class WithTheSession(Power):
+    def test_a_service_is_asked_whenever_it_is_there_and_what_it_gave_is_given_back(self):
         self.desktop.start_messenger()
         self.desktop.wait_listening()
-        self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
+        job = self.start_row()
         self.panel.wait_visible()
+        session = session_manager(self.desktop)
+        wait_until("the session manager", session.held)
+        other = self.start_row(2, "Home")
+        wait_for_value("the reason", session.held,
+                       ["com.brackwater.KQU_Messenger 0 Scanning Data, Scanning Home 5"])
+        self.desktop.processes.end(session.process, signal.SIGKILL)
+        session = session_manager(self.desktop)
+        wait_until("the session manager", session.held)
+        # It answers when nobody waits for it any more.
+        power = power_manager(self.desktop)
+        wait_until("the power manager", power.held)
+        for ended in (job, other):
+            self.desktop.end_job(ended)
+        wait_for_value("the sessions", lambda: session.held() + power.held(), [])
+        session.process.send_signal(signal.SIGSTOP)
+        job = self.start_row(3)
+        wait_until("the power manager", power.held)
+        self.desktop.end_job(job)
+        wait_for_value("the power manager", power.held, [])
+        session.process.send_signal(signal.SIGCONT)
+        wait_for_value("the session manager", session.held, [])
+        self.assertEqual(self.desktop.messenger_output(), "")
+
+    def test_the_locks_come_back_with_a_bus_that_went_away(self):
+        self.desktop.start_messenger()
+        self.desktop.wait_listening()
+        self.start_row()
+        self.panel.wait_visible()
+        self.desktop.system_bus.stop()
+        self.desktop.system_bus.start()
         # One that is started later is found.
         logind = Logind(self.desktop.system_bus, self.desktop.processes, self.desktop.env)
-        wait_until("the locks", lambda: len(logind.inhibitors()) == 2)
-        self.assertEqual(self.desktop.messenger_output(), "")
+        wait_for_value("the locks", lambda: sorted(logind.inhibitors()), locks("Scanning Data"))
+        self.assertEqual(logind.calls(), {"Inhibit", "ListInhibitors"})
 
 
 class PowerSource(DesktopTest):
-    options = Power.options
+    options = {"window_manager": None, "logind": True}
 
     def set_source(self, online):
         """A laptop on mains or on its battery, as the kernel tells of it."""
@@ -128,7 +200,7 @@ class PowerSource(DesktopTest):
                 (folder / key).write_text(value + "\n")
 
     def has_block(self):
-        return any(lock[3] == "block" for lock in self.desktop.logind.inhibitors())
+        return len(self.desktop.logind.inhibitors()) == 2
 
     def test_the_lock_follows_the_power_source_while_a_job_runs(self):
         self.set_source("1")

@@ -82,19 +82,32 @@ class Bus:
             self._connection.set_exit_on_disconnect(False)
         return self._connection
 
+    def forbid(self, interface, member):
+        """From now on nobody may send this message."""
+        rule = f'<deny send_interface="{interface}" send_member="{member}"/>'
+        text = self._configuration.read_text()
+        self._configuration.write_text(text.replace("</policy>", rule + "</policy>"))
+        self._daemon_interface("org.freedesktop.DBus").ReloadConfig()
+
+    def _daemon_interface(self, interface):
+        return dbus.Interface(self.connection().get_object(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", introspect=False), interface)
+
+    def names_of(self, pid):
+        """The unique names of the connections of a process."""
+        return {name for name in self.connection().list_names()
+                if name.startswith(":") and self.pid_of(name) == pid}
+
     def hears(self, pid, interface):
         """Whether a connection of this process has asked for signals of this interface."""
-        stats = dbus.Interface(self.connection().get_object(
-            "org.freedesktop.DBus", "/org/freedesktop/DBus", introspect=False),
-            "org.freedesktop.DBus.Debug.Stats")
+        stats = self._daemon_interface("org.freedesktop.DBus.Debug.Stats")
         return any(self.pid_of(name) == pid and any(interface in rule for rule in rules)
                    for name, rules in stats.GetAllMatchRules().items())
 
     def pid_of(self, name):
         """The process that owns a name; None where nobody does."""
         try:
-            return self.connection().get_object("org.freedesktop.DBus", "/", introspect=False) \
-                .GetConnectionUnixProcessID(name, dbus_interface="org.freedesktop.DBus")
+            return self._daemon_interface("org.freedesktop.DBus").GetConnectionUnixProcessID(name)
         except dbus.DBusException:
             return None
 
@@ -120,3 +133,7 @@ class Logind:
         """The locks that are held: (what, who, why, mode)."""
         return [tuple(str(part) for part in lock[:4])
                 for lock in self._interface(self.MANAGER).ListInhibitors()]
+
+    def calls(self):
+        """The names of all methods that it was asked for."""
+        return {str(call[1]) for call in self._interface("org.freedesktop.DBus.Mock").GetCalls()}
