@@ -56,6 +56,8 @@ class Parser {
             request_.onSystemBus = true;
         else if (argument == "--no-start")
             request_.startsMessenger = false;
+        else if (argument == "--show-files")
+            request_.showsFiles = true;
         else if (argument == "--verbose")
             request_.isVerbose = true;
         else if (TakeValue(argument, "--tool"))
@@ -105,6 +107,7 @@ Runs a command and shows it in the panel of the KQU Messenger while it runs.
   --destination NAME  the destination's name, instead of the one that was found
   --name NAME         the task's name on the bus
   --system            post on the system bus, as is done for root
+  --show-files        post names of files there too, where every user can read them
   --no-start          don't start the messenger
   --verbose           tell why the row can't be shown
   --help              show this text

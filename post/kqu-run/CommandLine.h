@@ -24,6 +24,8 @@ struct Request {
     bool onSystemBus = false;
     /// Whether the messenger may be started for the row.
     bool startsMessenger = true;
+    /// Whether names of files may be posted where every user can read them.
+    bool showsFiles = false;
     bool isVerbose = false;
     std::vector<std::string> command;
 };

@@ -25,12 +25,12 @@ std::string_view HostOf(std::string_view authority) {
     return authority.substr(0, authority.find(':'));
 }
 
-std::string OnHost(std::string_view path, std::string_view host) {
+Name OnHost(std::string_view path, std::string_view host) {
     const std::string on(host);
-    return path.empty() || path == "/" ? on : std::string(path) + " on " + on;
+    return {path.empty() || path == "/" ? on : std::string(path) + " on " + on, on};
 }
 
-std::string UrlName(std::string_view url) {
+Name UrlName(std::string_view url) {
     // What is behind a question mark may be a key.
     if (url.starts_with("http"))
         url = url.substr(0, url.find('?'));
@@ -62,7 +62,7 @@ std::string SchemeOf(std::string_view place) {
 }
 
 /// A place on a service: "bucket on s3.example.org", "bucket:path" as it stands.
-std::string ServiceName(std::string_view place) {
+Name ServiceName(std::string_view place) {
     if (place.find("://") != std::string_view::npos)
         return UrlName(place);
     // ":sftp,user=me,pass=secret:path"
@@ -75,7 +75,8 @@ std::string ServiceName(std::string_view place) {
     const std::size_t slash = place.find('/');
     const bool hasHost =
         slash != std::string_view::npos && place.find(':') == std::string_view::npos;
-    return hasHost ? OnHost(place.substr(slash + 1), place.substr(0, slash)) : std::string(place);
+    return hasHost ? OnHost(place.substr(slash + 1), place.substr(0, slash))
+                   : Name{std::string(place), {}};
 }
 
 /// The place without "user:password@" before its host. A path behind "host:" may hold an @ as well:
@@ -93,7 +94,7 @@ bool IsElsewhere(std::string_view place) {
     return place.find("://") < place.find('/') || HostEnd(place) != std::string_view::npos;
 }
 
-std::string PlaceName(std::string_view place, std::string_view home) {
+Name PlaceName(std::string_view place, std::string_view home) {
     const std::string scheme = SchemeOf(place);
     if (!scheme.empty()) {
         place.remove_prefix(scheme.size() + 1);
@@ -103,7 +104,7 @@ std::string PlaceName(std::string_view place, std::string_view home) {
             return UrlName("sftp:" + std::string(place));
     }
     if (place.starts_with("file://"))
-        return std::string(place.substr(7));
+        return {std::string(place.substr(7)), {}};
     if (place.find("://") < place.find('/'))
         return UrlName(place);
     if (HostEnd(place) != std::string_view::npos)
@@ -116,8 +117,8 @@ std::string PlaceName(std::string_view place, std::string_view home) {
         return OnHost(path, host);
     }
     if (place == "~" || place.starts_with("~/"))
-        return std::string(home) + std::string(place.substr(1));
-    return std::string(place);
+        return {std::string(home) + std::string(place.substr(1)), {}};
+    return {std::string(place), {}};
 }
 
 std::string LastComponent(std::string_view path) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "post/kqu-run/Naming.h"
 #include "post/posting/Tools.h"
 
 #include <cstdint>
@@ -12,8 +13,8 @@ namespace kqu::run {
 struct Row {
     /// Decides what the row looks like.
     const post::Tool* tool = post::FindTool("backup");
-    std::string volume;
-    std::string destination;
+    Name volume;
+    Name destination;
     /// The kernel's name of the disk, such as "sda1".
     std::string disk;
     /// A backup of folders, not of a whole volume.
@@ -24,14 +25,18 @@ struct Row {
     bool sectors = false;
     /// The files on the defragmenter's volume, by which the panel divides.
     std::uint64_t filesInUse = 0;
+    /// Whether names of files and paths are posted; on the system bus every user can read them.
+    bool showsFiles = true;
 };
 
 /// How far a tool is.
 struct Progress {
     /// From 0 to 1; nothing where the tool doesn't tell.
     std::optional<double> share;
-    /// What is being done or what is in work, as one line.
+    /// What is being done, as one line without names of files.
     std::string text;
+    /// The file in work; may be empty.
+    std::string file;
     /// How far the file in work is, from 0 to 1.
     std::optional<double> fileShare;
     /// A defragmenter that only looks.

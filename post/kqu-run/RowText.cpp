@@ -68,29 +68,37 @@ class Values {
     std::vector<std::pair<std::string, std::string>> values_;
 };
 
+const std::string& Shown(const Name& name, const Row& row) {
+    return row.showsFiles ? name.full : name.open;
+}
+
 void AddScanner(Values& values, const Row& row, const Progress& progress) {
     values.AddShare("Progress", progress.share, 1000, 2);
-    values.Add("VolName", row.volume);
-    values.Add("Item", progress.text);
+    values.Add("VolName", Shown(row.volume, row));
+    values.Add("Item", Shown(progress, row));
     values.Add("ScanType", row.sectors ? "1" : "");
 }
 
 void AddBackup(Values& values, const Row& row, const Progress& progress) {
     values.AddShare("Progress", progress.share, 1000, 2);
-    values.Add("VolName", row.volume);
-    values.Add("dVolName", row.destination);
-    values.Add("status", progress.text);
+    values.Add("VolName", Shown(row.volume, row));
+    values.Add("dVolName", Shown(row.destination, row));
+    values.Add("status", Shown(progress, row));
     values.Add("FolderBackup", row.folder ? "1" : "");
     values.Add("Type", row.image ? "4" : "");
 }
 
 void AddDefragmenter(Values& values, const Row& row, const Progress& progress) {
     values.Add("status", progress.checking ? "check" : "defrag");
-    values.Add("FileName", progress.text);
+    values.Add("FileName", Shown(progress, row));
     values.AddShare("FileProgress", progress.fileShare, 100, 0);
     values.AddShare("NumFilesExamined", progress.share, static_cast<double>(row.filesInUse), 0);
 }
 } // namespace
+
+const std::string& Shown(const Progress& progress, const Row& row) {
+    return row.showsFiles && !progress.file.empty() ? progress.file : progress.text;
+}
 
 std::string CleanText(std::string_view text) {
     std::string clean;

@@ -17,6 +17,9 @@ namespace kqu::run {
 /// itself if the mark is in it, else with the mark before it.
 [[nodiscard]] std::string TaskName(std::string_view name);
 
+/// The line of text that a row shows: the file in work where there is one and it may be shown.
+[[nodiscard]] const std::string& Shown(const Progress& progress, const Row& row);
+
 /// The notification that tells of a run. `after` is what the machine shall do afterwards, or empty.
 [[nodiscard]] post::Notification MakeNotification(const std::string& name, const Row& row,
                                                   const Progress& progress, pid_t tool,

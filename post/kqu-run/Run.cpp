@@ -88,8 +88,10 @@ void Run::Start() {
     tool_->Prepare(launch_);
     row_ = tool_->GetRow();
     row_.tool = request_.tool != nullptr ? request_.tool : row_.tool;
-    row_.volume = request_.volume.value_or(row_.volume);
-    row_.destination = request_.destination.value_or(row_.destination);
+    if (request_.volume)
+        row_.volume = OpenName(*request_.volume);
+    if (request_.destination)
+        row_.destination = OpenName(*request_.destination);
     // The defragmenter's volume is known to the panel by its disk alone.
     if (request_.volume && row_.tool->name == "defragmenter")
         row_.disk = *request_.volume;
@@ -114,10 +116,11 @@ void Run::Start() {
     const std::string unique = ToolName(launch_) + "." + std::to_string(child_) + "." +
                                std::to_string(Clock::now().time_since_epoch().count());
     name_ = TaskName(request_.name.value_or(unique));
-    const bool isRoot = geteuid() == 0;
-    Show([this, isRoot] {
-        poster_.emplace(request_.onSystemBus || isRoot ? post::Bus::System : post::Bus::Session,
-                        request_.startsMessenger, request_.isVerbose);
+    const auto bus =
+        request_.onSystemBus || geteuid() == 0 ? post::Bus::System : post::Bus::Session;
+    row_.showsFiles = request_.showsFiles || bus == post::Bus::Session;
+    Show([this, bus] {
+        poster_.emplace(bus, request_.startsMessenger, request_.isVerbose);
         PostIfDue(false);
     });
     nextSearch_ = nextLook_ = Clock::now() + pause_;

@@ -4,6 +4,7 @@
 #include "post/kqu-run/Naming.h"
 #include "post/posting/Descriptor.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <fcntl.h>
@@ -153,27 +154,30 @@ std::optional<Volume> VolumeOfDisk(const std::string& path) {
     if (!S_ISREG(status.st_mode))
         return std::nullopt;
     const std::string label = LabelIn(path);
-    return Volume{label.empty() ? LastComponent(path) : label, {}, {}, 0};
+    return Volume{label.empty() ? LastComponent(path) : label, {}, {}, 0, label.empty()};
 }
 
-std::string FolderName(const std::string& path) {
+Name FolderName(const std::string& path) {
     if (IsElsewhere(path))
         return PlaceName(path, {});
     std::error_code failure;
     const files::path whole = files::canonical(path, failure);
     if (failure)
-        return LastComponent(path);
+        return {LastComponent(path), {}};
     const auto volume = VolumeOfFile(path);
-    if (volume && volume->mountPoint == whole)
-        return volume->name;
-    return LastComponent(whole.string());
+    const std::string open = volume ? volume->name : "";
+    return {volume && volume->mountPoint == whole ? open : LastComponent(whole.string()), open};
 }
 
-std::string FolderNames(const std::vector<std::string>& paths) {
-    std::vector<std::string> names;
-    for (const std::string& path : paths)
-        names.push_back(FolderName(path));
-    return Joined(names);
+Name FolderNames(const std::vector<std::string>& paths) {
+    std::vector<std::string> full, open;
+    for (const std::string& path : paths) {
+        const Name name = FolderName(path);
+        full.push_back(name.full);
+        if (std::find(open.begin(), open.end(), name.open) == open.end())
+            open.push_back(name.open);
+    }
+    return {Joined(full), Joined(open)};
 }
 
 std::optional<std::uint64_t> SizeOf(const std::string& path) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "post/kqu-run/Naming.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -19,6 +21,10 @@ struct Volume {
     /// Empty if it isn't mounted.
     std::string mountPoint;
     std::uint64_t filesInUse = 0;
+    /// It is an image, and named after its file.
+    bool isNamedAfterFile = false;
+
+    [[nodiscard]] Name Shown() const { return {name, isNamedAfterFile ? "" : name}; }
 };
 
 /// The mounted volume that a file is on.
@@ -28,8 +34,8 @@ struct Volume {
 
 /// A folder as a person would say it: the volume's name if the path is where it is mounted, else
 /// the folder's own. A path on another machine is named with that.
-[[nodiscard]] std::string FolderName(const std::string& path);
-[[nodiscard]] std::string FolderNames(const std::vector<std::string>& paths);
+[[nodiscard]] Name FolderName(const std::string& path);
+[[nodiscard]] Name FolderNames(const std::vector<std::string>& paths);
 
 /// The size of a regular file or block device in bytes.
 [[nodiscard]] std::optional<std::uint64_t> SizeOf(const std::string& path);

@@ -67,9 +67,9 @@ class RunCase(unittest.TestCase):
             (self.source / "inner" / f"f{number}").write_bytes(os.urandom(100_000))
         (self.source / "big").write_bytes(os.urandom(20_000_000))
 
-    def listen(self):
-        bus = Bus(KIND, self.processes, self.env)
-        self.env[f"DBUS_{KIND.upper()}_BUS_ADDRESS"] = bus.address
+    def listen(self, kind=KIND):
+        bus = Bus(kind, self.processes, self.env)
+        self.env[f"DBUS_{kind.upper()}_BUS_ADDRESS"] = bus.address
         bus.start()
         self.addCleanup(bus.stop)
         return Posts(bus)
@@ -142,7 +142,7 @@ class RunTest(RunCase):
         for command, tool, expected in rows:
             with self.subTest(command):
                 posts.forget()
-                shown = self.run_shown("--after", "sleep", *command)
+                shown = self.run_shown("--after", "sleep", "--show-files", *command)
                 self.assertEqual(shown.returncode, 0, shown.stderr)
                 self.assertGreaterEqual(len(posts.has_come()), 2)
                 self.assertEqual({told for _, told, _ in posts.heard}, {OBJECTS[tool]})
@@ -155,6 +155,18 @@ class RunTest(RunCase):
                     self.assertEqual(last["BSD"], disk or last["BSD"])
                 else:
                     self.assertEqual(last.get("Progress", "none"), "1000.00")
+
+    def test_no_name_of_a_file_is_posted_where_all_users_can_read_it(self):
+        posts = self.listen("system")
+        self.run_direct("borg", "init", "-e", "none", "borg")
+        for command in (("rsync", "-av", "Documents/", "a/"), ("tar", "czf", "a.tgz", "Documents"), ("cp", "Documents/big", "b"),
+                        ("borg", "create", "-p", "borg::one", "Documents"), ("e4defrag", "-v", "Documents/inner"),
+                        ("dd", "if=Documents/big", "of=b", "bs=1k"), ("badblocks", "-v", "Documents/big")):
+            posts.forget()
+            self.run_shown("--system", *command)
+            self.assertTrue(posts.has_come(), command)
+            for _, _, values in posts.heard:
+                self.assertNotRegex(" ".join(values.values()), r"/\w|Documents|inner|big|\ba\b|tgz", command)
 
     def test_output_is_what_it_was(self):
         self.listen()

@@ -29,7 +29,7 @@ class Badblocks : public Tool {
         std::error_code failure;
         opened_ = std::filesystem::weakly_canonical(device_, failure).string();
         if (const auto disk = VolumeOfDisk(device_)) {
-            row_.volume = disk->name;
+            row_.volume = disk->Shown();
             row_.disk = disk->disk;
         }
         block_ = DdSize(arguments.Value("b").value_or("")).value_or(usualBlock);

@@ -81,7 +81,7 @@ class Borg : public Tool {
         repository.erase(std::min(repository.find("::"), repository.size()));
         if (repository.empty() && given != nullptr)
             repository = given;
-        const std::string name = Destination(repository);
+        const Name name = Destination(repository);
         row_.destination = name;
         if (command_ != "create" || operands.size() < 3) {
             row_.volume = name;
@@ -103,7 +103,7 @@ class Borg : public Tool {
     void SetFile(std::string_view file) {
         file = file.substr(0, file.find_last_not_of(' ') + 1);
         if (!file.empty())
-            progress_.text = file;
+            progress_.file = file;
     }
 
     std::string command_;

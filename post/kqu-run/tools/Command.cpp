@@ -1,4 +1,5 @@
 #include "post/kqu-run/Naming.h"
+#include "post/kqu-run/tools/Destination.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <filesystem>
@@ -15,13 +16,13 @@ class Command : public Tool {
 
     void Prepare(Launch& launch) override {
         std::error_code failure;
-        progress_.text = LastComponent(launch.arguments[program_]);
+        progress_.file = progress_.text = LastComponent(launch.arguments[program_]);
         for (std::size_t i = program_ + 1; i < launch.arguments.size(); ++i) {
             const std::string& argument = launch.arguments[i];
             if (!argument.starts_with('-') && std::filesystem::exists(argument, failure))
-                progress_.text += " " + argument;
+                progress_.file += " " + argument;
         }
-        row_.destination = std::filesystem::current_path(failure).string();
+        row_.destination = LocalDestination(".");
     }
 
   private:

@@ -64,7 +64,7 @@ class Dd : public Tool {
         const auto disk = VolumeOfDisk(source);
         const auto targetDisk = VolumeOfDisk(target);
         const bool isToDisk = targetDisk && !targetDisk->disk.empty();
-        row_.volume = disk ? disk->name : LastComponent(source);
+        row_.volume = disk ? disk->Shown() : Name{LastComponent(source), {}};
         row_.disk = disk ? disk->disk : "";
         std::error_code failure;
         if (std::filesystem::is_character_file(source, failure)) {
@@ -72,11 +72,11 @@ class Dd : public Tool {
             const auto volume = isToDisk         ? targetDisk
                                 : target.empty() ? std::nullopt
                                                  : VolumeOfFile(FolderOf(target));
-            row_.volume = volume ? volume->name : "";
+            row_.volume = volume ? volume->Shown() : Name{};
             row_.disk = volume ? volume->disk : "";
         }
-        row_.destination = isToDisk         ? targetDisk->name
-                           : target.empty() ? "standard output"
+        row_.destination = isToDisk         ? targetDisk->Shown()
+                           : target.empty() ? OpenName("standard output")
                                             : LocalDestination(target);
         row_.image = disk && !disk->disk.empty() && !isToDisk && !target.empty();
     }

@@ -8,27 +8,32 @@
 
 namespace kqu::run {
 
-std::string LocalDestination(const std::string& path) {
+Name LocalDestination(const std::string& path) {
     std::error_code failure;
     std::string whole = std::filesystem::weakly_canonical(path, failure).string();
     if (failure || whole.empty())
-        return path;
+        return {path, {}};
     // A relative path of which nothing is there yet stays relative.
     if (!whole.starts_with('/'))
         whole = std::filesystem::absolute(whole, failure).lexically_normal().string();
     while (whole.size() > 1 && whole.ends_with('/'))
         whole.pop_back();
-    const auto volume = VolumeOfFile(whole);
-    return volume && volume->mountPoint == whole ? volume->name : whole;
+    // What is not there yet will be on the volume of the folder above it.
+    std::filesystem::path nearest = whole;
+    while (!std::filesystem::exists(nearest, failure) && nearest.has_relative_path())
+        nearest = nearest.parent_path();
+    const auto volume = VolumeOfFile(nearest.string());
+    const std::string open = volume ? volume->name : "";
+    return {volume && volume->mountPoint == whole ? open : whole, open};
 }
 
-std::string Destination(const std::string& place) {
+Name Destination(const std::string& place) {
     const char* home = std::getenv("HOME");
-    const std::string name = PlaceName(place, home != nullptr ? home : "~");
+    const Name name = PlaceName(place, home != nullptr ? home : "~");
     const bool isNamedLocal = place.starts_with("local:") || place.starts_with("file://");
-    if (name.empty() || (IsElsewhere(place) && !isNamedLocal))
+    if (name.full.empty() || (IsElsewhere(place) && !isNamedLocal))
         return name;
-    return LocalDestination(name);
+    return LocalDestination(name.full);
 }
 
 } // namespace kqu::run

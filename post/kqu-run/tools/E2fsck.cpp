@@ -38,7 +38,7 @@ class E2fsck : public Tool {
         const auto disk = arguments.Operands().empty() ? std::nullopt
                                                        : VolumeOfDisk(arguments.Operands().front());
         if (disk) {
-            row_.volume = disk->name;
+            row_.volume = disk->Shown();
             row_.disk = disk->disk;
         }
         if (arguments.Has("C"))

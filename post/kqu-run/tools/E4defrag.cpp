@@ -19,10 +19,10 @@ class E4defrag : public Tool {
                 volume = VolumeOfFile(target);
             if (volume) {
                 row_.disk = volume->disk;
-                row_.volume = volume->name;
+                row_.volume = volume->Shown();
                 row_.filesInUse = volume->filesInUse;
             }
-            progress_.text = target;
+            progress_.file = target;
         }
         launch.stream = 1;
     }
@@ -37,10 +37,11 @@ class E4defrag : public Tool {
         if (!done || !isDivided || !all || !TakeMark(line, "]"))
             return;
         progress_.share = Share(static_cast<double>(*done), static_cast<double>(*all));
+        progress_.text = std::to_string(*done) + " of " + std::to_string(*all);
         const std::size_t end = line.rfind(":\t");
         if (end == std::string_view::npos || line.empty())
             return;
-        progress_.text = line.substr(0, end);
+        progress_.file = line.substr(0, end);
         progress_.fileShare =
             LastPercentage(line.substr(end).substr(0, line.substr(end).find('%') + 1));
     }

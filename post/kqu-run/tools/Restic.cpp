@@ -46,13 +46,13 @@ class Restic : public Tool {
         else if (line.starts_with('['))
             ReadStatus(line);
         else if (line.starts_with('/') && command_ == "backup")
-            progress_.text = line;
+            progress_.file = line;
     }
 
   private:
     void NamePlaces(const Arguments& arguments, const std::vector<std::string>& paths) {
         const char* given = std::getenv("RESTIC_REPOSITORY");
-        const std::string repository =
+        const Name repository =
             Destination(arguments.Value("r repo").value_or(given != nullptr ? given : ""));
         row_.folder = true;
         if (command_ == "backup") {
@@ -71,7 +71,7 @@ class Restic : public Tool {
         if (const auto share = JsonNumber(line, "percent_done"))
             progress_.share = share;
         if (const std::string file = JsonText(line, "current_files"); !file.empty())
-            progress_.text = file;
+            progress_.file = file;
     }
 
     void ReadStatus(std::string_view line) {

@@ -57,7 +57,7 @@ class Rsync : public Tool {
     void Read(std::string_view line) override {
         if (RsyncProgressLength(line) == 0) {
             if (!IsMessage(line))
-                progress_.text = line;
+                progress_.file = line;
             return;
         }
         ReadChecked(line);
@@ -98,8 +98,9 @@ class Rsync : public Tool {
         if (!isOfAll_)
             progress_.share = Share(static_cast<double>(*all - *left), static_cast<double>(*all));
         if (wasAsked_ || isOfAll_)
-            progress_.text = std::to_string(*all - *left) + " of " + std::to_string(*all) +
-                             (isWhole ? " files" : " files so far");
+            progress_.file.clear();
+        progress_.text = std::to_string(*all - *left) + " of " + std::to_string(*all) +
+                         (isWhole ? " files" : " files so far");
     }
 
     bool isOfAll_ = false;

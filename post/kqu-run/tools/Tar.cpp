@@ -86,7 +86,7 @@ class Tar : public Tool {
 
     void PrepareCreate(const Arguments& arguments, const std::string& archive) {
         row_.image = true;
-        row_.destination = archive == "-"     ? "standard output"
+        row_.destination = archive == "-"     ? OpenName("standard output")
                            : archive_.empty() ? Destination(archive)
                                               : LocalDestination(archive);
         for (const std::string& operand : arguments.Operands())
@@ -99,9 +99,9 @@ class Tar : public Tool {
     }
 
     void PrepareRead(const std::string& archive) {
-        row_.volume = archive == "-"     ? "archive"
+        row_.volume = archive == "-"     ? OpenName("archive")
                       : archive_.empty() ? Destination(archive)
-                                         : LastComponent(archive);
+                                         : Name{LastComponent(archive), {}};
         row_.destination = LocalDestination(folder_);
         size_ = SizeOf(archive_).value_or(0);
     }
@@ -125,7 +125,7 @@ class Tar : public Tool {
         // The file in work is the one that was opened last, behind the folders that it is in.
         if (!files.empty() && files.back().descriptor > STDERR_FILENO &&
             files.back().path != archive_ && !files.back().path.starts_with("/dev/"))
-            progress_.text = files.back().path;
+            progress_.file = files.back().path;
         const auto read = BytesReadBy(process);
         const auto all = total_ ? total_->Bytes() : std::nullopt;
         if (read && all && *all > 0)

@@ -36,7 +36,7 @@ TEST(Naming, PlacesAreSaidAsAPersonWould) {
         {"me@nas:/mail/a@b", "/mail/a@b on nas"},
     };
     for (const auto& [place, name] : places)
-        EXPECT_EQ(PlaceName(place, "/home/me"), name) << place;
+        EXPECT_EQ(PlaceName(place, "/home/me").full, name) << place;
     EXPECT_EQ(Joined(std::vector<std::string>{"a", "b"}), "a and b");
     EXPECT_EQ(Joined(std::vector<std::string>{"a", "b", "c"}), "a and 2 more");
     EXPECT_EQ(LastComponent("/home/me//"), "me");
@@ -78,8 +78,8 @@ TEST(RowText, ANotificationHoldsWhatABusTakesAndAToolHas) {
     EXPECT_EQ(TaskName("my kqs_DISK"), "my kqs_DISK");
     EXPECT_EQ(TaskName("mine\n"), "KQS_disk.mine ");
 
-    Row row{nullptr, "Data", "/x", "sda1", true, true, true, 4000};
-    Progress progress{0.25, "text", 0.376, false};
+    Row row{nullptr, OpenName("Data"), {"/x", ""}, "sda1", true, true, true, 4000};
+    Progress progress{0.25, "text", "", 0.376, false};
     for (const post::Tool& tool : post::Tools()) {
         row.tool = &tool;
         const auto made = MakeNotification("KQS_disk", row, progress, 42, "sleep");

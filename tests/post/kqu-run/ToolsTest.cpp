@@ -1,5 +1,6 @@
 #include "post/kqu-run/CommandLine.h"
 #include "post/kqu-run/LineReader.h"
+#include "post/kqu-run/RowText.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Recognise.h"
 
@@ -57,7 +58,7 @@ void ExpectRead(const std::vector<Case>& cases) {
     for (const Case& one : cases) {
         const Progress progress = Prepared(one.command, true).After(one.printed);
         EXPECT_NEAR(progress.share.value_or(-1), one.share, 0.0001) << one.command;
-        EXPECT_EQ(progress.text, one.text) << one.command;
+        EXPECT_EQ(Shown(progress, Row{}), one.text) << one.command;
     }
 }
 
@@ -119,12 +120,12 @@ TEST(Tools, AreReadByTheirRealOutput) {
 TEST(Tools, BorgNamesItsFileInEitherForm) {
     EXPECT_EQ(Prepared("borg create -p rep::a src")
                   .After("33.55 MB O 33.55 MB C 0 B D 30 N src/d2/big      \r")
-                  .text,
+                  .file,
               "src/d2/big");
     EXPECT_EQ(Prepared("borg create -p --log-json rep::a src")
                   .After(R"({"type":"archive_progress","original_size":12,"path":"src/\u00e4"})"
                          "\r")
-                  .text,
+                  .file,
               "src/\u00E4");
 }
 
@@ -166,7 +167,7 @@ TEST(Tools, AreFoundBehindOtherCommands) {
         {"env A=b", "env"},
         {"sudo -u me /bin/mysql -psecret --password=secret u:secret@host secret / .", "mysql / ."}};
     for (const auto& [command, text] : others)
-        EXPECT_EQ(Prepared(command).tool->GetProgress().text, text);
+        EXPECT_EQ(Prepared(command).tool->GetProgress().file, text);
 }
 
 /// Files of one test and links to them, in a folder that is the working one meanwhile.
@@ -202,11 +203,11 @@ TEST_F(ToolsInFolder, SayWhereTheyWrite) {
         {"tar cf deep/a.tar a", "/real/deep/a.tar"},
         {"tar -x --warning none --exclude-tag t -f a.tar -C ..", ""}};
     for (const auto& [command, place] : destinations)
-        EXPECT_EQ(Prepared(command).tool->GetRow().destination, here + place) << command;
+        EXPECT_EQ(Prepared(command).tool->GetRow().destination.full, here + place) << command;
     const Prepared zeros("dd if=/dev/zero");
-    EXPECT_EQ(zeros.tool->GetRow().destination, "standard output");
-    EXPECT_EQ(zeros.tool->GetRow().volume, "");
-    EXPECT_EQ(Prepared("tar xf me@nas:/a.tar").tool->GetRow().volume, "/a.tar on nas");
+    EXPECT_EQ(zeros.tool->GetRow().destination.full, "standard output");
+    EXPECT_EQ(zeros.tool->GetRow().volume.full, "");
+    EXPECT_EQ(Prepared("tar xf me@nas:/a.tar").tool->GetRow().volume.full, "/a.tar on nas");
 }
 
 /// The test itself stands for the tool: it has the file open that a link leads to.
@@ -218,7 +219,7 @@ TEST_F(ToolsInFolder, AreFollowedInFilesBehindLinks) {
         prepared.tool->Look(getpid());
         EXPECT_NEAR(prepared.tool->GetProgress().share.value_or(-1), 0.5, 0.0001) << command;
     }
-    EXPECT_EQ(Prepared("tar xf ../link").tool->GetRow().volume, "link");
+    EXPECT_EQ(Prepared("tar xf ../link").tool->GetRow().volume.full, "link");
     close(file);
 }
 
