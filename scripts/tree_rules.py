@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""What the tree promises beyond what a compiler sees: layers, words and sizes.
+"""What the tree promises beyond what a compiler sees: layers and sizes.
 
-Usage: tree_rules.py layers|words|sizes, or tree_rules.py files SUFFIX... to list files."""
+Usage: tree_rules.py layers|sizes, or tree_rules.py files SUFFIX... to list files."""
 
 import ast
 import pathlib
@@ -26,22 +26,6 @@ SYSTEM_HEADER = re.compile(
 LONGEST_FILE = 500
 LONGEST_FUNCTION = 60
 LEAST_TESTS, MOST_TESTS = 15, 41
-
-STANDARDS = re.compile(r"D-?Bus|XDG|EWMH|ICCCM|freedesktop|desktop entry|POSIX|RFC|Unicode", re.I)
-UNNAMED = "a document without the name of a public standard"
-HOME = "somebody's home folder"  # which a test may well make up
-# Each is written so that it does not find itself.
-WORDS = {
-    "unfinished work": re.compile(
-        r"\b(tod[o]|fixm[e]|xx[x]|hac[k])\b|not implemente[d]|unimplemente[d]", re.I),
-    "a test that does not run": re.compile(r"gtest_ski[p]|\bdisabled[_]|skip[T]est|unittest\.ski[p](?!If\(os\.geteuid)",
-                                           re.I),
-    "a path of one machine": re.compile(r"(?<![\w.])/(wor[k]|far[m]|roo[t])/", re.I),
-    HOME: re.compile(r"/hom[e]/[a-z]", re.I),
-    "a document that is not part of the tree": re.compile(
-        r"\b(the|this|our|a|per) spe[c]\b|\bspe[c]\.md\b|\bpar[t] \d+\.\d|\bste[p] \d+ of\b", re.I),
-    UNNAMED: re.compile(r"\bspecificatio[n]s?\b", re.I),
-}
 
 
 def tree_files():
@@ -94,16 +78,6 @@ def layers():
             complaint = include and layer_complaint(name, *include.groups())
             if complaint:
                 yield f"{name}:{number}: {complaint}"
-
-
-def words():
-    for name in tree_files():
-        for number, line in enumerate(text_of(name), 1):
-            for what, pattern in WORDS.items():
-                found = pattern.search(line)
-                if found and not (what == UNNAMED and STANDARDS.search(line) or
-                                  what == HOME and name.parts[0] == "tests"):
-                    yield f"{name}:{number}: {what}: \"{found[0]}\""
 
 
 def without_text(source):
@@ -203,7 +177,7 @@ def main(arguments):
     if arguments[:1] == ["files"]:
         print("\n".join(str(name) for name in tree_files() if name.suffix in arguments[1:]))
         return 0
-    rules = {"layers": layers, "words": words, "sizes": sizes}
+    rules = {"layers": layers, "sizes": sizes}
     if len(arguments) != 1 or arguments[0] not in rules:
         print(__doc__, file=sys.stderr)
         return 2
