@@ -155,7 +155,3 @@ class PostTest(unittest.TestCase):
                 self.assertIn(word, told("--help"))
                 self.assertIn(word, manual)
             self.assertRegex(told("--version"), rf"\A{command} \d+\.\d+\.\d+\n\Z")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -420,7 +420,3 @@ class RowTest(DesktopTest):
     @staticmethod
     def _children(pid):
         return pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text()
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -8,7 +8,7 @@ import time
 
 import dbus
 
-from support import ROOT, DesktopTest, hold, wait_until
+from support import ROOT, DesktopTest, hold, needs_root, wait_until
 from support.panel import ROW
 from support.processes import ProcessFacts
 from support.user_manager import UserManager
@@ -162,10 +162,11 @@ class StartByRoot(StartTest):
         self.assertLess(self.post(1, "--system", prefix=prefix), AT_ONCE)
         self.assertEqual(self.started(), [])
 
-    def test_it_is_started_for_the_user_at_the_seat_and_nobody_else(self):
+    def test_nobody_at_the_seat(self):
         self.assert_not_started()
-        if os.geteuid() != 0:
-            return  # Nobody else may start anything for another user.
+
+    @needs_root
+    def test_it_is_started_for_the_user_at_the_seat_and_nobody_else(self):
         units = self.desktop.folder / "units"
         units.mkdir()
         (units / UNIT).write_text(self.made(UNIT))
@@ -190,9 +191,8 @@ class StartByRoot(StartTest):
         self.panel.wait_height(ROW)  # so it can list processes under its unit's limits
         self.assertEqual(self.started(), running)
 
+    @needs_root
     def test_a_silent_bus_of_the_user_is_waited_for_once(self):
-        if os.geteuid() != 0:
-            return  # Nobody else may start anything for another user.
         holder = self.desktop.processes.start(
             ["unshare", "--mount", "python3", "-c", SILENT_BUS, str(NOBODY)], self.desktop.env)
         prefix = ["nsenter", "--mount", f"--target={holder.pid}"]

@@ -9,6 +9,8 @@ import subprocess
 import tempfile
 import unittest
 
+import pytest
+
 from support import ROOT
 
 BUILD = pathlib.Path(os.environ.get("KQU_BUILD", ROOT / "build" / "release")).resolve()
@@ -70,6 +72,7 @@ class Root:
                       if not path.is_relative_to(self.folder / "var/lib/dpkg"))
 
 
+@pytest.mark.xdist_group("package")  # it is built once
 class PackageTest(unittest.TestCase):
     maxDiff = None
 

@@ -7,8 +7,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[3]
 sys.path.insert(0, str(ROOT / "scripts"))
 
 # pylint: disable=wrong-import-position
-from support.case import DesktopTest  # noqa: E402
+from support.case import DesktopTest, needs_root  # noqa: E402
 from support.desktop import Desktop  # noqa: E402
 from support.waiting import hold, wait_until  # noqa: E402
 
-__all__ = ["ROOT", "Desktop", "DesktopTest", "hold", "wait_until"]
+__all__ = ["ROOT", "Desktop", "DesktopTest", "hold", "needs_root", "wait_until"]

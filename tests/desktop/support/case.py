@@ -1,10 +1,15 @@
 """The base of the desktop tests."""
 
+import os
 import pathlib
 import unittest
 
+import pytest
+
 from screenshot import Screenshot
 from support.desktop import ROOT, Desktop
+
+needs_root = unittest.skipIf(os.geteuid() != 0, "only root can be somebody else")
 
 
 class DesktopTest(unittest.TestCase):
@@ -14,15 +19,17 @@ class DesktopTest(unittest.TestCase):
     options = {}
     maxDiff = None
 
-    def setUp(self):
+    @pytest.fixture(autouse=True)
+    def own_desktop(self):
         self.desktop = Desktop(**self.options)
-        self.addCleanup(self.desktop.stop)
         self.panel = self.desktop.panel
+        yield
+        self.desktop.stop()
 
     def keep_evidence(self):
-        """Called by the runner while the failed test's desktop still stands."""
-        desktop = getattr(self, "desktop", None)
-        if desktop is None or desktop.xserver is None or desktop.xserver.poll() is not None:
+        """Called after a failure, while the desktop still stands."""
+        desktop = self.desktop
+        if desktop.xserver.poll() is not None:
             return
         folder = pathlib.Path(ROOT, "out", "desktop")
         Screenshot.take(env=desktop.env).save(folder / f"{self.id()}.png")
