@@ -4,7 +4,6 @@ import os
 import pwd
 import signal
 import subprocess
-import unittest
 
 from support import DesktopTest, needs_root
 from support.buses import Logind
@@ -32,7 +31,7 @@ class Power(DesktopTest):
         return job
 
 
-@unittest.skipIf(os.geteuid() != 0, "a login manager in name spaces of its own takes root")
+@needs_root  # for a login manager in name spaces of its own
 class WithTheLoginManager(Power):
     """The program runs as a user who is not root."""
 
