@@ -16,8 +16,10 @@
 #include "shell/App.h"
 
 #include <cstdio>
+#include <fcntl.h>
 #include <malloc.h>
 #include <memory>
+#include <unistd.h>
 #include <vector>
 
 // The program: the real platform, the framework's runtime on top of it, and the application object.
@@ -26,6 +28,16 @@ namespace kqu {
 namespace {
 
 constexpr int noDisplay = 1;
+
+/// A starter may leave out the standard streams. What is opened in their place would become those
+/// of the commands that the program starts.
+void FillStandardDescriptors() {
+    int descriptor = STDIN_FILENO;
+    while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO)
+        descriptor = open("/dev/null", O_RDWR);
+    if (descriptor > STDERR_FILENO)
+        close(descriptor);
+}
 
 int RunOn(platform::X11WindowSystem& windows, platform::SignalSource& signals) {
     platform::SystemWaiting waiting;
@@ -74,6 +86,7 @@ int Run() {
 } // namespace kqu
 
 int main() {
+    kqu::FillStandardDescriptors();
     // The fonts are set up on threads that soon end; heaps of their own would stay, half used.
     mallopt(M_ARENA_MAX, 1);
     try {

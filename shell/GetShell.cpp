@@ -37,12 +37,14 @@ std::string Module1Globals::GetShell(const std::string& command, bool linefeedsT
     const std::int32_t stream = handle->Int32Value(0);
     std::string output;
     if (IsUsable(stream)) {
-        Application::Current().DoEvents();
-        while (Lookup<functions::feof>()(stream) == 0) {
+        Application& application = Application::Current();
+        application.DoEvents();
+        // A program that is ending wants no more of it, least of all of a stream without an end.
+        while (!application.IsQuitting() && Lookup<functions::feof>()(stream) == 0) {
             output += ReadChunk(stream);
             if (Lookup<functions::ferror>()(stream) != 0)
                 break;
-            Application::Current().DoEvents();
+            application.DoEvents();
         }
         Lookup<functions::pclose>()(stream);
     }

@@ -34,7 +34,7 @@ void EventLoop::Post(Handler delivery) {
 }
 
 void EventLoop::Run() {
-    while (!quitting_)
+    while (GoesOn())
         RunOnce();
 }
 
@@ -43,8 +43,14 @@ void EventLoop::RunOnce() {
 }
 
 void EventLoop::DoEvents() {
-    if (!quitting_ && depth_ < maximumDepth)
+    if (GoesOn() && depth_ < maximumDepth)
         Round(Patience::NoWait);
+}
+
+bool EventLoop::GoesOn() {
+    for (std::size_t index = 0; !quitting_ && index < sources_.size(); ++index)
+        Guarded([source = sources_[index]] { source->Interrupt(); });
+    return !quitting_;
 }
 
 void EventLoop::Round(Patience patience) {
@@ -97,7 +103,7 @@ void EventLoop::DispatchDeliveries() {
     // What is posted while this runs belongs to the next round; a nested round may have taken
     // some of ours.
     const std::uint64_t end = nextSerial_;
-    while (!quitting_ && !queue_.empty() && queue_.front().serial < end) {
+    while (GoesOn() && !queue_.empty() && queue_.front().serial < end) {
         const Handler handler = std::move(queue_.front().handler);
         queue_.pop_front();
         Guarded(handler);
@@ -106,7 +112,7 @@ void EventLoop::DispatchDeliveries() {
 
 void EventLoop::DispatchTimers() {
     const platform::Moment now = Now();
-    while (!quitting_) {
+    while (GoesOn()) {
         LoopTimer* timer = FirstDue(now);
         if (timer == nullptr)
             return;
@@ -134,7 +140,7 @@ void EventLoop::WorkBetweenHandlers() {
     };
     const auto work = between_;
     for (const Work& entry : work)
-        if (!quitting_ && isRegistered(entry.serial))
+        if (GoesOn() && isRegistered(entry.serial))
             Guarded(entry.handler);
 }
 

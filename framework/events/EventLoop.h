@@ -25,7 +25,8 @@ class EventLoop final : public platform::EventQueue {
     using Handler = std::function<void()>;
     using ExceptionHandler = std::function<void(std::exception_ptr)>;
 
-    /// How deep loops may nest. A deeper pump delivers nothing, and what is pending waits.
+    /// How deep loops may nest. A deeper pump delivers nothing but interruptions, and what is
+    /// pending waits.
     static constexpr int maximumDepth = 64;
 
     explicit EventLoop(platform::Waiting& waiting);
@@ -74,6 +75,8 @@ class EventLoop final : public platform::EventQueue {
     enum class Patience { MayWait, NoWait };
 
     void Round(Patience patience);
+    /// Lets the sources interrupt. False once the loop is to end.
+    [[nodiscard]] bool GoesOn();
     [[nodiscard]] bool Collect();
     void Sleep();
     void DispatchDeliveries();

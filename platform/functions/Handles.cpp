@@ -35,7 +35,7 @@ Handles::Handle Handles::AddBlob(std::string bytes) {
     return Add(Bytes{std::move(bytes)});
 }
 
-Handles::Handle Handles::AddStream(CommandStream stream) {
+Handles::Handle Handles::AddStream(std::unique_ptr<Command> stream) {
     return stream ? Add(std::move(stream)) : 0;
 }
 
@@ -51,8 +51,8 @@ const std::string* Handles::Blob(Handle handle) const {
     return blob == nullptr ? nullptr : &blob->bytes;
 }
 
-std::FILE* Handles::Stream(Handle handle) const {
-    const auto* stream = Find<CommandStream>(handle);
+Command* Handles::Stream(Handle handle) const {
+    const auto* stream = Find<std::unique_ptr<Command>>(handle);
     return stream == nullptr ? nullptr : stream->get();
 }
 
@@ -61,11 +61,11 @@ void Handles::Release(Handle handle) {
         entries_.erase(handle);
 }
 
-CommandStream Handles::TakeStream(Handle handle) {
-    if (Find<CommandStream>(handle) == nullptr)
+std::unique_ptr<Command> Handles::TakeStream(Handle handle) {
+    if (Find<std::unique_ptr<Command>>(handle) == nullptr)
         return nullptr;
     auto entry = entries_.extract(handle);
-    return std::get<CommandStream>(std::move(entry.mapped()));
+    return std::get<std::unique_ptr<Command>>(std::move(entry.mapped()));
 }
 
 } // namespace kqu::platform

@@ -1,19 +1,15 @@
 #pragma once
 
-#include "platform/CDeleter.h"
+#include "platform/functions/Command.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <variant>
 
 namespace kqu::platform {
-
-/// A stream on a command that runs in the shell. Dropping it closes its end of the pipe and waits
-/// for the command.
-using CommandStream = CPointer<std::FILE, ::pclose>;
 
 /// All that the platform keeps behind references of 32 bits: texts, blobs and streams. A handle is
 /// a small positive number; 0 stands for nothing. Numbers are not used again before all others have
@@ -30,17 +26,17 @@ class Handles {
     /// Bytes without a meaning to their receiver, who has to release them.
     [[nodiscard]] Handle AddBlob(std::string bytes);
     /// 0 for no stream.
-    [[nodiscard]] Handle AddStream(CommandStream stream);
+    [[nodiscard]] Handle AddStream(std::unique_ptr<Command> stream);
 
     // Nil for a handle that stands for nothing or for something else.
     [[nodiscard]] const std::string* Text(Handle handle) const;
     [[nodiscard]] const std::string* Blob(Handle handle) const;
-    [[nodiscard]] std::FILE* Stream(Handle handle) const;
+    [[nodiscard]] Command* Stream(Handle handle) const;
 
     /// Releases a text or a blob; anything else is left alone.
     void Release(Handle handle);
     /// Hands a stream over and forgets it; nil if there is none.
-    [[nodiscard]] CommandStream TakeStream(Handle handle);
+    [[nodiscard]] std::unique_ptr<Command> TakeStream(Handle handle);
 
   private:
     struct OwnedText {
@@ -52,7 +48,7 @@ class Handles {
     struct Bytes {
         std::string bytes;
     };
-    using Entry = std::variant<OwnedText, LastingText, Bytes, CommandStream>;
+    using Entry = std::variant<OwnedText, LastingText, Bytes, std::unique_ptr<Command>>;
 
     [[nodiscard]] Handle Add(Entry entry);
     template <class T>

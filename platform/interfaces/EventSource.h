@@ -32,6 +32,10 @@ class EventSource {
     /// so that it is never entered twice. True if more could be had at once, so that the loop must
     /// not sleep.
     virtual bool Collect(EventQueue& queue) = 0;
+
+    /// Does at once what cannot wait for its turn in the queue. Called before each delivery, at
+    /// every depth of the loop, so it must cost next to nothing as long as there is nothing to do.
+    virtual void Interrupt() {}
 };
 
 } // namespace kqu::platform

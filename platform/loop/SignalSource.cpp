@@ -13,11 +13,13 @@ namespace kqu::platform {
 namespace {
 /// The counter that the signal handler raises; -1 while there is no source.
 volatile std::sig_atomic_t raised = -1;
+volatile std::sig_atomic_t isRequested = 0;
 volatile std::sig_atomic_t endsAtOnce = 0;
 
 void Raise(int /*signal*/) {
     if (endsAtOnce != 0)
         _exit(0);
+    isRequested = 1;
     const int error = errno;
     constexpr std::uint64_t one = 1;
     // A counter that is full says all that is to be said.
@@ -34,6 +36,7 @@ SignalSource::SignalSource(std::function<void()> terminate) : terminate_(std::mo
     if (counter < 0)
         throw std::system_error(errno, std::generic_category(), "eventfd");
     raised = counter;
+    isRequested = 0;
     for (std::size_t index = 0; index < signals.size(); ++index) {
         struct sigaction action {};
         action.sa_handler = signals[index] == SIGPIPE ? DoNothing : Raise;
@@ -48,16 +51,32 @@ SignalSource::~SignalSource() {
         sigaction(signals[index], &former_[index], nullptr);
     close(raised);
     raised = -1;
+    isRequested = 0;
 }
 
 pollfd SignalSource::Watch() const {
     return {raised, POLLIN, 0};
 }
 
-bool SignalSource::Collect(EventQueue& queue) {
+bool SignalSource::Collect(EventQueue& /*queue*/) {
+    // The counter only ends the sleep of the loop, which then lets the source interrupt.
     std::uint64_t count = 0;
-    if (read(raised, &count, sizeof count) == sizeof count)
-        queue.Post(terminate_);
+    [[maybe_unused]] const auto got = read(raised, &count, sizeof count);
+    return false;
+}
+
+void SignalSource::Interrupt() {
+    if (isRequested != 0 && terminate_)
+        std::exchange(terminate_, nullptr)();
+}
+
+bool WaitForInput(int descriptor) {
+    // The request is looked at before each sleep; one that comes in between is in the counter.
+    while (isRequested == 0) {
+        std::array<pollfd, 2> watched{{{descriptor, POLLIN, 0}, {raised, POLLIN, 0}}};
+        if (poll(watched.data(), watched.size(), -1) > 0 && watched[0].revents != 0)
+            return true;
+    }
     return false;
 }
 

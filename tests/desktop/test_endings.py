@@ -26,7 +26,7 @@ class Endings(DesktopTest):
         self.assertEqual(self.desktop.messenger_output(), "")
 
     def test_requests_to_terminate_close_the_panel(self):
-        for number in (signal.SIGTERM, signal.SIGINT):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             with self.subTest(number):
                 if self.desktop.messenger.poll() is not None:
                     self.desktop.start_messenger()
@@ -90,6 +90,14 @@ class Endings(DesktopTest):
         self.assertFalse(ours & set(seen.values()), seen)
         hold("at most one child at a time", lambda: len(facts.children()) <= 1, 4)
         wait_until("the same descriptors", lambda: facts.descriptors().keys() == before.keys(), 5)
+
+    def test_one_that_is_started_without_standard_streams_fills_them_first(self):
+        self.desktop.messenger.terminate()
+        self.assert_ends_quietly()
+        self.desktop.start_messenger("sh", "-c", 'exec "$0" <&- >&- 2>&-')
+        self.desktop.wait_listening()
+        descriptors = self.desktop.messenger_facts().descriptors()
+        self.assertEqual([descriptors[number] for number in range(3)], ["/dev/null"] * 3)
 
     def descriptors_of_a_child(self, facts):
         """What a command that the program runs has open, caught while it runs: not before it has

@@ -65,6 +65,21 @@ class LargePreferences(DesktopTest):
         self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
         self.panel.wait_visible()
 
+    def test_a_request_to_terminate_is_heard_while_they_have_no_end(self):
+        for number, source in enumerate(("fifo", "/dev/zero")):
+            with self.subTest(source):
+                room, path = self.desktop.folder / f"room{number}", self.desktop.folder / source
+                room.mkdir()
+                if not path.exists():
+                    os.mkfifo(path)
+                messenger = self.desktop.launch_messenger(
+                    *mounts.with_new_file(path, PREFERENCES, room))
+                wait_until("the reading command", lambda: {"cat", "kqu-messenger"} <= set(
+                    self.desktop.processes.marked().values()))
+                messenger.terminate()
+                self.assertEqual(self.desktop.wait_exit(), 0)
+                self.assertEqual(self.desktop.messenger_output(), "")
+
     def wait_locks(self, *modes):
         wait_for_value("the locks", lambda: sorted(
             lock[3] for lock in self.desktop.logind.inhibitors()), list(modes))

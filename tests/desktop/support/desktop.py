@@ -151,10 +151,8 @@ class Desktop:
         return False
 
     def messenger_output(self):
-        """What the messenger printed. The shell that runs its commands may complain that there is no
-        pmset; that is not the messenger's word."""
-        return "".join(line for line in self.messenger.log.read_text().splitlines(keepends=True)
-                       if not line.rstrip().endswith("pmset: not found"))
+        """What the messenger printed, the commands that it runs included."""
+        return self.messenger.log.read_text()
 
     def messenger_facts(self):
         return ProcessFacts(self.messenger.pid)

@@ -152,6 +152,28 @@ TEST_F(EventLoopTest, NestingIsBoundedAndNothingIsLost) {
     EXPECT_EQ(deepest, EventLoop::maximumDepth);
 }
 
+TEST_F(EventLoopTest, AnInterruptionComesBeforeTheNextDeliveryAtEveryDepth) {
+    int delivered = 0;
+    struct Urgent final : platform::EventSource {
+        explicit Urgent(std::function<void()> function) : interrupt(std::move(function)) {}
+        [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
+        bool Collect(platform::EventQueue& /*queue*/) override { return false; }
+        void Interrupt() override { interrupt(); }
+        std::function<void()> interrupt;
+    } urgent([&] {
+        if (delivered == 100)
+            loop.Quit();
+    });
+    const auto watching = loop.Watch(urgent);
+    for (int i = 0; i < 1000; ++i)
+        loop.Post([&] {
+            ++delivered;
+            loop.DoEvents();
+        });
+    RunFor(1s);
+    EXPECT_EQ(delivered, 100);
+}
+
 TEST_F(EventLoopTest, NothingIsDispatchedAfterQuitAtAnyDepth) {
     LoopTimer timer(loop, [&] { order.emplace_back("timer"); });
     timer.Start(1ms, LoopTimer::Repeat::Always);

@@ -38,7 +38,7 @@ TEST_F(CoreFoundationFunctionsTest, ReleasingEndsWhatIsOwnedAndNothingElse) {
     const auto release = *table.Find<functions::CFRelease>();
     const auto unowned = handles.UnownedText("AC Power");
     const auto blob = handles.AddBlob("blob");
-    const auto stream = handles.AddStream(CommandStream(::popen("true", "re")));
+    const auto stream = handles.AddStream(Command::Start("true"));
     const auto first = handles.AddText("first");
     release(first);
     // Whatever comes next must not be hit by a second release of the first.

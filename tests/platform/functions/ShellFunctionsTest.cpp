@@ -61,6 +61,7 @@ bool HasChildren() {
 TEST_F(ShellFunctionsTest, ACommandGoesToTheShellAsItStandsAndItsOutputComesBackWhole) {
     EXPECT_EQ(Output("printf '%s,' \"a b\" 'pid'; exit 3"), "a b,pid,");
     EXPECT_EQ(WEXITSTATUS(status), 3);
+    EXPECT_EQ(Output("echo unheard >&2; readlink /proc/self/fd/2"), "/dev/null\n");
     EXPECT_EQ(Output("head -c 5000 /dev/zero | tr '\\0' x"), std::string(5000, 'x'));
     // A short read is no item, and leaves its bytes in the block.
     const std::int32_t stream = Start("printf abc");
@@ -111,6 +112,20 @@ TEST_F(ShellFunctionsTest, ACommandInheritsNothingAndStartsWithTheUsualSignals) 
     EXPECT_EQ(OpenDescriptors(), before + 1);
     handles.reset();
     EXPECT_EQ(OpenDescriptors(), before) << "what nobody closed goes with the handles";
+    EXPECT_FALSE(HasChildren());
+}
+
+TEST_F(ShellFunctionsTest, ARequestToTerminateEndsTheReadingAndTheCommand) {
+    const SignalSource source([] {});
+    // The first one is silent; the second one goes on after it has closed its output.
+    for (const char* command : {"sleep 600", "exec >&-; sleep 600"}) {
+        const std::int32_t stream = Start(command);
+        raise(SIGTERM);
+        Block block{};
+        EXPECT_EQ(Read(stream, block), 0U);
+        EXPECT_NE(Call<functions::ferror>(stream), 0);
+        EXPECT_EQ(WTERMSIG(Call<functions::pclose>(stream)), SIGTERM);
+    }
     EXPECT_FALSE(HasChildren());
 }
 
