@@ -64,6 +64,7 @@ void Window1::LayOut(std::int32_t width, std::int32_t height, std::int32_t rowCo
     const std::int32_t hiddenRows = rowCount - 1 - visibleRows + 1;
     if (hiddenRows != ScrollBar1->Maximum())
         ScrollBar1->SetMaximum(hiddenRows);
+    ScrollBar1->SetInSight(std::max(1, visibleRows));
     if (ScrollBar1->Maximum() < 1) {
         // Parked beyond the edge instead of hidden, so that the wheel still finds it visible.
         MyWindowEventList->SetWidth(width);

@@ -15,7 +15,7 @@ constexpr int shortestThumb = 18;
 
 const Colour trackColour = RGB(250, 251, 252);
 const Colour trackEdgeColour = RGB(226, 230, 236);
-const Colour thumbColour = RGB(132, 148, 172);
+const Colour thumbColour = RGB(118, 134, 160);
 const Colour heldThumbColour = RGB(84, 105, 138);
 } // namespace
 
@@ -42,12 +42,22 @@ void ScrollBar::SetValue(int value) {
         ValueChanged();
 }
 
+void ScrollBar::SetInSight(int units) {
+    if (std::exchange(inSight_, units) != units)
+        Refresh(Erasing::EraseBackground);
+}
+
+int ScrollBar::ShareInSight(int length) const {
+    const std::int64_t range = std::int64_t{maximum_} - minimum_;
+    return static_cast<int>(length * std::int64_t{inSight_} / (range + inSight_));
+}
+
 platform::Rect ScrollBar::Thumb() const {
     const int range = maximum_ - minimum_;
     const int track = Height() - 2 * thumbMargin;
     if (range < 1 || track < 1)
         return {};
-    const int length = std::min(track, std::max(shortestThumb, track / (range + 1)));
+    const int length = std::min(track, std::max(shortestThumb, ShareInSight(track)));
     const std::int64_t way = track - length;
     const std::int64_t passed = std::clamp(value_ - minimum_, 0, range);
     return {thumbMargin, thumbMargin + static_cast<int>(way * passed / range),

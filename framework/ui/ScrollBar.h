@@ -35,6 +35,9 @@ class ScrollBar : public Control {
     /// Keeps to the limits, the minimum going first. Raises `ValueChanged` if the value changed.
     void SetValue(int value);
 
+    /// How many units of the range can be seen at a time, at least 1: the thumb shows their share.
+    void SetInSight(int units);
+
     std::function<void()> ValueChanged;
 
     /// The thumb within the control; empty when there is nothing to scroll.
@@ -49,9 +52,12 @@ class ScrollBar : public Control {
   private:
     [[nodiscard]] int ValueAt(int thumbTop) const;
 
+    [[nodiscard]] int ShareInSight(int length) const;
+
     int minimum_;
     int maximum_;
     int value_;
+    int inSight_ = 1;
     int lineStep_;
     int pageStep_;
     bool liveScroll_;

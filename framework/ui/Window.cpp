@@ -26,10 +26,10 @@ void Window::Create() {
     layout_ = Layout();
     content_ = {0, 0, layout_.Width, layout_.Height};
     toldSize_ = content_.Extent();
-    native_ = Runtime::Current().Windows().MakeWindow({content_,
-                                                       layout_.Frame == WindowFrame::GlobalFloating,
-                                                       layout_.Resizeable, layout_.CloseButton},
-                                                      *this);
+    native_ = Runtime::Current().Windows().MakeWindow(
+        {content_, layout_.Frame == WindowFrame::GlobalFloating, layout_.Resizeable,
+         layout_.CloseButton, layout_.MinimizeButton, layout_.MaximizeButton},
+        *this);
     Runtime::Current().OpenWindows().push_back(this);
     CreateControls();
     AddMenuHandlers(*this);

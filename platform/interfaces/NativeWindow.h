@@ -110,6 +110,8 @@ struct NativeWindowSettings {
     /// Whether the user may resize it through the window system.
     bool resizeable = false;
     bool closeButton = false;
+    bool minimizeButton = false;
+    bool maximizeButton = false;
 };
 
 /// The window system of the user's session.

@@ -65,11 +65,14 @@ void WindowHints::WriteIdentity() const {
     display_.SetWords(window_, display_.Atom(AtomName::WmProtocols), XCB_ATOM_ATOM, protocols);
 }
 
-void WindowHints::WriteWishes() const {
+void WindowHints::WriteWishes(bool iconic) const {
     const bool floats = settings_.globalFloating;
     xcb_icccm_wm_hints_t hints{};
     xcb_icccm_wm_hints_set_input(&hints, floats ? 0 : 1);
-    xcb_icccm_wm_hints_set_normal(&hints);
+    if (iconic)
+        xcb_icccm_wm_hints_set_iconic(&hints);
+    else
+        xcb_icccm_wm_hints_set_normal(&hints);
     xcb_icccm_set_wm_hints(display_.Connection(), window_, &hints);
 
     const std::array type{
@@ -117,11 +120,11 @@ void WindowHints::WriteAttributes(std::uint32_t attributes) const {
     }
     if (settings_.closeButton)
         functions |= motifClose;
-    if ((attributes & collapseAttribute) != 0) {
+    if (settings_.minimizeButton || (attributes & collapseAttribute) != 0) {
         functions |= motifMinimise;
         decorations |= motifMinimiseBox;
     }
-    if ((attributes & zoomAttributes) != 0) {
+    if (settings_.maximizeButton || (attributes & zoomAttributes) != 0) {
         functions |= motifMaximise;
         decorations |= motifMaximiseBox;
     }

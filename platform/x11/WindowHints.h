@@ -17,8 +17,8 @@ class WindowHints {
     /// What never changes: class, process, machine, protocols.
     void WriteIdentity() const;
     /// What a manager forgets, or must not take over, when the window is withdrawn. To be written
-    /// before each map, together with the place.
-    void WriteWishes() const;
+    /// before each map, together with the place. `iconic` asks for a map to the iconic state.
+    void WriteWishes(bool iconic) const;
     /// Place and size of the content on the root window. A window that the user may not resize has
     /// no other size than this; static gravity makes the place that of the content and not of the
     /// frame that the manager puts around it.

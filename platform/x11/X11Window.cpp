@@ -61,7 +61,7 @@ X11Window::X11Window(X11WindowSystem& system, const Display& display,
       size_(wanted_.size),
       parent_(display.Root()) {
     hints_.WriteIdentity();
-    hints_.WriteWishes();
+    hints_.WriteWishes(false);
     hints_.WritePlaceAndSize(WantedOnRoot());
     hints_.WriteAttributes(attributes_);
 }

@@ -178,6 +178,7 @@ class X11Window final : public NativeWindow {
     bool isManaged_ = false;
     bool isIconic_ = false;
     bool isHidden_ = false;
+    bool stayIconic_ = false;
     xcb_window_t parent_;
     Moment withdrawnAtLatest_{};
     std::optional<Moment> repaintAt_;

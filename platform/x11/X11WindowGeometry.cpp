@@ -58,6 +58,9 @@ void X11Window::OnConfigured(const X11Event& event) {
     const auto configured = event.As<xcb_configure_notify_event_t>();
     const Moment now = std::chrono::steady_clock::now();
     const Size size{configured.width, configured.height};
+    // No window has a side of 0: some client made this event up.
+    if (size.width == 0 || size.height == 0)
+        return;
     if (mapping_ != Mapping::Up) {
         // Where a window is put while it is not up is nobody's wish: managers move windows about
         // when they take them out of their frames.

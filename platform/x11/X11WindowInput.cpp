@@ -40,6 +40,9 @@ void X11Window::Handle(const X11Event& event) {
         return OnMotion(event.As<xcb_motion_notify_event_t>());
     case XCB_CONFIGURE_NOTIFY:
         return OnConfigured(event);
+    case XCB_DESTROY_NOTIFY:
+        // Another client has destroyed the window: nobody would ever see it again.
+        return owner_.CloseRequested();
     case XCB_MAP_NOTIFY:
         return OnMapped();
     case XCB_UNMAP_NOTIFY:

@@ -25,7 +25,7 @@ void X11Window::Map() {
     const Rect content = WantedOnRoot();
     surface_.Rebuild(content.Extent(), owner_);
     changed_ = {};
-    hints_.WriteWishes();
+    hints_.WriteWishes(stayIconic_);
     hints_.WriteAttributes(attributes_);
     hints_.WritePlaceAndSize(content);
     Configure(content, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
@@ -115,6 +115,9 @@ void X11Window::OnProperty(xcb_atom_t property) {
 void X11Window::OnState(std::uint32_t state) {
     isIconic_ = state == XCB_ICCCM_WM_STATE_ICONIC;
     isManaged_ = state != XCB_ICCCM_WM_STATE_WITHDRAWN;
+    // A window that the user has minimised comes back minimised after it was hidden.
+    if (isManaged_ && mapping_ == Mapping::Up)
+        stayIconic_ = isIconic_;
     if (!isManaged_)
         FinishWithdrawing();
 }

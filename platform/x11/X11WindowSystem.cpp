@@ -29,6 +29,7 @@ xcb_window_t WindowOf(const X11Event& event) {
         return event.As<xcb_button_press_event_t>().event;
     case XCB_CONFIGURE_NOTIFY:
         return event.As<xcb_configure_notify_event_t>().window;
+    case XCB_DESTROY_NOTIFY:
     case XCB_MAP_NOTIFY:
     case XCB_UNMAP_NOTIFY:
     case XCB_REPARENT_NOTIFY:

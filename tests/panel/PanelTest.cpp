@@ -173,6 +173,11 @@ TEST(PanelSizing, TheScrollBarGoesByPagesOfTwentyRowsAndWithItsThumb) {
         EXPECT_EQ(panel.ScrollBar1->Value(), value);
     }
     const platform::Rect thumb = panel.ScrollBar1->Thumb();
+    panel.ScrollBar1->SetHeight(204);
+    panel.ScrollBar1->SetMaximum(9);
+    panel.ScrollBar1->SetInSight(3);
+    EXPECT_EQ(panel.ScrollBar1->Thumb().height, 200 / 4) << "three of twelve rows";
+    panel.ChangeWindowSize(panel.Width(), panel.Height(), true, true);
     const platform::Point taken{panel.ScrollBar1->Left() + 5,
                                 panel.ScrollBar1->Top() + thumb.y + 2};
     const auto moveBy = [&](int way) {

@@ -33,7 +33,7 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
         system = X11WindowSystem::Open();
         NativeWindowSettings settings;
         settings.content = content;
-        settings.globalFloating = true;
+        settings.globalFloating = settings.minimizeButton = true;
         window = system->MakeWindow(settings, *this);
         id = static_cast<X11Window&>(*window).Id();
         Resize(content.Extent());
@@ -104,6 +104,12 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
         const auto length = static_cast<std::uint16_t>(std::strlen(name));
         return Answer<xcb_intern_atom_reply>(xcb_intern_atom(looker.get(), 0, length, name))->atom;
     }
+    Words PropertyOf(xcb_atom_t property) const {
+        const auto reply = Answer<xcb_get_property_reply>(
+            xcb_get_property(looker.get(), 0, id, property, XCB_ATOM_ANY, 0, 100'000));
+        const auto* words = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
+        return {words, words + reply->value_len};
+    }
     Rect Place() const {
         const auto size = Answer<xcb_get_geometry_reply>(xcb_get_geometry(looker.get(), id));
         return {size->x, size->y, size->width, size->height};
@@ -163,7 +169,7 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     void ButtonReleased(Point) override {}
     void PointerMoved(Point) override {}
     void WheelTurned(Point, int, int) override {}
-    void CloseRequested() override {}
+    void CloseRequested() override { ++closes; }
     Size FrameExtent() override { return extent; }
     Frame CurrentFrame(int top, int height) override {
         if (top > 0 && inMidUpdate)
@@ -183,6 +189,7 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     std::vector<Rect> told;
     std::function<void()> inMidUpdate;
     std::optional<Point> pressedAt;
+    int closes = 0;
     std::unique_ptr<NativeWindow> window;
     xcb_window_t id = 0;
 };
@@ -279,6 +286,41 @@ TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
         Sync();
         Await([&] { return window->IsCollapsed() == (state[0] == 3); });
     }
+}
+
+TEST_F(X11WindowTest, AMinimisedWindowComesBackMinimised) {
+    Appear();
+    const xcb_atom_t name = Atom("WM_STATE");
+    const auto setState = [&](std::uint32_t state) {
+        xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, name, name, 32, 1, &state);
+        Sync();
+    };
+    const auto initialState = [&] { return PropertyOf(XCB_ATOM_WM_HINTS)[2]; };
+    EXPECT_EQ(PropertyOf(Atom("_MOTIF_WM_HINTS"))[1], 4U | 8U) << "move and minimise";
+    for (const std::uint32_t state : {3U, 1U}) {
+        setState(state);
+        RoundTrip();
+        RoundTrip();
+        Await([&] { return window->IsCollapsed() == (state == 3); });
+        window->SetAlpha(0.0F);
+        RoundTrip();
+        setState(0);
+        Await([&] { return !window->IsCollapsed(); });
+        Appear();
+        EXPECT_EQ(initialState(), state);
+    }
+}
+
+TEST_F(X11WindowTest, WhatOtherClientsMakeUpOrDestroyIsHeard) {
+    Appear();
+    xcb_configure_notify_event_t flat{};
+    flat.response_type = XCB_CONFIGURE_NOTIFY;
+    flat.event = flat.window = id;
+    xcb_send_event(looker.get(), 0, id, 0, reinterpret_cast<const char*>(&flat));
+    xcb_destroy_window(looker.get(), id);
+    Sync();
+    Await([this] { return closes == 1; });
+    EXPECT_TRUE(told.empty());
 }
 
 TEST_F(X11WindowTest, OnlyWhatIsToldBeforeTheManagerCanHaveFinishedIsItsAnswerToTheMap) {
@@ -415,10 +457,9 @@ TEST_F(X11WindowTest, AnswersPingsAndOffersIcons) {
 
     window->UpdateDockTile();
     RoundTrip();
-    const auto icon = Answer<xcb_get_property_reply>(
-        xcb_get_property(looker.get(), 0, id, Atom("_NET_WM_ICON"), XCB_ATOM_CARDINAL, 0, 100'000));
-    const auto* shown = static_cast<const std::uint32_t*>(xcb_get_property_value(icon.get()));
-    ASSERT_EQ(icon->value_len, 2 + 48 * 48 + 2 + 32 * 32U);
+    const Words icon = PropertyOf(Atom("_NET_WM_ICON"));
+    ASSERT_EQ(icon.size(), 2 + 48 * 48 + 2 + 32 * 32U);
+    const std::uint32_t* shown = icon.data();
     for (const std::uint32_t side : {48U, 32U}) {
         EXPECT_EQ(Words(shown, shown + 2), (Words{side, side}));
         // The panel lies across the middle of the icon.
