@@ -35,18 +35,25 @@ bool IsOnline(const fs::path& supply) {
     return !online.empty() && online != "0";
 }
 
+/// What tells neither whether it is fed nor what it does is believed to be in use.
+bool IsUpsInUse(const fs::path& supply) {
+    const auto online = ValueOfFile(supply / "online");
+    const auto status = ValueOfFile(supply / "status");
+    return online == "0" || status == "Discharging" || (!online && !status);
+}
+
 Voice Ask(const fs::path& supply) {
     if (ValueOfFile(supply / "scope") == "Device" || ValueOfFile(supply / "present") == "0")
         return Voice::Nothing;
     const auto type = ValueOfFile(supply / "type");
-    if (type == "Mains" || type == "USB")
-        return IsOnline(supply) && IsPowerSink(supply) ? Voice::IsOnMains : Voice::Nothing;
     if (type == "UPS")
-        return Voice::IsOnUps;
-    if (type == "Battery" &&
-        ValueOfFile(supply / "status").value_or("Discharging") == "Discharging")
-        return Voice::IsOnBattery;
-    return Voice::Nothing;
+        return IsUpsInUse(supply) ? Voice::IsOnUps : Voice::Nothing;
+    if (type == "Battery")
+        return ValueOfFile(supply / "status").value_or("Discharging") == "Discharging"
+                   ? Voice::IsOnBattery
+                   : Voice::Nothing;
+    // Chargers of every other kind: mains, USB, wireless, and those to come.
+    return IsOnline(supply) && IsPowerSink(supply) ? Voice::IsOnMains : Voice::Nothing;
 }
 } // namespace
 

@@ -13,11 +13,11 @@ class PowerSupplies {
     /// What provides power now: "AC Power", "UPS Power" or "Battery Power". Read afresh at each
     /// call.
     ///
-    /// Decided as systemd decides whether it is on AC power, with a place for a UPS: a mains or USB
-    /// supply that is online is AC, unless its port gives power away; else a UPS, else a battery
-    /// that is discharging, or does not say what it does, is what the machine runs on. Supplies of
-    /// a device (a mouse) and those that are not plugged in do not count. Where nothing speaks for
-    /// a battery it is AC.
+    /// A supply that is neither a battery nor a UPS and is online is AC, unless its port gives
+    /// power away. Else a UPS that has lost its mains or is discharging, else a battery that is
+    /// discharging, is what the machine runs on. A UPS or a battery that doesn't say counts as
+    /// discharging. Supplies of a device (a mouse) and those that are not plugged in do not count.
+    /// Where nothing speaks for a battery it is AC.
     [[nodiscard]] std::string_view ProvidingSource() const;
 
   private:

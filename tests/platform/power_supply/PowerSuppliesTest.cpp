@@ -52,8 +52,14 @@ TEST(PowerSuppliesTest, WhatProvidesPower) {
         {acOffline + ups, "UPS Power"},
         {discharging + ups, "UPS Power"},
         {acOnline + ups, "AC Power"},
-        // One of an unknown kind, and one without files.
-        {"odd type Wireless, online 1", "AC Power"},
+        // A UPS on mains, before its battery is used, without a word, and beside a notebook's.
+        {"ups type UPS, online 1, status Full", "AC Power"},
+        {"ups type UPS, online 0, status Full", "UPS Power"},
+        {"ups type UPS", "UPS Power"},
+        {discharging + "ups type UPS, online 1, status Charging", "Battery Power"},
+        // A wireless charger with a telephone's battery, and a supply without files.
+        {discharging + "wireless type Wireless, online 1", "AC Power"},
+        {discharging + "wireless type Wireless, online 0", "Battery Power"},
         {discharging + "bare device/x -", "Battery Power"},
     };
     for (const auto& [supplies, source] : cases) {
