@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/syscall.h>
@@ -25,6 +26,9 @@ using Attributes = CPointer<posix_spawnattr_t, posix_spawnattr_destroy>;
 /// what it starts ends with it. -1 if that fails. Signal handlers become the usual ones again, and
 /// everything else that the program has open is close-on-exec.
 pid_t StartShell(std::string command, int output) {
+    // With root's rights nothing is run from the folders of whoever set the variable.
+    if (geteuid() == 0)
+        setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1);
     std::string shell = "sh";
     std::string option = "-c";
     std::array<char*, 4> arguments{shell.data(), option.data(), command.data(), nullptr};

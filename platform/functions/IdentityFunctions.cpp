@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <sys/stat.h>
+#include <systemd/sd-login.h>
 #include <unistd.h>
 
 namespace kqu::platform {
@@ -17,11 +18,20 @@ constexpr std::string_view versionSelector = "sysv";
 /// In the form 0xMMmb: the newest that any user of it tells apart.
 constexpr std::int32_t systemVersion = 0x1068;
 
+/// On Linux the console's device stays root's whoever sits there; the login manager knows the user.
+uid_t ConsoleOwner(uid_t owner) {
+    uid_t user = owner;
+    if (owner == 0 && sd_seat_get_active("seat0", nullptr, &user) < 0)
+        return owner;
+    return user;
+}
+
 int WriteStatus(const std::string& path, std::byte* record, std::size_t size) {
     struct stat status {};
     if (size < ownerOffset + sizeof status.st_uid || ::lstat(path.c_str(), &status) != 0)
         return failure;
-    std::memcpy(record + ownerOffset, &status.st_uid, sizeof status.st_uid);
+    const uid_t owner = path == "/dev/console" ? ConsoleOwner(status.st_uid) : status.st_uid;
+    std::memcpy(record + ownerOffset, &owner, sizeof owner);
     return success;
 }
 } // namespace

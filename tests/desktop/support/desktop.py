@@ -22,10 +22,14 @@ WINDOW_MANAGERS = {
 
 def settled_user():
     """The user that a messenger started by us settles on: root gives way to the console's owner,
-    and a console that cannot be found counts as root's."""
-    if os.geteuid() != 0:
+    or to the user at the seat. A console that cannot be found counts as root's."""
+    if os.geteuid() != 0 or not os.path.lexists("/dev/console"):
         return os.geteuid()
-    owner = os.lstat("/dev/console").st_uid if os.path.lexists("/dev/console") else 0
+    seat = pathlib.Path("/run/systemd/seats/seat0")
+    owner = os.lstat("/dev/console").st_uid
+    if owner == 0 and seat.exists():
+        known = dict(line.partition("=")[::2] for line in seat.read_text().splitlines())
+        owner = int(known.get("ACTIVE_UID", 0))
     return owner if owner < 1 << 31 else 0
 
 
@@ -136,13 +140,18 @@ class Desktop:
                                               log="messenger.log")
         return self.messenger
 
-    def console_of(self, user):
-        """For root: a prefix for start_messenger, to whom the console then belongs to that user."""
-        console = self.folder / "console"
+    def console_of(self, user, seat_user=None):
+        """For root: a prefix for start_messenger, to whom the console then belongs to that user,
+        while the login manager knows `seat_user` or nobody at the seat."""
+        console, run = self.folder / "console", self.folder / "console-run"
         console.touch()
         os.chown(console, user, -1)
-        return ["unshare", "--mount", "sh", "-c",
-                f'mount --bind {console} /dev/console && exec "$0"']
+        seats = run / "systemd" / "seats"
+        seats.mkdir(parents=True, exist_ok=True)
+        if seat_user is not None:
+            (seats / "seat0").write_text(f"IS_SEAT0=1\nACTIVE=1\nACTIVE_UID={seat_user}\n")
+        return ["unshare", "--mount", "sh", "-c", f"mount --bind {console} /dev/console &&"
+                f' mount --bind {run} /run && exec "$0"']
 
     def _ended_early(self):
         if self.messenger.poll() is not None:
