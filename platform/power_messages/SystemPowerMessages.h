@@ -25,6 +25,7 @@ class SystemPowerMessages final : public PowerMessages, private EventSource {
     /// Between two questions while something runs, since the power source changes unnoticed. Below
     /// a second, so that with the way to the services nothing outlives its reason by more.
     static constexpr std::chrono::milliseconds questionPeriod{750};
+    static_assert(questionPeriod < std::chrono::seconds(1));
     /// Between two questions at least: changes come in floods.
     static constexpr std::chrono::milliseconds leastGap{200};
 
