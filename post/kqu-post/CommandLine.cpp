@@ -3,6 +3,7 @@
 #include "post/posting/Utf8.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 namespace kqu::post {
@@ -32,113 +33,85 @@ std::string ToolNames() {
     return Listed(names);
 }
 
-class Parser {
-  public:
-    explicit Parser(std::span<const char* const> arguments) : rest_(arguments) {}
+enum Option { AnyKey = 256, Named, NoStart, Of, OnSystemBus, StartOnly, Version };
 
-    Request Parse() {
-        while (!rest_.empty() && !IsAboutItself())
-            Take(Next());
-        if (request_.action == Request::Action::Post)
-            CheckWhole();
-        else if (!IsAboutItself() && request_.notification.tool != nullptr)
-            throw UsageError("with --start-only nothing is posted");
-        return std::move(request_);
+constexpr std::array<option, 9> options{{{"any-key", no_argument, nullptr, AnyKey},
+                                         {"help", no_argument, nullptr, 'h'},
+                                         {"name", required_argument, nullptr, Named},
+                                         {"no-start", no_argument, nullptr, NoStart},
+                                         {"start-only", no_argument, nullptr, StartOnly},
+                                         {"system", no_argument, nullptr, OnSystemBus},
+                                         {"tool", required_argument, nullptr, Of},
+                                         {"version", no_argument, nullptr, Version},
+                                         {}}};
+
+const Tool* ToolOf(const std::string& name) {
+    const Tool* tool = FindTool(name);
+    if (tool == nullptr)
+        throw UsageError("unknown tool " + name + " (there are " + ToolNames() + ")");
+    return tool;
+}
+
+void Take(Request& request, int option, const char* value) {
+    switch (option) {
+    case AnyKey:
+        request.anyKey = true;
+        break;
+    case Named:
+        request.notification.name = value;
+        break;
+    case NoStart:
+        request.starts = false;
+        break;
+    case Of:
+        request.notification.tool = ToolOf(value);
+        break;
+    case OnSystemBus:
+        request.bus = Bus::System;
+        break;
+    case StartOnly:
+        request.action = Request::Action::StartOnly;
+        break;
+    default:
+        request.action = option == Version ? Request::Action::Version : Request::Action::Help;
     }
+}
 
-  private:
-    [[nodiscard]] bool IsAboutItself() const {
-        return request_.action == Request::Action::Help ||
-               request_.action == Request::Action::Version;
-    }
+std::pair<std::string, std::string> ValueIn(const std::string& argument) {
+    const std::size_t equals = argument.find('=');
+    if (equals == std::string::npos || equals == 0)
+        throw UsageError("not of the form KEY=VALUE: " + argument);
+    return {argument.substr(0, equals), argument.substr(equals + 1)};
+}
 
-    std::string Next() {
-        std::string argument = rest_.front();
-        rest_ = rest_.subspan(1);
-        ++count_;
-        if (!IsUtf8(argument))
-            throw UsageError("argument " + std::to_string(count_) + " is not UTF-8 text");
-        return argument;
-    }
-
-    std::string ValueOf(const std::string& option, const std::string& argument) {
-        if (argument.size() > option.size())
-            return argument.substr(option.size() + 1);
-        if (rest_.empty())
-            throw UsageError("option " + option + " needs a value");
-        return Next();
-    }
-
-    static bool IsOption(const std::string& argument, const std::string& option) {
-        return argument == option || argument.starts_with(option + "=");
-    }
-
-    void Take(const std::string& argument) {
-        if (!optionsEnded_ && argument.starts_with("-"))
-            TakeOption(argument);
-        else
-            TakeValue(argument);
-    }
-
-    void TakeOption(const std::string& argument) {
-        if (argument == "--")
-            optionsEnded_ = true;
-        else if (argument == "--help" || argument == "-h")
-            request_.action = Request::Action::Help;
-        else if (argument == "--version")
-            request_.action = Request::Action::Version;
-        else if (argument == "--system")
-            request_.bus = Bus::System;
-        else if (argument == "--no-start")
-            request_.starts = false;
-        else if (argument == "--start-only")
-            request_.action = Request::Action::StartOnly;
-        else if (argument == "--any-key")
-            anyKey_ = true;
-        else if (IsOption(argument, "--tool"))
-            TakeTool(ValueOf("--tool", argument));
-        else if (IsOption(argument, "--name"))
-            request_.notification.name = ValueOf("--name", argument);
-        else
-            throw UsageError("unknown option " + argument);
-    }
-
-    void TakeTool(const std::string& name) {
-        request_.notification.tool = FindTool(name);
-        if (request_.notification.tool == nullptr)
-            throw UsageError("unknown tool " + name + " (there are " + ToolNames() + ")");
-    }
-
-    void TakeValue(const std::string& argument) {
-        const std::size_t equals = argument.find('=');
-        if (equals == std::string::npos || equals == 0)
-            throw UsageError("not of the form KEY=VALUE: " + argument);
-        request_.notification.values.emplace_back(argument.substr(0, equals),
-                                                  argument.substr(equals + 1));
-    }
-
-    void CheckWhole() const {
-        if (request_.notification.tool == nullptr)
-            throw UsageError("no --tool was given (there are " + ToolNames() + ")");
-        if (Lowered(request_.notification.name).find(nameMark) == std::string::npos)
-            throw UsageError("the --name must contain KQS_disk");
-        for (const auto& [key, value] : request_.notification.values)
-            if (!anyKey_ && !HasKey(*request_.notification.tool, key))
-                throw UsageError("the " + std::string(request_.notification.tool->name) +
-                                 " has no key " + key + " (it has " +
-                                 Listed(request_.notification.tool->keys) + ")");
-    }
-
-    std::span<const char* const> rest_;
-    int count_ = 0;
-    Request request_;
-    bool anyKey_ = false;
-    bool optionsEnded_ = false;
-};
+void CheckWhole(const Request& request) {
+    const auto& [tool, name, values] = request.notification;
+    if (tool == nullptr)
+        throw UsageError("no --tool was given (there are " + ToolNames() + ")");
+    if (Lowered(name).find(nameMark) == std::string::npos)
+        throw UsageError("the --name must contain KQS_disk");
+    for (const auto& [key, value] : values)
+        if (!request.anyKey && !HasKey(*tool, key))
+            throw UsageError("the " + std::string(tool->name) + " has no key " + key + " (it has " +
+                             Listed(tool->keys) + ")");
+}
 } // namespace
 
-Request ParseCommandLine(std::span<const char* const> arguments) {
-    return Parser(arguments).Parse();
+Request ParseCommandLine(std::span<char*> arguments) {
+    for (std::size_t i = 1; i < arguments.size(); ++i)
+        if (!IsUtf8(arguments[i]))
+            throw UsageError("argument " + std::to_string(i) + " is not UTF-8 text");
+    Request request;
+    const auto values =
+        ReadOptions(arguments, "", options.data(),
+                    [&](int option, const char* value) { Take(request, option, value); });
+    for (const char* value : values)
+        request.notification.values.push_back(ValueIn(value));
+    if (request.action == Request::Action::Post)
+        CheckWhole(request);
+    else if (request.action == Request::Action::StartOnly && request.notification.tool != nullptr)
+        throw UsageError("with --start-only nothing is posted");
+    return request;
 }
 
 std::string HelpText() {

@@ -15,11 +15,13 @@ struct Request {
     Bus bus = Bus::Session;
     /// Whether a post has the messenger started first.
     bool starts = true;
+    /// Whether keys pass that the tool doesn't have.
+    bool anyKey = false;
     Notification notification;
 };
 
-/// Reads the arguments behind the program's name. Raises UsageError.
-[[nodiscard]] Request ParseCommandLine(std::span<const char* const> arguments);
+/// Reads the program's arguments, of which the first is its name. Raises UsageError.
+[[nodiscard]] Request ParseCommandLine(std::span<char*> arguments);
 
 [[nodiscard]] std::string HelpText();
 

@@ -19,7 +19,7 @@ void Post(const kqu::post::Request& request) {
     kqu::post::Post(connection, request.notification);
 }
 
-int Run(std::span<const char* const> arguments) {
+int Run(std::span<char*> arguments) {
     using kqu::post::Request;
     const Request request = kqu::post::ParseCommandLine(arguments);
     switch (request.action) {

@@ -1,100 +1,93 @@
 #include "post/kqu-run/CommandLine.h"
 
-#include <string_view>
+#include <array>
 
 namespace kqu::run {
 
 namespace {
-class Parser {
-  public:
-    explicit Parser(std::span<const char* const> arguments) : rest_(arguments) {}
-
-    Request Parse() {
-        while (!rest_.empty() && request_.action == Request::Action::Run) {
-            const std::string_view next = rest_.front();
-            if (next == "--") {
-                Next();
-                break;
-            }
-            if (!next.starts_with("-") || next == "-")
-                break;
-            TakeOption(Next());
-        }
-        request_.command.assign(rest_.begin(), rest_.end());
-        if (request_.action == Request::Action::Run && request_.command.empty())
-            throw UsageError("no command was given; see kqu-run --help");
-        return std::move(request_);
-    }
-
-  private:
-    std::string Next() {
-        std::string argument = rest_.front();
-        rest_ = rest_.subspan(1);
-        return argument;
-    }
-
-    /// Whether it is this option; its value is then in `value_`.
-    bool TakeValue(const std::string& argument, const std::string& option) {
-        if (argument.starts_with(option + "=")) {
-            value_ = argument.substr(option.size() + 1);
-            return true;
-        }
-        if (argument != option)
-            return false;
-        if (rest_.empty())
-            throw UsageError("option " + option + " needs a value");
-        value_ = Next();
-        return true;
-    }
-
-    void TakeOption(const std::string& argument) {
-        if (argument == "--help" || argument == "-h")
-            request_.action = Request::Action::Help;
-        else if (argument == "--version")
-            request_.action = Request::Action::Version;
-        else if (argument == "--system")
-            request_.onSystemBus = true;
-        else if (argument == "--no-start")
-            request_.startsMessenger = false;
-        else if (argument == "--show-files")
-            request_.showsFiles = true;
-        else if (argument == "--verbose")
-            request_.isVerbose = true;
-        else if (TakeValue(argument, "--tool"))
-            TakeTool();
-        else if (TakeValue(argument, "--after"))
-            TakeAfter();
-        else if (TakeValue(argument, "--volume"))
-            request_.volume = value_;
-        else if (TakeValue(argument, "--destination"))
-            request_.destination = value_;
-        else if (TakeValue(argument, "--name"))
-            request_.name = value_;
-        else
-            throw UsageError("unknown option " + argument);
-    }
-
-    void TakeTool() {
-        request_.tool = post::FindTool(value_);
-        if (request_.tool == nullptr)
-            throw UsageError("unknown tool " + value_ +
-                             " (there are scanner, backup and defragmenter)");
-    }
-
-    void TakeAfter() {
-        if (value_ != "sleep" && value_ != "shutdown")
-            throw UsageError("--after is sleep or shutdown, not " + value_);
-        request_.after = value_;
-    }
-
-    std::span<const char* const> rest_;
-    Request request_;
-    std::string value_;
+enum Option {
+    After = 256,
+    Destination,
+    Kind,
+    Named,
+    NoStart,
+    OnSystemBus,
+    ShowFiles,
+    Verbose,
+    Version,
+    Volume
 };
+
+constexpr std::array<option, 12> options{{{"after", required_argument, nullptr, After},
+                                          {"destination", required_argument, nullptr, Destination},
+                                          {"help", no_argument, nullptr, 'h'},
+                                          {"name", required_argument, nullptr, Named},
+                                          {"no-start", no_argument, nullptr, NoStart},
+                                          {"show-files", no_argument, nullptr, ShowFiles},
+                                          {"system", no_argument, nullptr, OnSystemBus},
+                                          {"tool", required_argument, nullptr, Kind},
+                                          {"verbose", no_argument, nullptr, Verbose},
+                                          {"version", no_argument, nullptr, Version},
+                                          {"volume", required_argument, nullptr, Volume},
+                                          {}}};
+
+std::string WishOf(const std::string& value) {
+    if (value != "sleep" && value != "shutdown")
+        throw UsageError("--after is sleep or shutdown, not " + value);
+    return value;
+}
+
+const post::Tool* ToolOf(const std::string& value) {
+    const post::Tool* tool = post::FindTool(value);
+    if (tool == nullptr)
+        throw UsageError("unknown tool " + value + " (there are scanner, backup and defragmenter)");
+    return tool;
+}
+
+void Take(Request& request, int option, const char* value) {
+    switch (option) {
+    case After:
+        request.after = WishOf(value);
+        break;
+    case Destination:
+        request.destination = value;
+        break;
+    case Kind:
+        request.tool = ToolOf(value);
+        break;
+    case Named:
+        request.name = value;
+        break;
+    case NoStart:
+        request.startsMessenger = false;
+        break;
+    case OnSystemBus:
+        request.onSystemBus = true;
+        break;
+    case ShowFiles:
+        request.showsFiles = true;
+        break;
+    case Verbose:
+        request.isVerbose = true;
+        break;
+    case Volume:
+        request.volume = value;
+        break;
+    default:
+        request.action = option == Version ? Request::Action::Version : Request::Action::Help;
+    }
+}
 } // namespace
 
-Request ParseCommandLine(std::span<const char* const> arguments) {
-    return Parser(arguments).Parse();
+Request ParseCommandLine(std::span<char*> arguments) {
+    Request request;
+    const auto command =
+        post::ReadOptions(arguments, "+", options.data(),
+                          [&](int option, const char* value) { Take(request, option, value); });
+    request.command.assign(command.begin(), command.end());
+    if (request.action == Request::Action::Run && request.command.empty())
+        throw UsageError("no command was given; see kqu-run --help");
+    return request;
 }
 
 std::string HelpText() {

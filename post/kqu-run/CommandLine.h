@@ -30,8 +30,8 @@ struct Request {
     std::vector<std::string> command;
 };
 
-/// Reads the arguments behind the program's name. Raises UsageError.
-[[nodiscard]] Request ParseCommandLine(std::span<const char* const> arguments);
+/// Reads the program's arguments, of which the first is its name. Raises UsageError.
+[[nodiscard]] Request ParseCommandLine(std::span<char*> arguments);
 
 [[nodiscard]] std::string HelpText();
 

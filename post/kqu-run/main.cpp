@@ -21,7 +21,7 @@ int RunCommand(kqu::run::Request request) {
     _exit(ending.signal != 0 ? 128 + ending.signal : ending.status);
 }
 
-int Do(std::span<const char* const> arguments) {
+int Do(std::span<char*> arguments) {
     using kqu::run::Request;
     Request request = kqu::run::ParseCommandLine(arguments);
     switch (request.action) {

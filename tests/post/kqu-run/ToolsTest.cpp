@@ -243,8 +243,11 @@ TEST(Numbers, AreReadAsToolsWriteThem) {
 }
 
 TEST(CommandLine, OwnOptionsEndWhereTheCommandBegins) {
-    const auto parse = [](std::vector<const char*> arguments) {
-        return ParseCommandLine(arguments);
+    const auto parse = [](std::vector<std::string> arguments) {
+        std::vector<char*> values{nullptr};
+        for (std::string& argument : arguments)
+            values.push_back(argument.data());
+        return ParseCommandLine(values);
     };
     const Request request =
         parse({"--after", "sleep", "--volume=a=b", "--no-start", "ls", "--after"});
@@ -253,7 +256,7 @@ TEST(CommandLine, OwnOptionsEndWhereTheCommandBegins) {
     EXPECT_FALSE(request.startsMessenger);
     EXPECT_EQ(request.command, (std::vector<std::string>{"ls", "--after"}));
     EXPECT_EQ(parse({"--", "--help"}).command, std::vector<std::string>{"--help"});
-    for (const auto& wrong : std::vector<std::vector<const char*>>{
+    for (const auto& wrong : std::vector<std::vector<std::string>>{
              {}, {"--"}, {"--after", "later", "ls"}, {"--tool=x", "ls"}, {"--name"}, {"-x", "ls"}})
         EXPECT_THROW(parse(wrong), UsageError);
 }
