@@ -4,6 +4,7 @@ pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-randr xcb-icccm)
 pkg_check_modules(DRAWING REQUIRED IMPORTED_TARGET cairo pango pangocairo glib-2.0 harfbuzz)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(MOUNT REQUIRED IMPORTED_TARGET mount)
+pkg_check_modules(JSON REQUIRED IMPORTED_TARGET json-c)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 
 add_library(kqu_drawing_libraries INTERFACE)

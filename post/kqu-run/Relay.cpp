@@ -31,14 +31,16 @@ std::size_t TakenAtOnce(int number, bool neverBlocks) {
 }
 } // namespace
 
-Relay::Relay(Descriptor from, int to, std::unique_ptr<OutputFilter> filter, Tap tap)
+Relay::Relay(Descriptor from, int to, bool filters, Tap tap)
     : from_(std::move(from)),
       to_(to),
       ownTo_(OpenAgain(to)),
       atOnce_(TakenAtOnce(to, static_cast<bool>(ownTo_))),
-      filter_(std::move(filter)),
       tap_(std::move(tap)),
-      buffer_(readSize) {}
+      buffer_(readSize) {
+    if (filters)
+        filter_.emplace();
+}
 
 void Relay::Await(std::vector<pollfd>& polled) const {
     const bool writes = !pending_.empty();

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "post/kqu-run/OutputFilter.h"
+#include "post/kqu-run/tools/RsyncFilter.h"
 #include "post/posting/Descriptor.h"
 
 #include <functional>
-#include <memory>
+#include <optional>
 #include <poll.h>
 #include <string>
 #include <string_view>
@@ -20,8 +20,8 @@ class Relay {
     /// Sees all bytes of the tool.
     using Tap = std::function<void(std::string_view bytes)>;
 
-    /// `from` does not block. `filter` may be nil.
-    Relay(Descriptor from, int to, std::unique_ptr<OutputFilter> filter, Tap tap);
+    /// `from` does not block. `filters`: takes rsync's progress out.
+    Relay(Descriptor from, int to, bool filters, Tap tap);
 
     /// Adds what the relay waits for: always two entries.
     void Await(std::vector<pollfd>& polled) const;
@@ -51,7 +51,7 @@ class Relay {
     Descriptor ownTo_;
     /// Where a write of this size doesn't block once there is room.
     std::size_t atOnce_;
-    std::unique_ptr<OutputFilter> filter_;
+    std::optional<RsyncFilter> filter_;
     Tap tap_;
     std::string pending_;
     std::size_t written_ = 0;

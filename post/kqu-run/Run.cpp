@@ -98,7 +98,7 @@ void Run::Start() {
 
     Stream stream = OpenStream();
     // Without a way to read it, nothing may have been added that we would take out again.
-    if (launch_.stream != 0 && !stream.ours && tool_->Filter())
+    if (launch_.stream != 0 && !stream.ours && launch_.filters)
         launch_.arguments = request_.command;
     const bool merges =
         AreOneFile(STDOUT_FILENO, STDERR_FILENO) || AreOneTerminal(STDOUT_FILENO, STDERR_FILENO);
@@ -107,7 +107,7 @@ void Run::Start() {
                         launch_.stream == 2 || merges ? tools : -1);
     process_ = child_;
     if (stream.ours)
-        relay_.emplace(std::move(stream.ours), launch_.stream, tool_->Filter(),
+        relay_.emplace(std::move(stream.ours), launch_.stream, launch_.filters,
                        [this](std::string_view bytes) {
                            if (isShown_)
                                lines_.Add(bytes);

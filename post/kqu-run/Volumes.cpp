@@ -1,6 +1,6 @@
 #include "post/kqu-run/Volumes.h"
 
-#include "post/kqu-run/Arguments.h"
+#include "platform/CDeleter.h"
 #include "post/kqu-run/Naming.h"
 #include "post/posting/Descriptor.h"
 
@@ -10,7 +10,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <libmount.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -34,11 +34,6 @@ std::string FirstLine(const files::path& path) {
     std::getline(file, line);
     line.erase(line.find_last_not_of(" \t") + 1);
     return line;
-}
-
-std::string MountInfo() {
-    std::ifstream file("/proc/self/mountinfo");
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::string NumberOf(dev_t device) {
@@ -81,10 +76,19 @@ std::string Model(dev_t device) {
     return !own.empty() ? own : !whole.empty() ? whole + " (" + kernelName + ")" : kernelName;
 }
 
+/// Where a block device is mounted first.
+std::string MountPointOf(dev_t device) {
+    const platform::CPointer<libmnt_table, mnt_unref_table> table(
+        mnt_new_table_from_file("/proc/self/mountinfo"));
+    libmnt_fs* const mount =
+        table ? mnt_table_find_devno(table.get(), device, MNT_ITER_FORWARD) : nullptr;
+    return mount != nullptr ? mnt_fs_get_target(mount) : "";
+}
+
 Volume Described(dev_t device, const std::string& path) {
     Volume volume;
     volume.disk = KernelName(device);
-    volume.mountPoint = MountPointOf(NumberOf(device), MountInfo());
+    volume.mountPoint = MountPointOf(device);
     volume.name = LinkedLabel(device);
     if (volume.name.empty())
         volume.name = LabelIn(path);
@@ -97,36 +101,7 @@ Volume Described(dev_t device, const std::string& path) {
         volume.filesInUse = status.f_files - status.f_ffree;
     return volume;
 }
-
-/// A path in mountinfo writes blanks and the like as \040.
-std::string WithoutOctal(std::string_view text) {
-    std::string plain;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        unsigned code = 0;
-        if (text[i] == '\\' && i + 3 < text.size() &&
-            std::from_chars(&text[i + 1], &text[i + 1] + 3, code, 8).ptr == &text[i + 1] + 3) {
-            plain += static_cast<char>(code);
-            i += 3;
-        } else {
-            plain += text[i];
-        }
-    }
-    return plain;
-}
 } // namespace
-
-std::string MountPointOf(std::string_view device, std::string_view mountInfo) {
-    while (!mountInfo.empty()) {
-        const std::string_view line = mountInfo.substr(0, mountInfo.find('\n'));
-        mountInfo.remove_prefix(std::min(line.size() + 1, mountInfo.size()));
-        const auto words = Words(line);
-        constexpr std::size_t deviceField = 2;
-        constexpr std::size_t pointField = 4;
-        if (words.size() > pointField && words[deviceField] == device)
-            return WithoutOctal(words[pointField]);
-    }
-    return {};
-}
 
 std::string ExtLabel(std::string_view firstBytes) {
     if (firstBytes.size() < extLabelAt + extLabelSize ||

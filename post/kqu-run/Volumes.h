@@ -40,9 +40,6 @@ struct Volume {
 /// The size of a regular file or block device in bytes.
 [[nodiscard]] std::optional<std::uint64_t> SizeOf(const std::string& path);
 
-/// Where a block device ("8:1") is mounted first by a text in the form of /proc/self/mountinfo.
-[[nodiscard]] std::string MountPointOf(std::string_view device, std::string_view mountInfo);
-
 /// The label of a file system of the ext family from the beginning of its disk, or nothing.
 [[nodiscard]] std::string ExtLabel(std::string_view firstBytes);
 

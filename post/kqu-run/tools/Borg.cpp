@@ -3,6 +3,7 @@
 #include "post/kqu-run/TreeSize.h"
 #include "post/kqu-run/Volumes.h"
 #include "post/kqu-run/tools/Destination.h"
+#include "post/kqu-run/tools/Json.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
@@ -94,9 +95,9 @@ class Borg : public Tool {
     }
 
     void ReadJson(std::string_view line) {
-        if (const auto done = JsonNumber(line, "original_size"))
-            done_ = *done;
-        SetFile(JsonText(line, "path"));
+        const Json status(line);
+        done_ = status.Number("original_size").value_or(done_);
+        SetFile(status.Text("path"));
     }
 
     /// The name is filled up with blanks to the width of the line.

@@ -46,62 +46,6 @@ double Power(double base, std::size_t exponent) {
         power *= base;
     return power;
 }
-
-std::string_view ValueAt(std::string_view line, std::string_view key) {
-    const std::string quoted = std::string(1, '"').append(key).append("\":");
-    const std::size_t at = line.find(quoted);
-    if (at == std::string_view::npos)
-        return {};
-    line.remove_prefix(at + quoted.size());
-    line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
-    return line;
-}
-
-/// The unit of UTF-16 that "\\u00fc" stands for.
-std::optional<char32_t> EscapedUnit(std::string_view text) {
-    constexpr std::size_t length = 6;
-    std::uint32_t unit = 0;
-    if (!text.starts_with("\\u") || text.size() < length)
-        return std::nullopt;
-    const auto read = std::from_chars(text.data() + 2, text.data() + length, unit, 16);
-    return read.ptr == text.data() + length ? std::optional<char32_t>(unit) : std::nullopt;
-}
-
-void AddUtf8(char32_t character, std::string& text) {
-    const auto rest = [&](unsigned shift) {
-        return static_cast<char>(0x80U | (character >> shift & 0x3FU));
-    };
-    if (character < 0x80)
-        text += static_cast<char>(character);
-    else if (character < 0x800)
-        text += {static_cast<char>(0xC0U | character >> 6U), rest(0)};
-    else if (character < 0x10000)
-        text += {static_cast<char>(0xE0U | character >> 12U), rest(6), rest(0)};
-    else
-        text += {static_cast<char>(0xF0U | character >> 18U), rest(12), rest(6), rest(0)};
-}
-
-/// Adds what the escape at the beginning of `json` stands for, and returns the escape's length.
-std::size_t Unescape(std::string_view json, std::string& text) {
-    constexpr std::string_view letters = "nrtbf";
-    constexpr std::string_view meanings = "\n\r\t\b\f";
-    constexpr char32_t highest = 0xDBFF, lowest = 0xDFFF, high = 0xD800, low = 0xDC00;
-    constexpr std::size_t length = 6;
-    const auto unit = EscapedUnit(json);
-    if (!unit) {
-        const std::size_t letter = letters.find(json[1]);
-        text += letter != std::string_view::npos ? meanings[letter] : json[1];
-        return 2;
-    }
-    const auto next = EscapedUnit(json.substr(length));
-    if (*unit >= high && *unit <= highest && next && *next >= low && *next <= lowest) {
-        AddUtf8(0x10000 + ((*unit - high) << 10U) + (*next - low), text);
-        return 2 * length;
-    }
-    constexpr char32_t unknown = 0xFFFD;
-    AddUtf8(*unit >= high && *unit <= lowest ? unknown : *unit, text);
-    return length;
-}
 } // namespace
 
 std::optional<double> LastPercentage(std::string_view text) {
@@ -172,29 +116,6 @@ std::optional<std::uint64_t> DdSize(std::string_view text) {
             product *= static_cast<std::uint64_t>(Power(decimal, unit + 1));
     } while (TakeMark(text, "x"));
     return text.empty() || text == "B" ? std::optional(product) : std::nullopt;
-}
-
-std::optional<double> JsonNumber(std::string_view line, std::string_view key) {
-    const std::string_view value = ValueAt(line, key);
-    double number = 0;
-    const auto read = std::from_chars(value.data(), value.data() + value.size(), number);
-    return read.ec == std::errc() ? std::optional(number) : std::nullopt;
-}
-
-std::string JsonText(std::string_view line, std::string_view key) {
-    std::string_view value = ValueAt(line, key);
-    if (value.starts_with('['))
-        value.remove_prefix(1);
-    std::string text;
-    if (!TakeMark(value, "\""))
-        return text;
-    for (std::size_t i = 0; i < value.size() && value[i] != '"'; ++i) {
-        if (value[i] == '\\' && i + 1 < value.size())
-            i += Unescape(value.substr(i), text) - 1;
-        else
-            text += value[i];
-    }
-    return text;
 }
 
 std::optional<double> Share(double part, double whole) {

@@ -24,11 +24,6 @@ bool TakeMark(std::string_view& text, std::string_view mark);
 /// A size as dd takes it: "4096", "64k", "1M", "2x512", "10MB", "7B".
 [[nodiscard]] std::optional<std::uint64_t> DdSize(std::string_view text);
 
-/// The value behind `"key":` in a line of JSON: a number, or the text of the first string with its
-/// escapes resolved (RFC 8259, section 7).
-[[nodiscard]] std::optional<double> JsonNumber(std::string_view line, std::string_view key);
-[[nodiscard]] std::string JsonText(std::string_view line, std::string_view key);
-
 /// part / whole; nothing if there is no whole.
 [[nodiscard]] std::optional<double> Share(double part, double whole);
 

@@ -2,6 +2,7 @@
 #include "post/kqu-run/Naming.h"
 #include "post/kqu-run/Volumes.h"
 #include "post/kqu-run/tools/Destination.h"
+#include "post/kqu-run/tools/Json.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
@@ -68,9 +69,10 @@ class Restic : public Tool {
     }
 
     void ReadJson(std::string_view line) {
-        if (const auto share = JsonNumber(line, "percent_done"))
+        const Json status(line);
+        if (const auto share = status.Number("percent_done"))
             progress_.share = share;
-        if (const std::string file = JsonText(line, "current_files"); !file.empty())
+        if (const std::string file = status.Text("current_files"); !file.empty())
             progress_.file = file;
     }
 

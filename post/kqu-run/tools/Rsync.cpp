@@ -50,10 +50,6 @@ class Rsync : public Tool {
         AskForProgress(launch, arguments);
     }
 
-    [[nodiscard]] std::unique_ptr<OutputFilter> Filter() const override {
-        return wasAsked_ ? std::make_unique<RsyncFilter>() : nullptr;
-    }
-
     void Read(std::string_view line) override {
         if (RsyncProgressLength(line) == 0) {
             if (!IsMessage(line))
@@ -80,7 +76,7 @@ class Rsync : public Tool {
             return;
         launch.arguments.insert(launch.arguments.begin() + static_cast<long>(launch.tool) + 1,
                                 "--info=progress2");
-        isOfAll_ = wasAsked_ = true;
+        isOfAll_ = launch.filters = true;
     }
 
     /// "(xfr#3, to-chk=28/34)": files that are still to be looked at, of all.
@@ -97,14 +93,13 @@ class Rsync : public Tool {
             return;
         if (!isOfAll_)
             progress_.share = Share(static_cast<double>(*all - *left), static_cast<double>(*all));
-        if (wasAsked_ || isOfAll_)
+        if (isOfAll_)
             progress_.file.clear();
         progress_.text = std::to_string(*all - *left) + " of " + std::to_string(*all) +
                          (isWhole ? " files" : " files so far");
     }
 
     bool isOfAll_ = false;
-    bool wasAsked_ = false;
 };
 } // namespace
 

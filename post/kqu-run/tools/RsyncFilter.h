@@ -1,8 +1,8 @@
 #pragma once
 
-#include "post/kqu-run/OutputFilter.h"
-
 #include <cstddef>
+#include <string>
+#include <string_view>
 
 namespace kqu::run {
 
@@ -14,10 +14,12 @@ namespace kqu::run {
 /// Takes rsync's progress out. It can be told with certainty: rsync begins it with a carriage
 /// return, which nothing else of its output holds, since it writes that character of a file's name
 /// in octal; and it ends it with a line feed before it prints anything else.
-class RsyncFilter : public OutputFilter {
+class RsyncFilter {
   public:
-    void Pass(std::string_view bytes, std::string& out) override;
-    void End(std::string& out) override;
+    /// Appends what of the bytes is to go on.
+    void Pass(std::string_view bytes, std::string& out);
+    /// The stream has ended: appends what was held back.
+    void End(std::string& out);
 
   private:
     void Decide(char next, std::string& out);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "post/kqu-run/Launch.h"
-#include "post/kqu-run/OutputFilter.h"
 #include "post/kqu-run/Row.h"
 
 #include <cstddef>
@@ -22,8 +21,6 @@ class Tool {
     /// Fills the row, and chooses what is read; may ask the tool for its progress by an option that
     /// doesn't change what the tool does. Before the start.
     virtual void Prepare(Launch& launch) = 0;
-    /// What has to be taken out of the stream that is read, or nil.
-    [[nodiscard]] virtual std::unique_ptr<OutputFilter> Filter() const { return nullptr; }
     /// A line of the stream or the channel that is read; the last may lack its end.
     virtual void Read(std::string_view /*line*/) {}
     /// Looks at the running process, four times a second.

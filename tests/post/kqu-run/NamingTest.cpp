@@ -44,13 +44,7 @@ TEST(Naming, PlacesAreSaidAsAPersonWould) {
     EXPECT_EQ(WithoutEscapes(R"(My\x20Disk\x)"), R"(My Disk\x)");
 }
 
-TEST(Naming, VolumesAreKnownByTheirMountAndTheirSuperblock) {
-    const std::string mounts = "24 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
-                               "25 24 8:17 / /media/My\\040Disk rw - ext4 /dev/sdb1 rw\n"
-                               "26 24 8:17 / /other rw - ext4 /dev/sdb1 rw\n";
-    EXPECT_EQ(MountPointOf("8:17", mounts), "/media/My Disk");
-    EXPECT_EQ(MountPointOf("8:1", mounts), "/");
-    EXPECT_EQ(MountPointOf("8:2", mounts), "");
+TEST(Naming, VolumesAreKnownByTheirSuperblock) {
     std::string disk(2048, '\0');
     disk.replace(1024 + 120, 16, "sixteen letters!");
     EXPECT_EQ(ExtLabel(disk), "") << "another file system";

@@ -101,7 +101,7 @@ TEST(Relay, LastWordsThatCameAfterThePollAreRead) {
     ASSERT_EQ(pipe2(tool.data(), O_NONBLOCK) + pipe2(reader.data(), O_NONBLOCK), 0);
     const Descriptor held(tool[1]), out(reader[0]), to(reader[1]);
     std::string told;
-    Relay relay(Descriptor{tool[0]}, to.Number(), nullptr,
+    Relay relay(Descriptor{tool[0]}, to.Number(), false,
                 [&](std::string_view bytes) { told += bytes; });
     std::vector<pollfd> polled;
     relay.Await(polled);
