@@ -8,7 +8,7 @@
 #include <optional>
 
 // From file items and volumes to the platform's raw references, and from those to the owner of a
-// file. Failures are told by the results.
+// file. The results report failures.
 
 namespace kqu {
 

@@ -8,8 +8,8 @@
 
 namespace kqu {
 
-/// The disk name of a mounted volume ("sda1"), or an empty string. `release` tells whether to
-/// release the string that the platform hands over.
+/// The disk name of a mounted volume ("sda1"), or an empty string. With `release` the platform's
+/// string is released after its conversion.
 [[nodiscard]] std::string GetBSDNameForVRef(std::int32_t vRefNum, bool release);
 
 /// The text behind a 4-byte block that holds a string reference; empty if it needs more than 1023

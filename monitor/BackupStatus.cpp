@@ -9,12 +9,12 @@ void Window1::ParseBackgroundBackupNotification(const std::string& name,
     const Ref<Dictionary> row = FindRow(*MyWindowEventList->MyDict, name);
     if (!row || !userInfo)
         return;
-    // The last value wins, also a lower one: a backup may show its progress falling.
+    // Unlike the other tools, a backup may report a lower progress. This is meant.
     TakeLastNumber(*row, "progress", *userInfo, kCFScanProgressKey->Text());
     KeepFirstText(*row, "Extra", *userInfo, kCFExtraItemKey->Text());
     TakeLastText(*row, "Status", *userInfo, "status");
     TakeLastNumber(*row, "PID", *userInfo, kCFPIDKey->Text());
-    // Its presence is all that counts, and it stays for good.
+    // Only the presence of the key counts, not its value.
     if (userInfo->ContainsKey("FolderBackup"))
         row->SetValue("FolderBackup", true);
     SetTask(*row, TaskCode::Backup);

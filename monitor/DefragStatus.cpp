@@ -10,8 +10,8 @@ constexpr double wholeFork = 100.0;
 constexpr double perMille = 1000.0;
 const std::string checkingText = "Checking File Fragmentation...";
 
-/// Whether the tool is moving files rather than looking at them. "check" is tested first: a text
-/// that holds both words counts as checking.
+/// Whether the tool moves files now, and does not only look at them. "check" is tested first, so it
+/// wins where a text has both words. This order is meant.
 bool IsDefragmenting(const std::string& status) {
     return !Contains(status, "check") && Contains(status, "defrag");
 }

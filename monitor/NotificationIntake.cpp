@@ -7,19 +7,20 @@
 
 #include <memory>
 
-// The one entrance: checks a notification, makes a row at first contact, gives the notification to
-// the handler of its tool, and brings the panel into view when the row is ready.
+// Every notification enters here. It is checked, gets a row if its name is new, and goes to the
+// handler of its tool. A new row makes the panel visible once it is painted.
 
 namespace kqu {
 
 namespace {
 constexpr std::string_view nameMark = "KQS_disk";
 
-/// While the mouse button is held an existing row takes one update per this many sixtieths.
+/// The least time between two updates of known rows during a press of the mouse button, in
+/// sixtieths of a second.
 constexpr std::int32_t dragUpdateTicks = 15;
 
-/// The tile follows every notification, also one that was turned away; an exception that leaves
-/// the handler has no use for it.
+/// Redraws the icon of a minimised panel after every notification, also after one that was
+/// rejected. An exception that leaves the handler skips it.
 void UpdateTileIfCollapsed(platform::NativeWindow* window) {
     if (Lookup<functions::IsWindowCollapsed>()(window))
         Lookup<functions::UpdateCollapsedWindowDockTile>()(window);
@@ -53,8 +54,8 @@ void Window1::TakeIn(const std::string& name, const Ref<CFObject>& object,
 }
 
 void Window1::MakeRoomForNewRow() {
-    // LastDictcount may be stale after a removal; the panel then grows past the screen's bottom,
-    // and is meant to.
+    // LastDictcount may be too high after a removal. The panel then grows below the bottom of the
+    // screen. This is meant.
     const bool shortOfRoom = MyWindowEventList->MyDict->Count() != LastDictcount &&
                              Screen(0).Height < Top() + Height() + TheRowHeight;
     if (shortOfRoom) {
@@ -66,8 +67,8 @@ void Window1::MakeRoomForNewRow() {
 }
 
 bool Window1::LetThrough(bool isNew) {
-    // A throttled update is lost, not deferred. One clock serves all rows; a new row neither waits
-    // for it nor moves it.
+    // An update that is held back is lost, not sent later. This is meant. All rows share one clock;
+    // a new row does not wait for it and does not set it.
     if (isNew || !System::MouseDown())
         return true;
     const std::int32_t now = Ticks();
@@ -97,7 +98,7 @@ void Window1::PresentNewRow() {
     UpdateNow();
     // A further notification may be delivered inside this; the table is consistent by now.
     Application::Current().DoEvents();
-    // Last of all, so that the panel comes into view with its row already painted.
+    // The panel becomes visible as the last step: the user never sees a row that is not painted.
     Lookup<functions::SetWindowAlpha>()(Native(), 1.0F);
 }
 

@@ -37,7 +37,7 @@ void TakeLastNumber(Dictionary& row, std::string_view rowKey, const CFDictionary
 }
 
 void RaiseProgress(Dictionary& row, double progress) {
-    // A stored value that is not a number is never less than anything, and stays.
+    // A stored value that is not a number is less than no other value, so it stays.
     if (!row.HasKey("Progress") || row.Value("Progress").DoubleValue() < progress)
         row.SetValue("Progress", progress);
 }

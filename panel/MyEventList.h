@@ -9,8 +9,8 @@
 
 namespace kqu {
 
-/// The list canvas of the panel. It owns the task table, one row a task, and the pieces from which
-/// progress bars are composed.
+/// The canvas that shows the rows. It owns the task table, with one row for each task, and the
+/// parts of the progress bars.
 class MyEventList : public Canvas {
   public:
     MyEventList(Window& ownerWindow, const CanvasSettings& settings);
@@ -19,7 +19,7 @@ class MyEventList : public Canvas {
     Ref<Dictionary> MyDict;
     /// The tick mark of the bars, 2 pixels wide; made once.
     Ref<Picture> ProgressSep;
-    /// The latest empty track and full fill, each as wide as the last bar that used it.
+    /// The latest empty track and full fill. Each is made anew when a bar has another width.
     Ref<Picture> WhitePict;
     Ref<Picture> BluePict;
     /// The line between rows, 1 by 1.

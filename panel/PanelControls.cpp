@@ -1,7 +1,7 @@
 #include "panel/Window1.h"
 
-// The panel's fixed settings and its nine controls. The sizes here are starting values: sizing sets
-// the real ones before the panel is ever seen.
+// The panel's fixed settings and its nine controls. The sizes here are replaced before the panel
+// becomes visible.
 
 namespace kqu {
 

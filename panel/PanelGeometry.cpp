@@ -11,8 +11,8 @@
 #include <string>
 #include <string_view>
 
-// Where the user left the panel, and how wide it was. The file has the form of a property list, but
-// it is written from a template and read by text search alone.
+// Where the user left the panel, and how wide it was. The file looks like a property list. It
+// is written from a fixed text, and read by searching for its words.
 
 namespace kqu {
 
@@ -55,7 +55,7 @@ void Window1::Timer2_Action() {
         return;
     if (const Ref<FolderItem> folder = ExistingPreferencesFolder())
         SavePlace(*folder);
-    // Also without a folder, so that the save is not tried again until the panel changes again.
+    // This is done even without a folder. So a save that failed is repeated only after a change.
     RememberPlace();
 }
 

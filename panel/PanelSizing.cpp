@@ -19,7 +19,7 @@ constexpr std::int32_t listOverhang = 2;
 
 void Window1::ChangeWindowSize(std::int32_t newWidth, std::int32_t newHeight, bool exactHeight,
                                bool forceLayout) {
-    // An empty panel is laid out as one row.
+    // Without a row the panel has the height of one.
     const std::int32_t rowCount = std::max(1, MyWindowEventList->MyDict->Count());
     Lookup<functions::DisableScreenUpdates>()();
     std::int32_t height = exactHeight ? newHeight : HeightByOneRow(newHeight);
@@ -41,8 +41,8 @@ void Window1::ChangeWindowSize(std::int32_t newWidth, std::int32_t newHeight, bo
 }
 
 std::int32_t Window1::HeightByOneRow(std::int32_t newHeight) const {
-    // At most one row per call, and only past half a row; a pointer that runs far ahead needs
-    // further drag events to catch up.
+    // A call changes the height by one row at most, once the pointer is more than half a row away.
+    // A fast pointer needs several events.
     const double half = TheRowHeight / 2.0;
     if (newHeight > Height() + half)
         return Height() + TheRowHeight;

@@ -2,8 +2,8 @@
 #include "framework/events/Application.h"
 #include "panel/Window1.h"
 
-// When the panel can be seen, and how the program gets from an empty table to its end. The alpha
-// has two values only, and every change is one call.
+// When the panel is visible, and when the program ends because there are no tasks. The alpha is
+// either 0.0 or 1.0.
 
 namespace kqu {
 
@@ -15,7 +15,7 @@ bool HasNoRows(const Window1& panel) {
 } // namespace
 
 void Window1::Timer1_Action() {
-    // Started, and never given a task.
+    // The program was started, and no task has come.
     if (HasNoRows(*this))
         Application::Current().Quit(0);
     Timer1->SetMode(TimerMode::Off);

@@ -131,8 +131,8 @@ void MyEventList::ListProgress(std::int32_t width, double value, double maximum,
         if (filled != 0.0 && value != 0.0 && maximum != 0.0) {
             if (!IsOfWidth(BluePict, width))
                 BluePict = BuildStrip(width, height, fillColumns, slice);
-            // The whole strip is squeezed into the filled length, so that its right cap stands at
-            // the end of the fill.
+            // The whole strip is squeezed into the filled length: every fill has its round right
+            // end.
             DrawStrip(*bar, *BluePict, ToInt32(filled), height);
         }
         DrawTicks(*bar, *ProgressSep, width);

@@ -4,7 +4,7 @@
 #include "panel/RowParts.h"
 
 // The list: every row from the task table into one picture, and the picture to the canvas at the
-// scroll position. Nothing is kept from one paint to the next.
+// scroll position. Each paint begins anew.
 
 namespace kqu {
 
@@ -52,7 +52,7 @@ void PaintRow(Window1& panel, Graphics& picture, Graphics& canvas, int row) {
     picture.SetForeColor(textColour);
     const RowPainting painting{panel, *record, picture, canvas, row * panel.TheRowHeight};
     const int slot = PaintByTask(painting);
-    // These two belong to every record, whatever its task.
+    // Every row may have a bar and a badge, also one of an unknown tool.
     PaintProgressPart(painting, slot);
     PaintBadge(painting);
 }

@@ -17,8 +17,8 @@ std::string Window1::TruncText(const std::string& text, std::int32_t width, std:
     const std::uint32_t code = where == 0 ? takeFromMiddle : takeFromEnd;
     const std::int32_t status = Lookup<functions::TruncateThemeText>()(
         shortened, systemFont, drawState, width, code, nullptr);
-    // Nobody is told whether the text was truncated, so this never holds and the status makes no
-    // difference: what could not be shortened comes back as it was.
+    // The flag is not asked for, so it is never set, and the status has no effect. This is meant: a
+    // text that could not be shortened is returned unchanged.
     constexpr bool truncated = false;
     if (status != 0 && truncated)
         return text;

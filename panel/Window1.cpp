@@ -49,7 +49,7 @@ void Window1::Event_Open() {
     RestorePlace();
     MakeGripPicture();
     MakeNotificationKeys();
-    // The table is empty: the panel shrinks to the height of one row.
+    // No row is left. The panel returns to its least height.
     ChangeWindowSize(Width(), Height(), false, true);
     DiskNotification->Add("", "KQMS", NotificationCenter::deliverImmediately);
     DiskNotification->Add("", "KQDefrag", NotificationCenter::deliverImmediately);

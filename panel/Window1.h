@@ -23,8 +23,8 @@ class FolderItem;
 /// The panel: one floating window with one row per running task. Each method is defined in the file
 /// that is named after its subject, in monitor/ where it is about tasks, in panel/ otherwise.
 ///
-/// There is one panel, made at its first mention; a mention while it is being made gives the panel
-/// under construction.
+/// There is one panel. The first call of Instance makes it; a call during its construction returns
+/// the unfinished panel.
 class Window1 : public Window {
   public:
     [[nodiscard]] static Window1& Instance();
@@ -47,8 +47,8 @@ class Window1 : public Window {
     Ref<CFString> kCFPIDKey;
     std::int32_t UpdatePanelTicks = 0;
     bool GotEvent = false;
-    /// The row count at the end of the latest notification. Removing rows leaves it stale, on
-    /// purpose, unless the table empties.
+    /// The number of rows after the latest notification. The reaper resets it only when the last
+    /// row goes; otherwise it stays too high. This is meant.
     std::int32_t LastDictcount = 0;
     /// True from a press on the grip to its release.
     bool indrag = false;
@@ -104,7 +104,7 @@ class Window1 : public Window {
     void Canvas1_Paint(Graphics& g);
     std::string TruncText(const std::string& text, std::int32_t width, std::int32_t where);
 
-    // The hand.
+    // The pointer.
     bool Canvas1_MouseDown(int x, int y);
     void Canvas1_MouseDrag(int x, int y);
     void Canvas1_MouseUp(int x, int y);

@@ -52,7 +52,7 @@ bool SleepNote::Event_Sleep(std::int32_t message) {
         return false;
     if (Module1.BatteryPower() && !Module1.SleepOnBatt)
         return IsRefusable(message);
-    // Consulted on battery as well: that SleepOnBatt allows sleep is not enough by itself.
+    // SleepOnAC counts on battery as well: there both switches must allow sleep. This is meant.
     if (!Module1.SleepOnAC)
         return IsRefusable(message);
     return false;

@@ -24,8 +24,8 @@ class App : public Application {
     /// The user that the process settled on.
     std::int32_t MyUID = 0;
 
-    /// Sets Module1.ParentIsMarlstone from the suite's preference file: true exactly when a parent
-    /// application is recorded there and its name does not carry the family's own word.
+    /// Sets Module1.ParentIsMarlstone from the suite's preference file: true if the file names a
+    /// parent application, and that name is not one of the Brackwater family.
     void GetParentApp();
 
     /// A text of the program's own bundle description, or the three letters "nil" where there is no

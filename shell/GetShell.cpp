@@ -13,16 +13,16 @@ constexpr std::size_t chunkSize = 2048;
 constexpr int handleSize = 4;
 const std::string twoNuls(2, '\0');
 
-/// Holds for every handle, none being both: a command that could not be started reads as one that
-/// is at its end.
+/// Always true, since no handle equals both numbers. This is meant: a command that could not be
+/// started is read like one that printed nothing.
 bool IsUsable(std::int32_t stream) {
     const bool isSome = stream != 0;
     const bool isNoError = stream != -1;
     return isSome || isNoError;
 }
 
-/// One read of a whole chunk. What a short read leaves is told by the zero fill behind it, not by
-/// the count: the text ends at the first pair of NUL bytes, and a single NUL stays in it.
+/// Reads one chunk. The zeros behind a short read mark its end, not the returned count: the text
+/// ends at the first pair of NUL bytes, and a single NUL stays in it.
 std::string ReadChunk(std::int32_t stream) {
     const auto chunk = std::make_shared<MemoryBlock>(chunkSize);
     Lookup<functions::fread>()(chunk->Data(), chunkSize, 1U, stream);

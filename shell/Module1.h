@@ -39,7 +39,7 @@ class Module1Globals {
     /// spite of its name. Raises IllegalCastException for a top level or a switch of a wrong kind.
     void GetMainAppPrefsWithShell();
 
-    /// Whether the machine runs on anything but AC at this moment; false where that can't be told.
+    /// Whether the machine runs on anything but AC at this moment; false if that is unknown.
     bool BatteryPower();
 
     /// Whether the power state that the system prints speaks of a battery.

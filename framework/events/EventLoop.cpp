@@ -116,7 +116,7 @@ void EventLoop::DispatchTimers() {
         LoopTimer* timer = FirstDue(now);
         if (timer == nullptr)
             return;
-        // Armed anew before its action runs, so that it can come due again inside its own action.
+        // The next due time is set first: an action that pumps events may meet its own timer again.
         // The action may drop the timer.
         timer->ArmAgain(now);
         const Handler action = timer->action_;

@@ -52,7 +52,7 @@ class EventLoop final : public platform::EventQueue {
     void RunOnce();
 
     /// One round without waiting: what the sources have by now and each timer that is due, each at
-    /// most once. Never until idle, so that a chatty sender can't hold the caller.
+    /// most once. A sender that never stops cannot hold the caller.
     void DoEvents();
 
     /// Sets the mark to end. Returns to its caller; nothing more is dispatched at any depth, and

@@ -6,8 +6,8 @@
 
 namespace kqu {
 
-/// A timer of the event loop. It never fires early; one that repeats keeps its phase, and one that
-/// fell behind fires once, not in a burst.
+/// A timer of the event loop. It never fires early. A repeating timer keeps its phase; after a
+/// delay of several periods it fires a single time.
 class LoopTimer {
   public:
     enum class Repeat { Once, Always };

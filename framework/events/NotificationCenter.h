@@ -14,11 +14,11 @@
 
 namespace kqu {
 
-/// A listener on the machine's distributed notification centre, a control of a window without a
-/// face. Hears nothing until the first `Add`.
+/// A listener on the machine's distributed notification centre, a control of a window that is
+/// not visible. Receives nothing until the first `Add`.
 class NotificationCenter : public InvisibleControl {
   public:
-    /// A notification is delivered at once even while the application is in the background.
+    /// Do not hold notifications back while the application is in the background.
     static constexpr std::int32_t deliverImmediately = 4;
 
     explicit NotificationCenter(Window& ownerWindow) : InvisibleControl(ownerWindow) {}

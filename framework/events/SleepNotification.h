@@ -17,7 +17,7 @@ class SleepNotification : public Object {
 
     bool running = true;
 
-    /// Given a power message, tells whether the listener objects.
+    /// Returns whether the listener objects to a power message.
     virtual bool Event_Sleep(std::int32_t message) = 0;
 
     /// Names what runs, to be read by people; empty while nothing does.

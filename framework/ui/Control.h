@@ -71,7 +71,7 @@ class Control {
     /// Draws the whole control; the origin of `graphics` is the control's top left.
     virtual void Draw(Graphics& graphics) = 0;
 
-    // The mouse, in coordinates of the control. MouseDown tells whether the press was taken, so
+    // The mouse, in coordinates of the control. MouseDown returns whether the press was taken, so
     // that drags and the release follow.
     virtual bool TakePress(platform::Point) { return false; }
     virtual void TakeDrag(platform::Point) {}

@@ -49,14 +49,14 @@ struct Frame {
     int stride = 0;
 };
 
-/// What a native window tells its owner. Every call comes from the event loop, in the order of the
-/// events, except CurrentFrame. Only the primary button is told; the wheel is no button.
+/// What a native window reports to its owner. Every call comes from the event loop, in the order of
+/// the events, except CurrentFrame. Only the primary button is reported; the wheel is no button.
 class NativeWindowOwner {
   public:
     virtual ~NativeWindowOwner() = default;
 
     /// The content was moved or resized from outside: by the user through the window manager, or by
-    /// the manager itself. Echoes of the owner's own requests are not told.
+    /// the manager itself. The results of the owner's own requests are not reported.
     virtual void ContentChanged(const Rect& content) = 0;
     virtual void ButtonPressed(Point inContent) = 0;
     virtual void ButtonReleased(Point inContent) = 0;

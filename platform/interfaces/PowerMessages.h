@@ -8,7 +8,7 @@
 
 namespace kqu::platform {
 
-// The system's power messages: questions, announcements, and one that tells of the resume.
+// The system's power messages: questions, announcements, and one that reports the resume.
 inline constexpr std::uint32_t canSystemPowerOff = 0xE0000240;
 inline constexpr std::uint32_t systemWillPowerOff = 0xE0000250;
 inline constexpr std::uint32_t canSystemSleep = 0xE0000270;
@@ -19,7 +19,7 @@ inline constexpr std::uint32_t systemWillRestart = 0xE0000310;
 /// The system's power messages and their answers.
 class PowerMessages {
   public:
-    /// Given a message, tells whether the listener objects to it.
+    /// Returns whether the listener objects to the message.
     using Listener = std::function<bool(std::int32_t message)>;
     /// Names what runs, for people who wonder what keeps the machine awake; empty while nothing
     /// does, and then the listener has nothing to object to.

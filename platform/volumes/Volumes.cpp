@@ -47,7 +47,7 @@ std::string WithoutEscapes(const std::string& name) {
 } // namespace
 
 std::uint32_t FilesInUse(const struct statvfs& status) {
-    // File systems without a fixed number of inodes tell of none at all.
+    // File systems without a fixed number of inodes report none at all.
     if (status.f_ffree >= status.f_files)
         return 0;
     constexpr fsfilcnt_t most = std::numeric_limits<std::uint32_t>::max();

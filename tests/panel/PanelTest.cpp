@@ -21,7 +21,7 @@ TEST(PanelOpening, RunsItsStepsInOrderWithTheFlagLast) {
     machine.Start();
     std::vector<std::string>& calls = machine.windows.calls;
     std::erase_if(calls, [](const std::string& call) { return call.starts_with("present"); });
-    // The title of the layout, with its leading blank, is never told to anybody; the place comes
+    // The title that the layout names never reaches the window; the place comes
     // before the sizing, which brings 185 lines to the 73 of one row, by the window's property and
     // by the platform's own request; both take effect as one.
     EXPECT_EQ(calls, (std::vector<std::string>{"make", "attributes 8388608 0", "attributes 6 0",
