@@ -19,6 +19,8 @@ struct Launch {
     std::array<bool, 3> terminal{};
     /// Which of the tool's streams is read: 1, 2, or 0 for none.
     int stream = 0;
+    /// The stream whose last percentage the user wants to see, or 0.
+    int percentStream = 0;
     /// rsync was asked for its progress by us, and it has to be taken out of the stream again.
     bool filters = false;
     /// The descriptor of a file of ours that the tool writes its progress to, or -1.

@@ -1,9 +1,13 @@
 #include "post/kqu-run/Processes.h"
 
+#include "post/kqu-run/Volumes.h"
+
 #include <algorithm>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 
 namespace kqu::run {
 
@@ -62,15 +66,38 @@ std::optional<std::uint64_t> BytesReadBy(pid_t process) {
     return FieldOf(FolderOf(process) / "io", "rchar:");
 }
 
+std::vector<std::string> ArgumentsOf(pid_t process) {
+    std::ifstream file(FolderOf(process) / "cmdline");
+    std::vector<std::string> arguments;
+    for (std::string argument; std::getline(file, argument, '\0');)
+        arguments.push_back(argument);
+    return arguments;
+}
+
+std::string WorkingFolderOf(pid_t process) {
+    std::error_code failure;
+    return files::read_symlink(FolderOf(process) / "cwd", failure).string();
+}
+
 std::vector<OpenFile> OpenFilesOf(pid_t process) {
     std::vector<OpenFile> found;
     std::error_code failure;
     for (const auto& link : files::directory_iterator(FolderOf(process) / "fd", failure)) {
         const files::path target = files::read_symlink(link.path(), failure);
         const std::string path = target.string();
-        if (!failure && target.is_absolute() && !path.starts_with("/dev/pts/") &&
-            !path.starts_with("/dev/tty"))
-            found.push_back({std::atoi(link.path().filename().c_str()), path});
+        struct stat status {};
+        if (failure || !target.is_absolute() || path.starts_with("/dev/pts/") ||
+            path.starts_with("/dev/tty") || stat(link.path().c_str(), &status) != 0)
+            continue;
+        OpenFile file{std::atoi(link.path().filename().c_str()), path, 0, false, {}, 0};
+        file.identity = {status.st_dev, status.st_ino};
+        file.size = SizeOf(link.path()).value_or(0);
+        std::ifstream info(FolderOf(process) / "fdinfo" / link.path().filename());
+        unsigned flags = 0;
+        std::string field;
+        info >> field >> file.position >> field >> std::oct >> flags;
+        file.isWritten = (flags & O_ACCMODE) != O_RDONLY;
+        found.push_back(std::move(file));
     }
     std::sort(found.begin(), found.end(),
               [](const OpenFile& a, const OpenFile& b) { return a.descriptor < b.descriptor; });

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <sys/types.h>
+#include <utility>
 #include <vector>
 
 namespace kqu::run {
@@ -19,12 +20,21 @@ namespace kqu::run {
 
 /// Where in its file a descriptor of a process is, in bytes.
 [[nodiscard]] std::optional<std::uint64_t> PositionOf(pid_t process, int descriptor);
+/// The arguments of a process, and the folder that its relative paths begin at.
+[[nodiscard]] std::vector<std::string> ArgumentsOf(pid_t process);
+[[nodiscard]] std::string WorkingFolderOf(pid_t process);
 /// How many bytes a process has read, of all files.
 [[nodiscard]] std::optional<std::uint64_t> BytesReadBy(pid_t process);
 
 struct OpenFile {
     int descriptor = 0;
     std::string path;
+    std::uint64_t position = 0;
+    bool isWritten = false;
+    /// What it is, whatever its name: device and inode.
+    std::pair<dev_t, ino_t> identity;
+    /// In bytes, of a regular file or a block device; else 0.
+    std::uint64_t size = 0;
 };
 /// The files and devices that a process has open, by absolute path; no pipes, sockets and
 /// terminals.

@@ -39,6 +39,10 @@ struct Progress {
     std::string file;
     /// How far the file in work is, from 0 to 1.
     std::optional<double> fileShare;
+    /// How much is done, and of how much, in bytes; nothing where that isn't known.
+    std::optional<double> done, whole;
+    /// Counts up where the share begins at 0 again.
+    int phase = 0;
     /// A defragmenter that only looks.
     bool checking = false;
 

@@ -170,7 +170,7 @@ int Run::Timeout() const {
         return -1;
     const auto now = Clock::now();
     auto next = nextLook_;
-    if (posted_ != tool_->GetProgress())
+    if (reported_ != tool_->GetProgress())
         next = std::min(next, throttle_.Next(now));
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - now).count();
     return static_cast<int>(std::clamp<long>(left, 0, betweenLooks.count()));
@@ -256,17 +256,40 @@ void Run::LookAtTool() {
     tool_->Look(process_);
 }
 
-void Run::PostIfDue(bool isLast) {
+/// What is posted of the tool's progress. A bar never goes back within a phase, is full only when
+/// the tool has ended well, and a scan's goes only forward in the panel: of a scan in several
+/// phases only the first has one.
+Progress Run::Assessed(bool isLast) {
+    constexpr double almost = 0.999;
     Progress progress = tool_->GetProgress();
-    if (isLast && ending_->status == 0 && ending_->signal == 0 && progress.share)
-        progress.share = 1;
     const auto now = Clock::now();
-    const bool isNew = posted_ != progress || postedProcess_ != process_ || now >= repeated_;
+    rate_.Add(now, progress);
+    const bool isNewPhase = reported_ && progress.phase != reported_->phase;
+    highest_ = isNewPhase ? 0 : highest_;
+    reported_ = progress;
+    if (progress.share) {
+        highest_ = std::max(highest_, std::min(*progress.share, almost));
+        const bool isOver = isLast && ending_->status == 0 && ending_->signal == 0;
+        progress.share = isOver ? 1 : highest_;
+        if (progress.phase > 0 && row_.tool->name == "scanner" && !isOver)
+            progress.share.reset();
+    }
+    const std::string rate = rate_.Text(now);
+    progress.text += rate;
+    if (!progress.file.empty())
+        progress.file += rate;
+    return progress;
+}
+
+void Run::PostIfDue(bool isLast) {
+    const auto now = Clock::now();
+    const bool isNew =
+        reported_ != tool_->GetProgress() || postedProcess_ != process_ || now >= repeated_;
     if (!isLast && (!isNew || throttle_.Next(now) > now))
         return;
+    const Progress progress = Assessed(isLast);
     poster_->Post(MakeNotification(name_, row_, progress, process_, request_.after));
     throttle_.Posted(now);
-    posted_ = progress;
     postedProcess_ = process_;
     repeated_ = now + untilRepeated;
 }

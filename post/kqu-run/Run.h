@@ -3,6 +3,7 @@
 #include "post/kqu-run/Child.h"
 #include "post/kqu-run/CommandLine.h"
 #include "post/kqu-run/LineReader.h"
+#include "post/kqu-run/Rate.h"
 #include "post/kqu-run/Relay.h"
 #include "post/kqu-run/RowPoster.h"
 #include "post/kqu-run/Signals.h"
@@ -40,6 +41,7 @@ class Run {
     void ReadTool();
     void ReadChannel();
     void LookAtTool();
+    [[nodiscard]] Progress Assessed(bool isLast);
     void PostIfDue(bool isLast);
     void Show(const std::function<void()>& step);
 
@@ -66,7 +68,10 @@ class Run {
 
     std::optional<RowPoster> poster_;
     Throttle throttle_;
-    std::optional<Progress> posted_;
+    /// The tool's own words behind what was posted.
+    std::optional<Progress> reported_;
+    Rate rate_;
+    double highest_ = 0;
     pid_t postedProcess_ = 0;
     Clock::time_point repeated_{};
     Clock::time_point nextLook_{};

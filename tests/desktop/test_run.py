@@ -163,6 +163,28 @@ class RunTest(RunCase):
                 else:
                     self.assertEqual(last.get("Progress", "none"), "1000.00")
 
+    def test_any_command_has_a_row_by_what_the_kernel_reports(self):
+        posts = self.listen()
+        for name in ("one", "two"):
+            with open(self.folder / name, "wb") as file:
+                file.truncate(600_000_000)
+        for command, tool, volume, whole in (
+                (("sha256sum", "one", "two"), "scanner", "sha256sum one and two", 1.2e9),
+                (("sh", "-c", "true; cat one two | sha256sum"), "backup", "sh", 1.2e9),
+                (("sh", "-c", "sha256sum < one"), "backup", "sh", 6e8),
+                (("sh", "-c", "cat one | dd bs=64k | sha256sum"), "backup", "sh", 6e8),
+                (("flock", "lock", "nice", "md5sum", "one"), "scanner", "md5sum one", 6e8)):
+            with self.subTest(command):
+                posts.forget()
+                self.run_shown("--show-files", *command)
+                last = posts.has_come()[-1]
+                self.assertEqual((last[1], last[2]["VolName"], last[2].get("dVolName")), (OBJECTS[tool], volume, None))
+                shares = [float(share) for share in posts.values("Progress") if share]
+                self.assertGreaterEqual(len(shares), 2, posts.heard)
+                self.assertEqual((shares, shares[-1]), (sorted(shares), 1000), posts.heard)
+                self.assertIn(f" of {whole / 1e9:.0f} GB" if whole >= 1e9 else " of 600 MB",
+                              last[2].get("Item", last[2].get("status")))
+
     def test_no_name_of_a_file_is_posted_where_all_users_can_read_it(self):
         posts = self.listen("system")
         self.run_direct("borg", "init", "-e", "none", "borg")

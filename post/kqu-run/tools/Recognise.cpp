@@ -22,7 +22,7 @@ struct Prefix {
     bool isolates = false;
 };
 
-constexpr std::array<Prefix, 13> prefixes{{
+constexpr std::array<Prefix, 15> prefixes{{
     {"sudo", "-u -g -h -p -C -r -t -T -U -D -R --user --group --chdir", 0, true, true},
     {"doas", "-u -C", 0, false, true},
     {"nice", "-n --adjustment", 0},
@@ -38,6 +38,8 @@ constexpr std::array<Prefix, 13> prefixes{{
      "--reuid --regid --ruid --euid --rgid --egid --groups --inh-caps --ambient-caps "
      "--bounding-set --securebits --pdeathsig --selinux-label --apparmor-profile",
      0, false, true},
+    {"flock", "-E -w --conflict-exit-code --timeout --wait", 1},
+    {"setsid", "", 0},
     {"systemd-inhibit", "--what --who --why --mode", 0, false, true},
 }};
 

@@ -4,6 +4,7 @@
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Recognise.h"
 
+#include <array>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -165,9 +166,23 @@ TEST(Tools, AreFoundBehindOtherCommands) {
         {"timeout 5", "timeout"},
         {"sudo --", "sudo"},
         {"env A=b", "env"},
-        {"sudo -u me /bin/mysql -psecret --password=secret u:secret@host secret / .", "mysql / ."}};
+        {"sudo -u me /bin/mysql -psecret --password=secret u:secret@host secret / .", "mysql"}};
     for (const auto& [command, text] : others)
-        EXPECT_EQ(Prepared(command).tool->GetProgress().file, text);
+        EXPECT_EQ(Prepared(command).tool->GetProgress().text, text);
+    EXPECT_EQ(Prepared(others.back().first).tool->GetProgress().file, "/ and .");
+    const std::vector<std::array<std::string, 4>> rows{
+        {"btrfs scrub start -B .", "scanner", "btrfs scrub start", ""},
+        {"rclone check . remote:secret", "scanner", "rclone check", ""},
+        {"btrfs balance start /", "defragmenter", "btrfs balance start", ""},
+        {"xfs_repair -n /dev/zero", "scanner", "xfs_repair", ""},
+        {"cp -r . nas", "backup", "cp", "/nas"},
+        {"shred none", "backup", "shred", ""}};
+    for (const auto& [command, kind, title, destination] : rows) {
+        const Prepared prepared(command);
+        EXPECT_EQ(prepared.tool->GetRow().tool->name, kind) << command;
+        EXPECT_EQ(prepared.tool->GetRow().volume.open, title) << command;
+        EXPECT_TRUE(prepared.tool->GetRow().destination.full.ends_with(destination)) << command;
+    }
 }
 
 /// Files of one test and links to them, in a folder that is the working one meanwhile.

@@ -1,0 +1,74 @@
+#include "post/kqu-run/Rate.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace kqu::run {
+
+namespace {
+using Seconds = std::chrono::duration<double>;
+
+constexpr std::chrono::seconds untilSteady{8};
+constexpr std::chrono::seconds remembered{30};
+constexpr std::chrono::minutes untilStuck{2};
+
+std::string Left(double seconds) {
+    constexpr double minute = 60, hour = 3600;
+    if (seconds < minute)
+        return "less than a minute left";
+    if (seconds < 2 * hour) {
+        const double step = seconds < 10 * minute ? 1 : 5;
+        return std::to_string(std::lround(seconds / minute / step) * std::lround(step)) +
+               " min left";
+    }
+    return std::to_string(std::lround(seconds / hour)) + " h left";
+}
+} // namespace
+
+std::string Bytes(double bytes) {
+    constexpr std::array<const char*, 5> units{" kB", " MB", " GB", " TB", " PB"};
+    constexpr double step = 1000;
+    std::size_t unit = 0;
+    double value = bytes / step;
+    for (; value >= step && unit + 1 < units.size(); ++unit)
+        value /= step;
+    return std::to_string(std::llround(value)) + units.at(unit);
+}
+
+void Rate::Add(Time now, const Progress& progress) {
+    if (progress.phase != phase_)
+        samples_.clear();
+    phase_ = progress.phase;
+    const Sample sample{now, progress.share.value_or(-1), progress.done.value_or(-1)};
+    if (samples_.empty() || sample.share > samples_.back().share ||
+        sample.done > samples_.back().done)
+        moved_ = now;
+    else if (now - samples_.back().when < std::chrono::seconds(1))
+        return;
+    while (samples_.size() > 1 && now - samples_[1].when > remembered)
+        samples_.pop_front();
+    samples_.push_back(sample);
+}
+
+std::string Rate::Text(Time now) const {
+    if (samples_.empty() || now - samples_.front().when < untilSteady)
+        return {};
+    const Sample& first = samples_.front();
+    const Sample& last = samples_.back();
+    if (last.share < 0 && last.done < 0)
+        return {};
+    if (now - moved_ >= untilStuck)
+        return ", no progress for " +
+               std::to_string(std::chrono::floor<std::chrono::minutes>(now - moved_).count()) +
+               " min";
+    const double time = Seconds(now - first.when).count();
+    std::string text;
+    if (first.done >= 0 && last.done > first.done)
+        text += ", " + Bytes((last.done - first.done) / time) + "/s";
+    if (first.share >= 0 && last.share > first.share)
+        text += ", " + Left((1 - last.share) / (last.share - first.share) * time);
+    return text;
+}
+
+} // namespace kqu::run
