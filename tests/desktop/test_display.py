@@ -26,7 +26,7 @@ class Display(DesktopTest):
         self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
         self.panel.wait_visible()
         self.desktop.processes.end(self.desktop.xserver, signal.SIGKILL)
-        self.assertEqual(self.desktop.wait_exit(5), 0)
+        self.assertEqual(self.desktop.wait_exit(), 0)
         self.assertEqual(self.desktop.messenger_output(), "")
 
     def test_while_the_display_is_opened_a_request_to_terminate_is_heard(self):
@@ -36,6 +36,6 @@ class Display(DesktopTest):
         wait_until("the program to ask the display", lambda: any(
             "socket" in target for target in facts.descriptors().values()))
         self.desktop.messenger.terminate()
-        self.assertEqual(self.desktop.wait_exit(5), 0)
+        self.assertEqual(self.desktop.wait_exit(), 0)
         self.assertEqual(self.desktop.messenger_output(), "")
         self.desktop.xserver.send_signal(signal.SIGCONT)

@@ -63,23 +63,23 @@ class HandWithoutManager(DesktopTest):
         self.assertEqual(top_left(), stripes[0])
         for step in range(1, 4):
             self.desktop.pointer.wheel("down")
-            wait_until("one row further", lambda: top_left() == stripes[step % 2], 5)
+            wait_until("one row further", lambda: top_left() == stripes[step % 2])
         self.desktop.pointer.wheel("up")
-        wait_until("one row back", lambda: top_left() == stripes[0], 5)
+        wait_until("one row back", lambda: top_left() == stripes[0])
         # A page is more rows than there are: the end, six rows further than the beginning.
         self.desktop.pointer.click(at.x + 334, at.y + at.height - 25)
         bar = lambda line: self.panel.screenshot().pixel(334, line)
         wait_until("the thumb at the end", lambda: bar(at.height - 25) == bar(at.height - 30) !=
-                   bar(5), 5)
+                   bar(5))
         self.desktop.pointer.move(at.x + 100, at.y + 100)
         self.desktop.pointer.wheel("down", 3)
         hold("the end", lambda: top_left() == stripes[0], 0.6)
         self.desktop.pointer.wheel("up")
-        wait_until("one row back from the end", lambda: top_left() == stripes[1], 5)
+        wait_until("one row back from the end", lambda: top_left() == stripes[1])
         # The thumb, dragged to the top.
         self.drag((334, at.height - 35), (0, -400))
-        wait_until("the thumb at the beginning", lambda: bar(5) != bar(at.height - 25), 5)
-        wait_until("the first row", lambda: top_left() == stripes[0], 5)
+        wait_until("the thumb at the beginning", lambda: bar(5) != bar(at.height - 25))
+        wait_until("the first row", lambda: top_left() == stripes[0])
         self.assertEqual(self.panel.geometry(), at)
 
     def test_a_drag_of_the_background_moves_the_panel_by_exactly_its_way(self):
@@ -87,8 +87,7 @@ class HandWithoutManager(DesktopTest):
         at = self.panel.geometry()
         self.drag((100, 30), (37, 11))
         self.wait_geometry(x=at.x + 37, y=at.y + 11)
-        wait_until("the place to be saved", lambda: f"<integer>{at.x + 37}<".encode() in self.saved(),
-                   5)
+        wait_until("the place to be saved", lambda: f"<integer>{at.x + 37}<".encode() in self.saved())
         self.drag((20, 60), (-5, 120))
         self.wait_geometry(x=at.x + 32, y=at.y + 131)
         hold("the place", lambda: self.panel.geometry().x == at.x + 32, 0.5)
@@ -100,21 +99,23 @@ class HandWithoutManager(DesktopTest):
         self.panel.wait_height(2 * ROW)
         self.drag((100, 30), (20, 20), release=False)
         self.desktop.end_job(job)
-        self.panel.wait_height(ROW, timeout=5)
+        self.panel.wait_height(ROW)
         self.desktop.pointer.release()
 
     def test_comes_back_where_it_was_left_however_often(self):
         self.rows(1)
+        before = self.panel.geometry()
         self.drag((100, 30), (-150, 60))
+        self.wait_geometry(x=before.x - 150, y=before.y + 60)
         at = self.panel.geometry()
-        wait_until("the place to be saved", lambda: f"<integer>{at.x}<".encode() in self.saved(), 5)
+        wait_until("the place to be saved", lambda: f"<integer>{at.x}<".encode() in self.saved())
         saved = self.saved()
         for _ in range(10):
             self.desktop.messenger.send_signal(signal.SIGTERM)
             self.assertEqual(self.desktop.wait_exit(), 0)
             self.start()
             self.rows(1)
-            wait_until("the same place", lambda: self.panel.geometry() == at, 5)
+            wait_until("the same place", lambda: self.panel.geometry() == at)
         hold("the file", lambda: self.saved() == saved, 1.5)
 
 

@@ -88,8 +88,8 @@ class PanelWithoutManager(DesktopTest):
             self.desktop.post(f"KQS_disk.{number}", tools[number % 3], PID=self.job.pid)
             if number % 2 == 0:
                 frames += self.frames(0.4, at_least=3)
-        last = frames[-1]
-        self.assertEqual(last.height, 9 * ROW)
+        self.panel.wait_height(9 * ROW)
+        last = self.panel.screenshot()
         for frame in frames:
             for row in range(frame.height // ROW):
                 shown = [frame.pixel(x, row * ROW + y) for x, y in icon]

@@ -40,7 +40,7 @@ class Pixels(DesktopTest):
             self.desktop.post(f"KQS_disk.{number}", tool, **info)
         expected = self.off_screen(rows, height)
         self.panel.wait_height(expected.height)
-        self.panel.wait_pixels("the same pixels", lambda seen: seen == expected, 5)
+        self.panel.wait_pixels("the same pixels", lambda seen: seen == expected)
 
     def test_all_kinds_of_rows_without_a_scroll_bar(self):
         self.compare(ROWS, 768)

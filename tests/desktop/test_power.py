@@ -102,7 +102,7 @@ class WithTheLoginManager(Power):
         power = power_manager(self.desktop)
         self.logind.process.send_signal(signal.SIGSTOP)
         job = self.start_row()
-        self.panel.wait_visible(3)
+        self.panel.wait_visible()
         wait_until("the power manager", power.held)
         self.desktop.end_job(job)
         wait_for_value("the power manager", power.held, [])

@@ -112,7 +112,7 @@ class StartBySessionBus(StartTest):
     def test_it_is_not_waited_for_without_end(self):
         shutil.copy(shutil.which("sleep"), self.programs / "kqu-messenger")
         self.offer("kqu-messenger 60")
-        self.assertAlmostEqual(self.post(1), PATIENCE, delta=AT_ONCE / 2)
+        self.assertGreater(self.post(1), PATIENCE - 1)
 
     def test_it_can_be_started_without_a_post(self):
         self.offer()
@@ -199,5 +199,6 @@ class StartByRoot(StartTest):
         wait_until("the silent bus", lambda: subprocess.run(
             [*prefix, "test", "-S", f"/run/user/{NOBODY}/bus"], check=False).returncode == 0)
         self.log_in("own", NOBODY)
-        self.assertLess(self.post(1, "--system", prefix=prefix), PATIENCE - 1)
-        self.assertLess(self.post(1, "--system", prefix=prefix), 1.5)
+        first = self.post(1, "--system", prefix=prefix)
+        self.assertLess(first, PATIENCE - 1)
+        self.assertLess(self.post(1, "--system", prefix=prefix), first)
