@@ -23,7 +23,7 @@ void Window1::ParseBackgroundBackupNotification(const std::string& name,
     if (!row->HasKey("destination"))
         if (const auto destination = WireText(*userInfo, "dVolName"))
             // One pass from the left: a run of three slashes leaves two.
-            row->SetValue("destination", ReplaceAll(*destination, "//", "/"));
+            row->SetValue("destination", Showable(ReplaceAll(*destination, "//", "/")));
     KeepFirstText(*row, "BSD", *userInfo, "BSD");
 }
 

@@ -37,7 +37,7 @@ void Window1::ParseBackgroundDefragNotification(const std::string& name,
     const auto status = WireText(*userInfo, kCFDefragStatusKey);
     const bool isDefragmenting = status && IsDefragmenting(*status);
     if (const auto file = WireText(*userInfo, kCFDefragFileNameKey))
-        row->SetValue("Status", "File: " + *file);
+        row->SetValue("Status", "File: " + Showable(*file));
     const auto fork =
         isDefragmenting ? WireText(*userInfo, kCFDefragFileProgressKey) : std::nullopt;
     row->SetValue("fileprogress", ForkText(fork ? Val(*fork) : wholeFork));

@@ -9,9 +9,10 @@
 #include "framework/values/Numbers.h"
 #include "framework/values/Required.h"
 #include "framework/values/Text.h"
+#include "monitor/TaskRecord.h"
 
 #include <memory>
-#include <optional>
+#include <string_view>
 
 namespace kqu {
 
@@ -19,6 +20,8 @@ namespace {
 constexpr int volumeInfoSize = 126;
 constexpr int fileCountOffset = 32;
 constexpr std::uint32_t allInfo = 0xFFFF;
+/// A hundred thousand volumes.
+constexpr std::size_t longestLookupFile = std::size_t{16} << 20U;
 
 /// The suite's look-up file. It hangs directly under the root, and its folder's name is written as
 /// the suite writes it.
@@ -38,16 +41,19 @@ bool ResolveFromLookupFile(Dictionary& row, const std::string& disk) {
     if (!file)
         return false;
     const Ref<TextInputStream> stream = Required(file->OpenAsTextFile());
-    const std::string text = stream->ReadAll();
+    const std::string text = stream->ReadAll(longestLookupFile);
     stream->Close();
-    const int lines = CountFields(text, "\r");
-    for (int line = 1; line <= lines; ++line) {
-        const std::string entry = NthField(text, "\r", line);
-        if (!EqualsIgnoringCase(NthField(entry, ":", 1), disk))
-            continue;
-        row.SetValue("volume", NthField(entry, ":", 2));
-        row.SetValue("TotalFiles", ToInt32(Val(NthField(entry, ":", 3))));
-        return true;
+    std::string_view rest = text;
+    for (bool more = !text.empty(); more;) {
+        const std::size_t end = rest.find('\r');
+        const std::string_view entry = rest.substr(0, end);
+        if (EqualsIgnoringCase(entry.substr(0, entry.find(':')), disk)) {
+            row.SetValue("volume", Showable(NthField(entry, ":", 2)));
+            row.SetValue("TotalFiles", ToInt32(Val(NthField(entry, ":", 3))));
+            return true;
+        }
+        more = end != std::string_view::npos;
+        rest.remove_prefix(more ? end + 1 : 0);
     }
     return false;
 }
@@ -76,7 +82,7 @@ bool ResolveFromMountedVolumes(Dictionary& row) {
 } // namespace
 
 void ResolveVolume(Dictionary& row, const std::string& disk) {
-    row.SetValue("BSD", disk);
+    row.SetValue("BSD", Showable(disk));
     if (ResolveFromLookupFile(row, disk) || ResolveFromMountedVolumes(row))
         return;
     row.SetValue("volume", row.Value("BSD"));

@@ -2,6 +2,8 @@
 
 #include "framework/values/Text.h"
 
+#include <utility>
+
 namespace kqu {
 
 std::optional<std::string> WireText(const CFDictionary& userInfo, std::string_view key) {
@@ -18,6 +20,11 @@ Ref<Dictionary> FindRow(const Dictionary& table, const std::string& name) {
     return table.HasKey(name) ? table.Value(name).ObjectAs<Dictionary>() : nullptr;
 }
 
+std::string Showable(std::string text) {
+    constexpr std::size_t shownOfEachEnd = 4096;
+    return WithoutMiddle(std::move(text), shownOfEachEnd);
+}
+
 void KeepFirstText(Dictionary& row, std::string_view rowKey, const CFDictionary& userInfo,
                    std::string_view wireKey) {
     if (!row.HasKey(rowKey))
@@ -27,7 +34,7 @@ void KeepFirstText(Dictionary& row, std::string_view rowKey, const CFDictionary&
 void TakeLastText(Dictionary& row, std::string_view rowKey, const CFDictionary& userInfo,
                   std::string_view wireKey) {
     if (auto text = WireText(userInfo, wireKey))
-        row.SetValue(rowKey, std::move(*text));
+        row.SetValue(rowKey, Showable(std::move(*text)));
 }
 
 void TakeLastNumber(Dictionary& row, std::string_view rowKey, const CFDictionary& userInfo,

@@ -25,8 +25,12 @@ enum class TaskCode : std::int32_t { Scanner = 1, Defragmenter = 2, Backup = 6 }
 /// The row of that name, or nil if there is none.
 [[nodiscard]] Ref<Dictionary> FindRow(const Dictionary& table, const std::string& name);
 
-/// Stores the wire's text under the row's key unless the row has that key: the first value stays. A
-/// value that would not be stored is not read.
+/// A text as far as a row can ever show of it. Rows keep its start and its end, 4 KiB of each, so
+/// that a name of megabytes costs no more at each paint than one that fills the line.
+[[nodiscard]] std::string Showable(std::string text);
+
+/// Stores the wire's text, as far as it can be shown, under the row's key unless the row has that
+/// key: the first value stays. A value that would not be stored is not read.
 void KeepFirstText(Dictionary& row, std::string_view rowKey, const CFDictionary& userInfo,
                    std::string_view wireKey);
 

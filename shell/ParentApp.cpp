@@ -1,6 +1,7 @@
 #include "framework/corefoundation/CFBundle.h"
 #include "framework/corefoundation/CFString.h"
 #include "framework/corefoundation/CFURL.h"
+#include "framework/files/FileDescriptor.h"
 #include "framework/files/FolderItem.h"
 #include "framework/files/SpecialFolder.h"
 #include "framework/values/Text.h"
@@ -36,7 +37,7 @@ bool NamesAnotherFamily(const std::string& location) {
 void App::GetParentApp() {
     Module1.ParentIsMarlstone = false;
     const Ref<FolderItem> file = GetFolderItem(preferencesInShellForm, PathForm::Shell);
-    if (!file || !file->Exists())
+    if (!file || !file->Exists() || file->Length() > longestFile)
         return;
     const std::string text = Module1.GetShell("/bin/cat " + preferencesInShellForm, true);
     if (text.empty() || !Contains(text, parentKey))

@@ -15,8 +15,10 @@ class BinaryStream : public Object {
         : file_(path, FileDescriptor::Access::Read) {}
     [[nodiscard]] bool IsOpen() const { return file_.IsOpen(); }
     [[nodiscard]] std::size_t Length() const { return file_.Length(); }
-    /// Up to `count` bytes, fewer at the end.
-    [[nodiscard]] std::string Read(std::size_t count) { return file_.Read(count); }
+    /// Up to `count` bytes, fewer at the end; nothing if more than `longestFile` are asked for.
+    [[nodiscard]] std::string Read(std::size_t count) {
+        return count > longestFile ? std::string() : file_.Read(count);
+    }
     void Close() { file_.Close(); }
 
   private:

@@ -13,7 +13,6 @@ namespace kqu {
 namespace {
 constexpr mode_t newFileMode = 0644;
 constexpr std::size_t readPiece = 64 * 1024;
-constexpr std::size_t longestRead = std::size_t{256} << 20U;
 } // namespace
 
 FileDescriptor::FileDescriptor(const std::filesystem::path& path, Access access) {
@@ -41,8 +40,7 @@ std::size_t FileDescriptor::Length() const {
 }
 
 std::string FileDescriptor::Read(std::size_t count) {
-    // In pieces, and not without end: a length that a file only claims costs no memory.
-    count = std::min(count, longestRead);
+    // In pieces: a length that a file only claims costs no memory.
     std::string bytes;
     while (bytes.size() < count) {
         const std::size_t done = bytes.size();
@@ -55,6 +53,11 @@ std::string FileDescriptor::Read(std::size_t count) {
             break;
     }
     return bytes;
+}
+
+std::string FileDescriptor::ReadAll(std::size_t limit) {
+    std::string bytes = Read(limit + 1);
+    return bytes.size() > limit ? std::string() : bytes;
 }
 
 void FileDescriptor::Write(std::string_view bytes) {

@@ -63,6 +63,12 @@ bool FolderItem::IsFolder() const {
     return std::filesystem::is_directory(NativePath(), error);
 }
 
+std::uintmax_t FolderItem::Length() const {
+    std::error_code error;
+    const std::uintmax_t length = std::filesystem::file_size(NativePath(), error);
+    return error ? 0 : length;
+}
+
 Ref<FolderItem> FolderItem::Child(std::string_view name) const {
     // A slash would lead elsewhere, even out of this folder.
     if (name.empty() || name.find('/') != std::string_view::npos)

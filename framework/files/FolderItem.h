@@ -37,6 +37,8 @@ class FolderItem : public Object {
     /// Links are followed: one that leads nowhere is no file.
     [[nodiscard]] bool Exists() const;
     [[nodiscard]] bool IsFolder() const;
+    /// Bytes in a file; 0 if it has no size.
+    [[nodiscard]] std::uintmax_t Length() const;
     /// An item of that name in this folder; nil for a name that none can have.
     [[nodiscard]] Ref<FolderItem> Child(std::string_view name) const;
     /// Nil for the root and for a volume.

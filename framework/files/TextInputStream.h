@@ -3,6 +3,7 @@
 #include "framework/files/FileDescriptor.h"
 #include "framework/values/Object.h"
 
+#include <cstddef>
 #include <string>
 
 namespace kqu {
@@ -13,7 +14,10 @@ class TextInputStream : public Object {
     explicit TextInputStream(const std::filesystem::path& path)
         : file_(path, FileDescriptor::Access::Read) {}
     [[nodiscard]] bool IsOpen() const { return file_.IsOpen(); }
-    [[nodiscard]] std::string ReadAll() { return file_.Read(std::string::npos); }
+    /// The whole text; nothing if it has more than `limit` bytes.
+    [[nodiscard]] std::string ReadAll(std::size_t limit = longestFile) {
+        return file_.ReadAll(limit);
+    }
     void Close() { file_.Close(); }
 
   private:

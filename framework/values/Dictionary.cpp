@@ -12,8 +12,10 @@ std::size_t Dictionary::KeyHash::operator()(std::string_view key) const {
     // FNV-1a over the folded characters, so that a look-up makes no folded copy.
     constexpr std::uint64_t basis = 14695981039346656037ULL;
     constexpr std::uint64_t prime = 1099511628211ULL;
+    // Of a longer key only the start counts.
+    constexpr int mostCharacters = 256;
     std::uint64_t hash = basis;
-    while (!key.empty()) {
+    for (int count = 0; count < mostCharacters && !key.empty(); ++count) {
         std::size_t length = 0;
         hash = (hash ^ FoldedCharacter(key, length)) * prime;
         key.remove_prefix(length);

@@ -1,6 +1,7 @@
 #include "framework/values/Text.h"
 
 #include "framework/values/CaseFolding.h"
+#include "platform/text/PlainText.h"
 
 #include <charconv>
 #include <cmath>
@@ -156,6 +157,12 @@ std::string ReplaceAll(std::string_view text, std::string_view find, std::string
         position = found->position + found->length;
     }
     return result += text.substr(position);
+}
+
+std::string WithoutMiddle(std::string text, std::size_t bytes) {
+    if (text.size() <= 2 * bytes)
+        return text;
+    return std::string(platform::StartOf(text, bytes)).append(platform::EndOf(text, bytes));
 }
 
 std::string NthField(std::string_view text, std::string_view separator, int number) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -25,6 +26,10 @@ namespace kqu {
 /// Every occurrence replaced, in one pass from the left.
 [[nodiscard]] std::string ReplaceAll(std::string_view text, std::string_view find,
                                      std::string_view replacement);
+
+/// The text's start and end, each cut between two characters to at most `bytes`; the whole text if
+/// it is no longer than both.
+[[nodiscard]] std::string WithoutMiddle(std::string text, std::size_t bytes);
 
 /// Field `number`, counted from 1, of the text split at the separator; empty past the last field.
 /// An empty separator splits nothing.

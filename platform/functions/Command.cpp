@@ -69,6 +69,7 @@ Command::~Command() {
 
 std::size_t Command::Read(std::byte* block, std::size_t size) {
     std::size_t done = 0;
+    isAtEnd_ = isAtEnd_ || left_ < size;
     while (done < size && !isAtEnd_ && !isInError_) {
         isInError_ = !WaitForInput(output_);
         const ssize_t got = isInError_ ? 0 : read(output_, block + done, size - done);
@@ -79,6 +80,7 @@ std::size_t Command::Read(std::byte* block, std::size_t size) {
         else
             isInError_ = errno != EINTR;
     }
+    left_ -= done;
     return done;
 }
 

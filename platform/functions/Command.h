@@ -18,7 +18,8 @@ class Command {
     Command(const Command&) = delete;
     Command& operator=(const Command&) = delete;
 
-    /// Fills the block; fewer bytes only at the end of the output or in error.
+    /// Fills the block; fewer bytes only at the end of the output or in error. The output ends
+    /// after 16 MiB, several times what any command here has to say.
     [[nodiscard]] std::size_t Read(std::byte* block, std::size_t size);
     [[nodiscard]] bool IsAtEnd() const { return isAtEnd_; }
     /// Also set when a request to terminate ended the reading.
@@ -31,6 +32,7 @@ class Command {
 
     int output_;
     pid_t process_;
+    std::size_t left_ = std::size_t{16} << 20U;
     bool isAtEnd_ = false;
     bool isInError_ = false;
 };

@@ -30,6 +30,11 @@ class ThemeText {
 
   private:
     const std::string& Shortened(const std::string& text, std::int32_t width, std::uint32_t code) {
+        // The middle of a text that is far too long goes in any case.
+        const std::size_t enough = TextLayout::Enough(text, width).size();
+        if (text.size() > 2 * enough)
+            return Shortened(std::string(StartOf(text, enough)).append(EndOf(text, enough)), width,
+                             code);
         const auto now = std::chrono::steady_clock::now();
         std::string key = std::to_string(width) + (code == truncateMiddle ? 'm' : 'e') + text;
         if (const std::string* known = results_.Find(key, now))

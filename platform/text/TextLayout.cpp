@@ -87,6 +87,7 @@ TextLayout::Font& TextLayout::FontOf(int size) {
 }
 
 double TextLayout::Width(std::string_view text, int size) {
+    text = StartOf(text, longestMeasured);
     Font& font = FontOf(size);
     const auto now = std::chrono::steady_clock::now();
     if (const Line* known = font.lines.Find(text, now))

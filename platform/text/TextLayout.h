@@ -38,7 +38,8 @@ class TextLayout {
     TextLayout(const TextLayout&) = delete;
     TextLayout& operator=(const TextLayout&) = delete;
 
-    /// Width in pixels; remembered while it is in use.
+    /// Width in pixels; remembered while it is in use. Of a text of more than `longestMeasured`
+    /// bytes, which fills any screen, that of its start.
     [[nodiscard]] double Width(std::string_view text, int size);
     /// Width in pixels of a line that is not expected to be asked for again.
     [[nodiscard]] double WidthOnce(const std::string& plainText, int size);
@@ -50,6 +51,7 @@ class TextLayout {
                                                          std::uint32_t colour);
     static constexpr int reach = 3;
     static constexpr int longest = 32768;
+    static constexpr std::size_t longestMeasured = 16384;
 
     /// The bounds of whole characters as readers see them (grapheme clusters), as indices of
     /// characters: 0 first, the length last.

@@ -8,8 +8,6 @@ namespace kqu::platform {
 
 namespace {
 constexpr std::string_view ellipsis = "\xE2\x80\xA6";
-/// Texts of up to so many bytes are looked at whole.
-constexpr std::size_t shortText = 2048;
 
 /// One end of the text that is long enough to fill the line by itself, cut into clusters.
 class TextEnd {
@@ -48,12 +46,10 @@ struct Kept {
     std::size_t last = 0;
 };
 
-/// Bytes of each end that are looked at: far more than fits, so that the text between them never
+/// Bytes of each end that are looked at: more than fits, so that the text between them never
 /// matters.
 std::size_t Share(std::string_view text, int limit) {
-    if (text.size() <= shortText)
-        return text.size();
-    return std::max(shortText, TextLayout::Enough(text, limit).size());
+    return TextLayout::Enough(text, limit).size();
 }
 
 class Shortening {
@@ -161,15 +157,13 @@ class Shortening {
 
 std::string Truncated(TextLayout& layout, std::string_view text, int size, int limit,
                       Giving giving) {
-    const auto widthOf = [&](std::string_view part) {
-        return layout.WidthOnce(PlainText(part).utf8, size);
-    };
     if (text.empty())
         return {};
-    // Where the start alone is too wide, the rest need not be measured.
-    const std::string_view start = StartOf(text, Share(text, limit));
-    const double startWidth = widthOf(start);
-    if (startWidth <= limit && (start.size() == text.size() || widthOf(text) <= limit))
+    // What is longer than any line of that width is not measured: characters that take no room
+    // could go on for ever.
+    const std::string_view start = TextLayout::Enough(text, limit);
+    const double startWidth = layout.WidthOnce(PlainText(start).utf8, size);
+    if (startWidth <= limit && start.size() == text.size())
         return std::string(text);
     return Shortening(layout, text, size, limit, giving).Result(startWidth);
 }

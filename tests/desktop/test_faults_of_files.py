@@ -9,8 +9,7 @@ from support.waiting import wait_for_value, wait_until
 
 PREFERENCES = "/Library/Application Support/Brackwater Utilities Support/BrackwaterPrefs.plist"
 FILE = "com.brackwater.KQU_Messenger.plist"
-MIB = 1 << 20
-LARGE = 100 * MIB
+LARGE = 100 << 20
 
 
 class PlaceFile(DesktopTest):
@@ -51,48 +50,41 @@ class PlaceFile(DesktopTest):
         self.assertEqual(self.desktop.messenger_output(), "")
 
 
-class LargePreferences(DesktopTest):
+class OddPreferences(DesktopTest):
     options = {"window_manager": None, "logind": True}
 
-    def start_with(self, content):
-        path, room = self.desktop.folder / "preferences", self.desktop.folder / "room"
-        path.write_bytes(content)
+    def launch_with(self, file):
+        room = self.desktop.folder / "room"
         room.mkdir()
-        self.desktop.launch_messenger(*mounts.with_new_file(path, PREFERENCES, room))
-        wait_until("the program to listen", lambda: self.desktop.session_bus.hears(
-            self.desktop.messenger.pid, "com.brackwater"), 90)
-        self.assertLess(int(self.desktop.messenger_facts().field("VmHWM")) * 1024, 4 * LARGE)
+        return self.desktop.launch_messenger(*mounts.with_new_file(file, PREFERENCES, room))
+
+    def assert_counts_for_nothing(self, file):
+        self.launch_with(file)
+        self.desktop.wait_listening()
+        self.assertLess(int(self.desktop.messenger_facts().field("VmHWM")) * 1024, LARGE)
         self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
         self.panel.wait_visible()
-
-    def test_a_request_to_terminate_is_heard_while_they_have_no_end(self):
-        for number, source in enumerate(("fifo", "/dev/zero")):
-            with self.subTest(source):
-                room, path = self.desktop.folder / f"room{number}", self.desktop.folder / source
-                room.mkdir()
-                if not path.exists():
-                    os.mkfifo(path)
-                messenger = self.desktop.launch_messenger(
-                    *mounts.with_new_file(path, PREFERENCES, room))
-                wait_until("the reading command", lambda: {"cat", "kqu-messenger"} <= set(
-                    self.desktop.processes.marked().values()))
-                messenger.terminate()
-                self.assertEqual(self.desktop.wait_exit(), 0)
-                self.assertEqual(self.desktop.messenger_output(), "")
-
-    def wait_locks(self, *modes):
+        self.assertEqual(self.panel.title(), "Brackwater Scheduled Task")
         wait_for_value("the locks", lambda: sorted(
-            lock[3] for lock in self.desktop.logind.inhibitors()), list(modes))
+            lock[3] for lock in self.desktop.logind.inhibitors()), ["block", "block"])
 
-    def test_one_that_is_padded_counts(self):
-        self.start_with(
+    def test_a_file_beyond_all_measure_counts_for_nothing(self):
+        file = self.desktop.folder / "preferences"
+        file.write_bytes(
             b"<plist version=\"1.0\">\n<dict>\n<key>ParentLocation</key>\n"
             b"<string>/Applications/Marlstone.app</string>\n<key>SleepOnAC</key>\n<true/>\n" +
             b" " * LARGE + b"</dict></plist>")
-        self.assertEqual(self.panel.title(), "Marlstone Pro Scheduled Task")
-        self.wait_locks()
+        self.assert_counts_for_nothing(file)
 
-    def test_garbage_counts_for_nothing(self):
-        self.start_with(os.urandom(MIB) * (LARGE // MIB))
-        self.assertEqual(self.panel.title(), "Brackwater Scheduled Task")
-        self.wait_locks("block", "block")
+    def test_a_device_without_an_end_counts_for_nothing(self):
+        self.assert_counts_for_nothing("/dev/urandom")
+
+    def test_a_request_to_terminate_is_heard_while_nobody_writes_them(self):
+        file = self.desktop.folder / "preferences"
+        os.mkfifo(file)
+        messenger = self.launch_with(file)
+        wait_until("the reading command", lambda: {"cat", "kqu-messenger"} <= set(
+            self.desktop.processes.marked().values()))
+        messenger.terminate()
+        self.assertEqual(self.desktop.wait_exit(), 0)
+        self.assertEqual(self.desktop.messenger_output(), "")

@@ -72,11 +72,18 @@ TEST_F(FolderItemTest, FilesAreReadAndReplacedAndFoldersNeverOpen) {
     EXPECT_EQ(Item("/absent/x")->CreateTextFile(), nullptr);
 }
 
-TEST_F(FolderItemTest, FilesWithoutAnEndOrAWriterOrRoomHoldNobody) {
+TEST_F(FolderItemTest, FilesWithoutAnEndOrAWriterOrMeasureHoldNobody) {
     ASSERT_EQ(mkfifo((tree.Root() / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(Item("/pipe")->OpenAsTextFile()->ReadAll(), "");
+    const std::size_t most = std::size_t{1} << 20U;
+    tree.Write("full", std::string(most, 'x'));
+    tree.Write("over", std::string(most + 1, 'x'));
+    EXPECT_EQ(Item("/full")->OpenAsTextFile()->ReadAll().size(), most);
+    EXPECT_EQ(Item("/full")->OpenAsBinaryFile()->Read(most).size(), most);
+    EXPECT_EQ(Item("/over")->OpenAsTextFile()->ReadAll(), "");
+    EXPECT_EQ(Item("/over")->OpenAsBinaryFile()->Read(most + 1), "");
     FolderItem::SetRoot("/");
-    EXPECT_EQ(Item("/dev/zero")->OpenAsTextFile()->ReadAll().size(), std::size_t{256} << 20U);
+    EXPECT_EQ(Item("/dev/zero")->OpenAsTextFile()->ReadAll(), "");
 }
 
 TEST_F(FolderItemTest, ALinkIsReplacedByANewFileAndNeverFollowed) {

@@ -190,6 +190,12 @@ TEST(Truncation, KeepsTheSameFromBothEndsAndNothingWhereNotEvenTheEllipsisFits) 
     // Of a long text no more than its ends is looked at.
     const std::string wide(50000000, 'W');
     EXPECT_EQ(Shorten(wide, 310), Shorten(wide.substr(0, 1000), 310));
+    // So it is where all of it would fit, because marks take no room of their own.
+    std::string marks = "a";
+    for (int mark = 0; mark < 200000; ++mark)
+        marks += "\u0301";
+    EXPECT_LT(Shorten(marks, 310).size(), 2000U);
+    EXPECT_EQ(WidthOf(marks), WidthOf(marks.substr(0, 101)));
 }
 
 } // namespace
