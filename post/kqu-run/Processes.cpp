@@ -66,6 +66,12 @@ std::optional<std::uint64_t> BytesReadBy(pid_t process) {
     return FieldOf(FolderOf(process) / "io", "rchar:");
 }
 
+std::optional<std::uint64_t> BytesMovedBy(pid_t process) {
+    const auto read = BytesReadBy(process);
+    const auto written = FieldOf(FolderOf(process) / "io", "wchar:");
+    return read && written ? std::optional(*read + *written) : std::nullopt;
+}
+
 std::vector<std::string> ArgumentsOf(pid_t process) {
     std::ifstream file(FolderOf(process) / "cmdline");
     std::vector<std::string> arguments;

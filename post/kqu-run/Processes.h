@@ -23,8 +23,9 @@ namespace kqu::run {
 /// The arguments of a process, and the folder that its relative paths begin at.
 [[nodiscard]] std::vector<std::string> ArgumentsOf(pid_t process);
 [[nodiscard]] std::string WorkingFolderOf(pid_t process);
-/// How many bytes a process has read, of all files.
+/// How many bytes a process has read, of all files; and with those that it has written.
 [[nodiscard]] std::optional<std::uint64_t> BytesReadBy(pid_t process);
+[[nodiscard]] std::optional<std::uint64_t> BytesMovedBy(pid_t process);
 
 struct OpenFile {
     int descriptor = 0;

@@ -24,7 +24,6 @@ std::string Left(double seconds) {
     }
     return std::to_string(std::lround(seconds / hour)) + " h left";
 }
-} // namespace
 
 std::string Bytes(double bytes) {
     constexpr std::array<const char*, 5> units{" kB", " MB", " GB", " TB", " PB"};
@@ -34,6 +33,26 @@ std::string Bytes(double bytes) {
     for (; value >= step && unit + 1 < units.size(); ++unit)
         value /= step;
     return std::to_string(std::llround(value)) + units.at(unit);
+}
+
+std::string Joint(const std::string& text, const std::string& more) {
+    return text + (text.empty() || more.empty() ? "" : ", ") + more;
+}
+} // namespace
+
+Progress WithNumbers(Progress progress, const std::string& rate, bool isComplete) {
+    std::string numbers;
+    if (isComplete && progress.done && progress.whole)
+        progress.done = progress.whole;
+    if (progress.done)
+        numbers = Bytes(*progress.done);
+    if (progress.done && progress.whole)
+        numbers += " of " + Bytes(*progress.whole);
+    numbers = Joint(numbers, rate);
+    progress.text = Joint(progress.text, numbers);
+    if (!progress.file.empty())
+        progress.file = Joint(progress.file, numbers);
+    return progress;
 }
 
 void Rate::Add(Time now, const Progress& progress) {
@@ -59,15 +78,15 @@ std::string Rate::Text(Time now) const {
     if (last.share < 0 && last.done < 0)
         return {};
     if (now - moved_ >= untilStuck)
-        return ", no progress for " +
+        return "no progress for " +
                std::to_string(std::chrono::floor<std::chrono::minutes>(now - moved_).count()) +
                " min";
     const double time = Seconds(now - first.when).count();
     std::string text;
     if (first.done >= 0 && last.done > first.done)
-        text += ", " + Bytes((last.done - first.done) / time) + "/s";
+        text = Bytes((last.done - first.done) / time) + "/s";
     if (first.share >= 0 && last.share > first.share)
-        text += ", " + Left((1 - last.share) / (last.share - first.share) * time);
+        text = Joint(text, Left((1 - last.share) / (last.share - first.share) * time));
     return text;
 }
 

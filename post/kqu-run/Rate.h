@@ -15,8 +15,8 @@ class Rate {
 
     void Add(Time now, const Progress& progress);
 
-    /// Speed and time left, ", 40 MB/s, 3 min left"; nothing in the first eight seconds. The time
-    /// is coarse, since it is an estimate. After two minutes without any progress, ", no progress
+    /// Speed and time left, "40 MB/s, 3 min left"; nothing in the first eight seconds. The time
+    /// is coarse, since it is an estimate. After two minutes without any progress, "no progress
     /// for 2 min".
     [[nodiscard]] std::string Text(Time now) const;
 
@@ -30,7 +30,8 @@ class Rate {
     Time moved_{};
 };
 
-/// Bytes as a person reads them: "310 MB".
-[[nodiscard]] std::string Bytes(double bytes);
+/// The progress with what its line of text ends in: the amounts, "310 MB of 900 MB", and the rate.
+/// One that is complete has done the whole.
+[[nodiscard]] Progress WithNumbers(Progress progress, const std::string& rate, bool isComplete);
 
 } // namespace kqu::run

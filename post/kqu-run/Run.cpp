@@ -267,18 +267,14 @@ Progress Run::Assessed(bool isLast) {
     const bool isNewPhase = reported_ && progress.phase != reported_->phase;
     highest_ = isNewPhase ? 0 : highest_;
     reported_ = progress;
+    const bool isOver = isLast && ending_->status == 0 && ending_->signal == 0;
     if (progress.share) {
         highest_ = std::max(highest_, std::min(*progress.share, almost));
-        const bool isOver = isLast && ending_->status == 0 && ending_->signal == 0;
         progress.share = isOver ? 1 : highest_;
         if (progress.phase > 0 && row_.tool->name == "scanner" && !isOver)
             progress.share.reset();
     }
-    const std::string rate = rate_.Text(now);
-    progress.text += rate;
-    if (!progress.file.empty())
-        progress.file += rate;
-    return progress;
+    return WithNumbers(progress, isLast ? "" : rate_.Text(now), isOver);
 }
 
 void Run::PostIfDue(bool isLast) {

@@ -125,7 +125,7 @@ class RunTest(RunCase):
         self.env["RESTIC_PROGRESS_FPS"] = "20"
         rows = (
             (("rsync", "-a", "Documents/", "a/"), "backup",
-             {"VolName": "Documents", "dVolName": str(self.folder / "a"), "FolderBackup": "1", "status": "23 of 23 files"}),
+             {"VolName": "Documents", "dVolName": str(self.folder / "a"), "FolderBackup": "1", "status": "23 of 23 files, 22 MB"}),
             (("nice", "rsync", "-av", "--bwlimit=20000", "Documents/", "b/"), "backup", {"dVolName": str(self.folder / "b")}),
             (("dd", f"if={device}", "of=copy.img", "bs=64k"), "backup",
              {"VolName": "Data", "dVolName": str(self.folder / "copy.img"), "Type": "4" if disk else None}),

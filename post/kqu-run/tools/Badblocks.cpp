@@ -5,7 +5,7 @@
 #include "post/kqu-run/tools/Tool.h"
 
 #include <algorithm>
-#include <filesystem>
+#include <cmath>
 
 namespace kqu::run {
 
@@ -15,7 +15,7 @@ constexpr std::uint64_t usualBlock = 1024;
 constexpr std::uint64_t usualPatterns = 4;
 constexpr std::uint64_t mostRepeats = 1000;
 
-/// With -s it tells how far it is; without, the kernel tells where on the disk it is.
+/// The kernel reports how much it has read and written; where it does not, -s does.
 class Badblocks : public Tool {
   public:
     void Prepare(Launch& launch) override {
@@ -26,8 +26,6 @@ class Badblocks : public Tool {
         if (operands.empty())
             return;
         device_ = operands[0];
-        std::error_code failure;
-        opened_ = std::filesystem::weakly_canonical(device_, failure).string();
         if (const auto disk = VolumeOfDisk(device_)) {
             row_.volume = disk->Shown();
             row_.disk = disk->disk;
@@ -35,6 +33,8 @@ class Badblocks : public Tool {
         block_ = DdSize(arguments.Value("b").value_or("")).value_or(usualBlock);
         block_ = std::max<std::uint64_t>(block_, 1);
         phases_ = Phases(arguments);
+        // The test that leaves the data as it is reads and writes twice for each pattern.
+        transfers_ = phases_ * (arguments.Has("n") ? 4 : 1);
         SetRange(operands);
         if (arguments.Has("s"))
             launch.stream = 2;
@@ -44,21 +44,24 @@ class Badblocks : public Tool {
     /// phase begins at 0 again.
     void Read(std::string_view line) override {
         const std::size_t at = line.find("% done");
-        if (at == std::string_view::npos)
+        if (at == std::string_view::npos || isSeen_)
             return;
         if (const auto share = LastPercentage(line.substr(0, at + 1)))
             Tell(*share);
     }
 
+    /// All that is read and written, of all that will be: phases may change unseen between two
+    /// looks.
     void Look(pid_t process) override {
-        if (disk_ < 0)
-            for (const OpenFile& file : OpenFilesOf(process))
-                if (file.path == opened_)
-                    disk_ = file.descriptor;
-        const auto position = disk_ >= 0 ? PositionOf(process, disk_) : std::nullopt;
-        const std::uint64_t block = position.value_or(0) / block_;
-        if (block >= first_ && block > 0 && last_ > first_)
-            Tell(static_cast<double>(block - first_) / static_cast<double>(last_ - first_));
+        const auto moved = BytesMovedBy(process);
+        const double whole = static_cast<double>((last_ - std::min(first_, last_)) * block_) *
+                             static_cast<double>(transfers_);
+        if (!moved || whole == 0)
+            return;
+        isSeen_ = true;
+        const double share = std::min(static_cast<double>(*moved) / whole, 1.0);
+        progress_.share = share;
+        Say(std::fmod(share * static_cast<double>(phases_), 1.0));
     }
 
   private:
@@ -89,6 +92,11 @@ class Badblocks : public Tool {
             ++phase_;
         inPhase_ = share;
         progress_.share = (static_cast<double>(phase_) + share) / static_cast<double>(phases_);
+        Say(share);
+    }
+
+    /// The block that is at that share of a phase.
+    void Say(double share) {
         if (last_ <= first_)
             return;
         const auto size = static_cast<double>(last_ - first_);
@@ -96,9 +104,10 @@ class Badblocks : public Tool {
                          " of " + std::to_string(last_);
     }
 
-    std::string device_, opened_;
+    std::string device_;
+    bool isSeen_ = false;
+    std::uint64_t transfers_ = 1;
     std::uint64_t block_ = usualBlock, first_ = 0, last_ = 0;
-    int disk_ = -1;
     std::uint64_t phases_ = 1, phase_ = 0;
     double inPhase_ = 0;
 };

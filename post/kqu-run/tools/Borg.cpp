@@ -7,6 +7,7 @@
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace kqu::run {
@@ -38,6 +39,15 @@ class Borg : public Tool {
         command_ = operands[0];
         progress_.text = "borg " + command_;
         NamePlaces(operands);
+        if (command_ == "check") {
+            row_.tool = post::FindTool("scanner");
+            if (!arguments.Has("archives-only"))
+                phases_.emplace_back("Checking segments");
+            if (arguments.Has("verify-data"))
+                phases_.emplace_back("Verifying data");
+            if (!arguments.Has("repository-only"))
+                phases_.emplace_back("Analyzing archive");
+        }
         isCountable_ = command_ == "create" && !arguments.Has(leavesOut);
         staysOnVolume_ = arguments.Has("x one-file-system");
         // On a terminal a progress is welcome; anywhere else it would stand among the messages.
@@ -59,8 +69,7 @@ class Borg : public Tool {
         const std::size_t read = line.find(" O ");
         const std::size_t files = line.find(" N ");
         if (read == std::string_view::npos || files == std::string_view::npos) {
-            if (command_ != "create" && LastPercentage(line))
-                progress_.share = LastPercentage(line);
+            ReadOther(line);
             return;
         }
         done_ = Amount(line.substr(0, read)).value_or(0);
@@ -71,8 +80,12 @@ class Borg : public Tool {
         if (isCountable_ && !sources_.empty() && !total_)
             total_.emplace(sources_, staysOnVolume_);
         const auto all = total_ ? total_->Bytes() : std::nullopt;
-        if (all && done_ > 0)
-            progress_.share = Share(done_, static_cast<double>(*all));
+        if (done_ > 0)
+            progress_.done = done_;
+        if (all && *all > 0 && done_ > 0) {
+            progress_.whole = static_cast<double>(*all);
+            progress_.share = Share(done_, *progress_.whole);
+        }
     }
 
   private:
@@ -94,6 +107,28 @@ class Borg : public Tool {
         row_.disk = volume ? volume->disk : "";
     }
 
+    /// "Checking segments 12.5%", "Analyzing archive name (2/3)": a check counts its phases alike.
+    void ReadOther(std::string_view line) {
+        auto share = LastPercentage(line);
+        if (command_ == "create" || (!share && phases_.empty()))
+            return;
+        const auto phase = std::find_if(phases_.begin(), phases_.end(), [&](std::string_view name) {
+            return line.starts_with(name);
+        });
+        if (phase == phases_.end()) {
+            progress_.share = phases_.empty() ? share : progress_.share;
+            return;
+        }
+        std::string_view count = line.substr(std::min(line.rfind('(') + 1, line.size()));
+        const auto number = TakeNumber(count);
+        if (number && TakeMark(count, "/"))
+            share = Share(static_cast<double>(*number) - 1,
+                          static_cast<double>(TakeNumber(count).value_or(0)));
+        progress_.text = *phase;
+        progress_.share = (static_cast<double>(phase - phases_.begin()) + share.value_or(0)) /
+                          static_cast<double>(phases_.size());
+    }
+
     void ReadJson(std::string_view line) {
         const Json status(line);
         done_ = status.Number("original_size").value_or(done_);
@@ -108,6 +143,8 @@ class Borg : public Tool {
     }
 
     std::string command_;
+    /// Those of a check, by the words that each of their lines begins with.
+    std::vector<std::string_view> phases_;
     std::vector<std::string> sources_;
     bool isCountable_ = false, staysOnVolume_ = false;
     double done_ = 0;

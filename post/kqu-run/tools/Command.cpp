@@ -1,7 +1,6 @@
 #include "post/kqu-run/Activity.h"
 #include "post/kqu-run/Arguments.h"
 #include "post/kqu-run/Naming.h"
-#include "post/kqu-run/Rate.h"
 #include "post/kqu-run/TreeSize.h"
 #include "post/kqu-run/Volumes.h"
 #include "post/kqu-run/tools/Destination.h"
@@ -71,10 +70,11 @@ class Command : public Tool {
             LookAtTree(process);
         else
             activity_.Look(process, progress_);
-        if (!progress_.done || !progress_.whole)
+        if (!progress_.done)
             return;
-        progress_.text = Bytes(*progress_.done) + " of " + Bytes(*progress_.whole);
-        progress_.file = LastComponent(progress_.file) + ", " + progress_.text;
+        // The first line holds the name already.
+        progress_.text.clear();
+        progress_.file = LastComponent(progress_.file);
     }
 
   private:

@@ -15,11 +15,6 @@ namespace kqu::run {
 namespace {
 constexpr std::uint64_t usualBlock = 512;
 
-std::string Megabytes(std::uint64_t bytes) {
-    constexpr std::uint64_t megabyte = 1000 * 1000;
-    return std::to_string(bytes / megabyte) + " MB";
-}
-
 std::string FolderOf(const std::string& path) {
     std::error_code failure;
     return std::filesystem::absolute(path, failure).parent_path().string();
@@ -129,8 +124,10 @@ class Dd : public Tool {
     }
 
     void Tell(std::uint64_t done) {
-        progress_.share = Share(static_cast<double>(done), static_cast<double>(total_));
-        progress_.text = Megabytes(done) + (total_ > 0 ? " of " + Megabytes(total_) : "");
+        progress_.done = static_cast<double>(done);
+        if (total_ > 0)
+            progress_.whole = static_cast<double>(total_);
+        progress_.share = Share(*progress_.done, static_cast<double>(total_));
     }
 
     std::map<std::string, std::string> given_;

@@ -31,6 +31,10 @@ class Restic : public Tool {
                                              arguments.Operands().end());
         NamePlaces(arguments, paths);
         progress_.text = "restic " + command_;
+        if (command_ == "check") {
+            row_.tool = post::FindTool("scanner");
+            counted_ = arguments.Has("read-data read-data-subset") ? " packs" : " snapshots";
+        }
         const bool tells = launch.terminal[1] || arguments.Has("json") ||
                            std::getenv("RESTIC_PROGRESS_FPS") != nullptr;
         // Other commands may print a whole file.
@@ -77,6 +81,9 @@ class Restic : public Tool {
     }
 
     void ReadStatus(std::string_view line) {
+        // A check counts several things one after the other; the longest makes the bar.
+        if (line.find(counted_) == std::string_view::npos)
+            return;
         const std::size_t total = line.find(", total ");
         if (const auto share = LastPercentage(line.substr(0, total))) {
             progress_.share = share;
@@ -97,6 +104,7 @@ class Restic : public Tool {
     }
 
     std::string command_;
+    std::string_view counted_;
 };
 } // namespace
 

@@ -56,10 +56,15 @@ class Rsync : public Tool {
                 progress_.file = line;
             return;
         }
-        ReadChecked(line);
+        const bool hasCounts = line.find("to-chk=") != std::string_view::npos;
         const auto percentage = LastPercentage(line);
         if (isOfAll_ && percentage)
             progress_.share = percentage;
+        if (isOfAll_)
+            ReadDone(Words(line).front());
+        ReadChecked(line);
+        if (!isOfAll_ && all_ > 0)
+            progress_.share = (checked_ + (hasCounts ? 0 : percentage.value_or(0))) / all_;
     }
 
   private:
@@ -79,8 +84,24 @@ class Rsync : public Tool {
         isOfAll_ = launch.filters = true;
     }
 
+    /// "8,700,000", with the marks of any language; "8.70M" says too little.
+    void ReadDone(std::string_view word) {
+        std::string digits;
+        for (const char c : word)
+            if (c >= '0' && c <= '9')
+                digits += c;
+            else if (c != ',' && c != '.' && c != '\'')
+                return;
+        std::string_view number = digits;
+        if (const auto done = TakeNumber(number))
+            progress_.done = static_cast<double>(*done);
+    }
+
     /// "(xfr#3, to-chk=28/34)": files that are still to be looked at, of all.
     void ReadChecked(std::string_view line) {
+        std::string_view count = line.substr(std::min(line.find("xfr#"), line.size()));
+        TakeMark(count, "xfr#");
+        const double transferred = static_cast<double>(TakeNumber(count).value_or(0));
         const std::size_t at = line.find("-chk=");
         if (at == std::string_view::npos)
             return;
@@ -91,8 +112,16 @@ class Rsync : public Tool {
         const auto all = TakeNumber(line);
         if (!left || !divided || !all || !TakeMark(line, ")") || *left > *all)
             return;
-        if (!isOfAll_)
-            progress_.share = Share(static_cast<double>(*all - *left), static_cast<double>(*all));
+        const auto checked = static_cast<double>(*all - *left);
+        // The bytes are counted of all files, those that need no transfer included: where most are
+        // left out, only the number of files says how far it is.
+        constexpr double most = 0.5;
+        if (isWhole) {
+            checked_ = checked;
+            all_ = static_cast<double>(*all);
+        }
+        if (isWhole && isOfAll_ && transferred < most * checked)
+            progress_.share = std::max(Share(checked, static_cast<double>(*all)), progress_.share);
         if (isOfAll_)
             progress_.file.clear();
         progress_.text = std::to_string(*all - *left) + " of " + std::to_string(*all) +
@@ -100,6 +129,8 @@ class Rsync : public Tool {
     }
 
     bool isOfAll_ = false;
+    /// Files, as far as their number is known.
+    double checked_ = 0, all_ = 0;
 };
 } // namespace
 

@@ -113,9 +113,9 @@ class Tar : public Tool {
             for (const OpenFile& file : OpenFilesOf(one))
                 if (file.path == archive_)
                     read = std::max(read, PositionOf(one, file.descriptor).value_or(0));
-        if (read == 0)
+        if (read == 0 || size_ == 0)
             return;
-        progress_.share = Share(static_cast<double>(read), static_cast<double>(size_));
+        Report(read, size_);
     }
 
     void LookAtFiles(pid_t process) {
@@ -129,7 +129,13 @@ class Tar : public Tool {
         const auto read = BytesReadBy(process);
         const auto all = total_ ? total_->Bytes() : std::nullopt;
         if (read && all && *all > 0)
-            progress_.share = Share(static_cast<double>(*read), static_cast<double>(*all));
+            Report(std::min(*read, *all), *all);
+    }
+
+    void Report(std::uint64_t done, std::uint64_t whole) {
+        progress_.done = static_cast<double>(done);
+        progress_.whole = static_cast<double>(whole);
+        progress_.share = Share(*progress_.done, *progress_.whole);
     }
 
     std::string archive_, folder_;

@@ -1,5 +1,6 @@
 #include "post/kqu-run/CommandLine.h"
 #include "post/kqu-run/LineReader.h"
+#include "post/kqu-run/Rate.h"
 #include "post/kqu-run/RowText.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Recognise.h"
@@ -59,7 +60,7 @@ void ExpectRead(const std::vector<Case>& cases) {
     for (const Case& one : cases) {
         const Progress progress = Prepared(one.command, true).After(one.printed);
         EXPECT_NEAR(progress.share.value_or(-1), one.share, 0.0001) << one.command;
-        EXPECT_EQ(Shown(progress, Row{}), one.text) << one.command;
+        EXPECT_EQ(Shown(WithNumbers(progress, "", false), Row{}), one.text) << one.command;
     }
 }
 
@@ -68,18 +69,18 @@ TEST(Tools, AreReadByTheirRealOutput) {
     const std::vector<Case> cases{
         {"rsync -a src/ dst/",
          "\r      8,700,000  14%  217.52MB/s    0:00:00 (xfr#29, to-chk=2/34)", 0.14,
-         "32 of 34 files"},
+         "32 of 34 files, 9 MB"},
         {"rsync -a --info=progress2 src/ dst/",
          "\r      8.700.000  14%  217,52MB/s    0:00:00 (xfr#29, ir-chk=2/34)", 0.14,
-         "32 of 34 files so far"},
+         "32 of 34 files so far, 9 MB"},
         {"rsync -av --progress src/ dst/",
          "d1/f10\n\r         32,768  10%    2.23MB/s    0:00:00  "
          "\r        300,000 100%   19.07MB/s    0:00:00 (xfr#2, to-chk=17/34)\n",
          0.5, "d1/f10"},
         {"dd if=/dev/null of=/dev/null bs=1M count=720 status=progress",
-         "\r377487360 bytes (377 MB, 360 MiB) copied, 1 s, 377 MB/s", 0.5, "377 MB of 754 MB"},
+         "\r377487360 bytes (377 MB, 360 MiB) copied, 1 s, 377 MB/s", 0.5, "377 MB of 755 MB"},
         {"dd count=720 bs=1M status=progress",
-         "377487360 Bytes (377 MB, 360 MiB) kopiert, 1,2 s, 3,7 MB/s", 0.5, "377 MB of 754 MB"},
+         "377487360 Bytes (377 MB, 360 MiB) kopiert, 1,2 s, 3,7 MB/s", 0.5, "377 MB of 755 MB"},
         {"badblocks -sv /dev/none 1000",
          "Checking for bad blocks (read-only test):   0.00% done, 0:00 elapsed. (0/0/0 "
          "errors)\b\b\b"
@@ -111,8 +112,22 @@ TEST(Tools, AreReadByTheirRealOutput) {
          "\u00fc\u20ac\U0001F600&\t\uFFFDx\\"},
         {"badblocks -w -t 0 -t 1 -p 2 /dev/none 1000", "50% done", 0.0625, "500 of 1000"},
         {"badblocks -b 0 -s /dev/none 5 9", "50% done", 0.5, ""},
-        {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "0 MB of 0 MB"},
-        {"borg check -p rep", "Checking segments 12.5%\r", 0.125, "borg check"},
+        {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "1 kB of 1 kB"},
+        {"borg check -p rep", "Checking segments 12.5%\r", 0.0625, "Checking segments"},
+        {"borg check -p --repository-only rep", "Checking segments 12.5%\r", 0.125,
+         "Checking segments"},
+        {"borg check -p rep", "Checking segments 99%\rAnalyzing archive a (3/4)\n", 0.75,
+         "Analyzing archive"},
+        {"restic -r rep check",
+         "[0:00] 100.00%  1 / 1 index files loaded\n[0:01] 11.00%  11 / 100 snapshots\n", 0.11,
+         "restic check"},
+        {"rsync -a src/ dst/",
+         "\r      8,700,000   4%  217.52MB/s    0:00:00 (xfr#2, to-chk=17/34)", 0.5,
+         "17 of 34 files, 9 MB"},
+        {"e4defrag /a /b",
+         "ext4 defragmentation for directory(/a)\n[1/1]/a/f:\t100%\next4 defragmentation for "
+         "directory(/b)\n[1/2]/b/f:\t100%\n",
+         0.75, "/b/f"},
     };
     ExpectRead(cases);
     EXPECT_NEAR(*Prepared("e4defrag /none").After("[1/2]/a:b:\t 37%\r").fileShare, 0.37, 0.001);
@@ -229,7 +244,7 @@ TEST_F(ToolsInFolder, SayWhereTheyWrite) {
 TEST_F(ToolsInFolder, AreFollowedInFilesBehindLinks) {
     const int file = open("file", O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(lseek(file, 1000, SEEK_SET), 1000);
-    for (const std::string command : {"badblocks -b 1 ../link", "tar xf ../link"}) {
+    for (const std::string command : {"tar xf ../link"}) {
         const Prepared prepared(command);
         prepared.tool->Look(getpid());
         EXPECT_NEAR(prepared.tool->GetProgress().share.value_or(-1), 0.5, 0.0001) << command;
