@@ -11,7 +11,7 @@ from support import posting
 from support.buses import Bus, Logind
 from support.panel import Panel, Pointer
 from support.processes import Processes, ProcessFacts
-from support.waiting import wait_until
+from support.waiting import DEADLINE, wait_until
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 WINDOW_MANAGERS = {
@@ -172,7 +172,7 @@ class Desktop:
         wait_until(f"the messenger to listen on the {bus.kind} bus",
                    lambda: bus.hears(self.messenger.pid, posting.INTERFACE) or self._ended_early())
 
-    def wait_exit(self, timeout=20.0):
+    def wait_exit(self, timeout=DEADLINE):
         """The messenger's exit status."""
         wait_until("the messenger to end", lambda: self.messenger.poll() is not None, timeout)
         return self.messenger.returncode

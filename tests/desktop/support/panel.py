@@ -5,7 +5,7 @@ import re
 import subprocess
 
 from screenshot import Screenshot
-from support.waiting import wait_for_value, wait_until
+from support.waiting import DEADLINE, wait_for_value, wait_until
 
 CLASS = '("kqu-messenger" "KQU_Messenger")'
 ROW = 73
@@ -65,16 +65,16 @@ class Panel:
         """What a user sees: mapped, and not transparent."""
         return self.is_mapped() and self.opacity() != 0.0
 
-    def wait_visible(self, timeout=20.0):
+    def wait_visible(self, timeout=DEADLINE):
         wait_until("the panel to be visible", self.is_visible, timeout)
 
-    def wait_hidden(self, timeout=20.0):
+    def wait_hidden(self, timeout=DEADLINE):
         wait_until("the panel to be hidden", lambda: self.find() and not self.is_visible(), timeout)
 
-    def wait_title(self, title, timeout=20.0):
+    def wait_title(self, title, timeout=DEADLINE):
         wait_for_value("the panel's title", self.title, title, timeout)
 
-    def wait_height(self, height, timeout=20.0):
+    def wait_height(self, height, timeout=DEADLINE):
         """For a number of rows: wait_height(2 * ROW)."""
         wait_for_value("the panel's height", lambda: getattr(self.geometry(), "height", None),
                        height, timeout)
@@ -84,7 +84,7 @@ class Panel:
         at = self.geometry()
         return Screenshot.take(env=self._env).crop(at.x, at.y, at.width, at.height)
 
-    def wait_pixels(self, what, test, timeout=20.0):
+    def wait_pixels(self, what, test, timeout=DEADLINE):
         """Waits until `test`, given a screenshot of the content, answers with something true."""
         return wait_until(what, lambda: test(self.screenshot()), timeout)
 

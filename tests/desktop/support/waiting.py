@@ -2,7 +2,7 @@
 
 import time
 
-DEADLINE = 20.0
+DEADLINE = 60.0
 INTERVAL = 0.02
 
 
