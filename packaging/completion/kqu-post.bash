@@ -20,7 +20,7 @@ _kqu_post() {
         *)
             if [[ $word == -* ]]; then
                 mapfile -t COMPREPLY < <(compgen -W '--tool --name --system --no-start --start-only
-                    --any-key --help --version' -- "$word")
+                    --any-key --any-value --help --version' -- "$word")
                 return
             fi
             for ((i = 1; i < COMP_CWORD; i++)); do

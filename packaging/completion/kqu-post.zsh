@@ -23,8 +23,9 @@ _arguments -s \
     '--name=[the name of the task, with KQS_disk in it]:name:(KQS_disk.)' \
     '--system[post on the system bus]' \
     "--no-start[don't start the messenger]" \
-    '(* --tool --name --no-start --any-key)--start-only[start the messenger and post nothing]' \
+    '(* --tool --name --no-start --any-key --any-value)--start-only[start the messenger and post nothing]' \
     "--any-key[let keys through that the tool doesn't have]" \
+    "--any-value[let values through that are no numbers]" \
     '(- *)'{-h,--help}'[show a summary and the keys of each tool]' \
     '(- *)--version[show the version]' \
     '*:value:_kqu_post_value'

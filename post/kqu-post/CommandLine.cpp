@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <string_view>
 
 namespace kqu::post {
@@ -33,17 +35,18 @@ std::string ToolNames() {
     return Listed(names);
 }
 
-enum Option { AnyKey = 256, Named, NoStart, Of, OnSystemBus, StartOnly, Version };
+enum Option { AnyKey = 256, AnyValue, Named, NoStart, Of, OnSystemBus, StartOnly, Version };
 
-constexpr std::array<option, 9> options{{{"any-key", no_argument, nullptr, AnyKey},
-                                         {"help", no_argument, nullptr, 'h'},
-                                         {"name", required_argument, nullptr, Named},
-                                         {"no-start", no_argument, nullptr, NoStart},
-                                         {"start-only", no_argument, nullptr, StartOnly},
-                                         {"system", no_argument, nullptr, OnSystemBus},
-                                         {"tool", required_argument, nullptr, Of},
-                                         {"version", no_argument, nullptr, Version},
-                                         {}}};
+constexpr std::array<option, 10> options{{{"any-key", no_argument, nullptr, AnyKey},
+                                          {"any-value", no_argument, nullptr, AnyValue},
+                                          {"help", no_argument, nullptr, 'h'},
+                                          {"name", required_argument, nullptr, Named},
+                                          {"no-start", no_argument, nullptr, NoStart},
+                                          {"start-only", no_argument, nullptr, StartOnly},
+                                          {"system", no_argument, nullptr, OnSystemBus},
+                                          {"tool", required_argument, nullptr, Of},
+                                          {"version", no_argument, nullptr, Version},
+                                          {}}};
 
 const Tool* ToolOf(const std::string& name) {
     const Tool* tool = FindTool(name);
@@ -56,6 +59,9 @@ void Take(Request& request, int option, const char* value) {
     switch (option) {
     case AnyKey:
         request.anyKey = true;
+        break;
+    case AnyValue:
+        request.anyValue = true;
         break;
     case Named:
         request.notification.name = value;
@@ -84,16 +90,45 @@ std::pair<std::string, std::string> ValueIn(const std::string& argument) {
     return {argument.substr(0, equals), argument.substr(equals + 1)};
 }
 
+/// The keys whose values are numbers, and the largest that makes sense.
+constexpr std::array<std::pair<std::string_view, double>, 5> numbers{{{"PID", 4194304},
+                                                                      {"Progress", 1000},
+                                                                      {"Type", 1000},
+                                                                      {"FileProgress", 100},
+                                                                      {"NumFilesExamined", 1e15}}};
+
+/// Refuses what is no decimal number, and warns of one that is too large.
+void CheckNumber(const std::string& key, const std::string& value) {
+    const auto* const known = std::find_if(numbers.begin(), numbers.end(),
+                                           [&](const auto& number) { return number.first == key; });
+    if (known == numbers.end())
+        return;
+    double number = 0;
+    const char* const end = value.data() + value.size();
+    const auto read = std::from_chars(value.data(), end, number, std::chars_format::fixed);
+    if (read.ec != std::errc() || read.ptr != end || !std::isfinite(number))
+        throw UsageError("the value of " + key + " is no decimal number: " + value);
+    if (number > known->second)
+        Complain("kqu-post",
+                 ("warning: " + key + " is more than " +
+                  std::to_string(std::llround(known->second)) + ": " + value)
+                     .c_str(),
+                 0);
+}
+
 void CheckWhole(const Request& request) {
     const auto& [tool, name, values] = request.notification;
     if (tool == nullptr)
         throw UsageError("no --tool was given (there are " + ToolNames() + ")");
     if (Lowered(name).find(nameMark) == std::string::npos)
         throw UsageError("the --name must contain KQS_disk");
-    for (const auto& [key, value] : values)
+    for (const auto& [key, value] : values) {
+        if (!request.anyValue)
+            CheckNumber(key, value);
         if (!request.anyKey && !HasKey(*tool, key))
             throw UsageError("the " + std::string(tool->name) + " has no key " + key + " (it has " +
                              Listed(tool->keys) + ")");
+    }
 }
 } // namespace
 
@@ -116,7 +151,8 @@ Request ParseCommandLine(std::span<char*> arguments) {
 
 std::string HelpText() {
     std::string text =
-        "Usage: kqu-post --tool TOOL --name NAME [--system] [--no-start] [--any-key] KEY=VALUE...\n"
+        "Usage: kqu-post --tool TOOL --name NAME [--system] [--no-start] [--any-key] "
+        "[--any-value]\n                KEY=VALUE...\n"
         "       kqu-post --start-only [--system]\n"
         "Posts one status notification for the panel of the KQU Messenger, which is started\n"
         "first if it doesn't run.\n\n"
@@ -129,6 +165,7 @@ std::string HelpText() {
         "  --no-start   post whether or not the messenger runs\n"
         "  --start-only start the messenger and post nothing\n"
         "  --any-key    let keys through that the tool doesn't have\n"
+        "  --any-value  let values through that are no numbers, and warn of none\n"
         "  --help       show this text\n"
         "  --version    show the version\n\n"
         "Keys of the tools, exact in case; all values are text:\n";

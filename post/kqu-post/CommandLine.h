@@ -17,6 +17,8 @@ struct Request {
     bool starts = true;
     /// Whether keys pass that the tool doesn't have.
     bool anyKey = false;
+    /// Whether values pass that are no numbers where numbers belong.
+    bool anyValue = false;
     Notification notification;
 };
 

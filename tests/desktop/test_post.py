@@ -82,7 +82,7 @@ class PostTest(unittest.TestCase):
         for tool, keys in KEYS.items():
             values = {key: f"{number} ä=b\n" for number, key in enumerate(keys.split())}
             values["PID"] = ""
-            self.post("--tool", tool, f"--name=my kqs_DISK/{tool}",
+            self.post("--any-value", "--tool", tool, f"--name=my kqs_DISK/{tool}",
                       *(f"{key}={value}" for key, value in values.items()))
             # Status 0 says that the bus has it: there is nothing to wait for.
             self.assertEqual(len(listener.has_come()), 1, tool)
@@ -114,6 +114,9 @@ class PostTest(unittest.TestCase):
                 ((*good, "=1"), "KEY=VALUE"),
                 ((*good, "FileName=x"), "PID, Extra, BSD, Progress, VolName, Item, ScanType"),
                 ((*good, "pid=1"), "PID, "),
+                ((*good, "Progress=25%"), "25%"),
+                ((*good, "PID=inf"), "PID"),
+                ((*good, "PID="), "PID"),
                 ((*good, "Item=a\udcff"), "UTF-8"),
                 ((*good, "Item=\udced\udca0\udc80"), "UTF-8"),
                 (("--tool", "scanner", "--name", "KQS_disk\udcc3"), "UTF-8"),
@@ -129,6 +132,12 @@ class PostTest(unittest.TestCase):
         with open("/dev/full", "wb") as full:
             done = subprocess.run([COMMAND, "--help"], stdout=full, stderr=subprocess.PIPE, timeout=30, check=False)
         self.assertEqual((done.returncode, done.stderr), (1, b"kqu-post: No space left on device\n"))
+
+    def test_a_number_that_is_too_large_is_warned_of_and_posted(self):
+        listener = self.listen("session")
+        done = self.run_post("--tool", "scanner", "--name", "KQS_disk", "Progress=1001")
+        self.assertEqual((done.returncode, done.stderr), (0, b"kqu-post: warning: Progress is more than 1000: 1001\n"))
+        self.assertEqual(len(listener.has_come()), 1)
 
     def test_keys_of_others_pass_when_asked_for(self):
         listener = self.listen("session")
@@ -146,7 +155,7 @@ class PostTest(unittest.TestCase):
     def test_help_and_manuals_know_every_option_and_key(self):
         both = "--tool --name --system --no-start --help --version "
         for command, words in (
-                ("kqu-post", "--start-only --any-key " + " ".join((*KEYS, *KEYS.values()))),
+                ("kqu-post", "--start-only --any-key --any-value " + " ".join((*KEYS, *KEYS.values()))),
                 ("kqu-run", "--after --volume --destination --verbose rsync restic 125")):
             told = lambda option: subprocess.run([COMMAND.with_name(command), option], timeout=30,
                                                  check=True, capture_output=True, text=True).stdout

@@ -65,71 +65,70 @@ void ExpectRead(const std::vector<Case>& cases) {
 }
 
 /// What the tools print, as it was recorded.
+const std::vector<Case> recorded{
+    {"rsync -a src/ dst/", "\r      8,700,000  14%  217.52MB/s    0:00:00 (xfr#29, to-chk=2/34)",
+     0.14, "32 of 34 files, 9 MB"},
+    {"rsync -a --info=progress2 src/ dst/",
+     "\r      8.700.000  14%  217,52MB/s    0:00:00 (xfr#29, ir-chk=2/34)", 0.14,
+     "32 of 34 files so far, 9 MB"},
+    {"rsync -av --progress src/ dst/",
+     "d1/f10\n\r         32,768  10%    2.23MB/s    0:00:00  "
+     "\r        300,000 100%   19.07MB/s    0:00:00 (xfr#2, to-chk=17/34)\n",
+     0.5, "d1/f10"},
+    {"dd if=/dev/null of=/dev/null bs=1M count=720 status=progress",
+     "\r377487360 bytes (377 MB, 360 MiB) copied, 1 s, 377 MB/s", 0.5, "377 MB of 755 MB"},
+    {"dd count=720 bs=1M status=progress",
+     "377487360 Bytes (377 MB, 360 MiB) kopiert, 1,2 s, 3,7 MB/s", 0.5, "377 MB of 755 MB"},
+    {"badblocks -sv /dev/none 1000",
+     "Checking for bad blocks (read-only test):   0.00% done, 0:00 elapsed. (0/0/0 "
+     "errors)\b\b\b"
+     " 12.50% done, 0:05 elapsed. (0/0/0 errors)\b\b\b",
+     0.125, "125 of 1000"},
+    {"badblocks -sw /dev/none 1000",
+     "Testing with pattern 0xaa: 100.00% done, 0:05 elapsed. (0/0/0 errors)\b\bdone   \n"
+     "Reading and comparing:   0.00% done, 0:05 elapsed. (0/0/0 errors)\b\b"
+     " 50,00% done, 0:05 elapsed. (0/0/0 errors)\b\b",
+     0.1875, "500 of 1000"},
+    {"e2fsck -f /dev/none", "1 25 25 Data\n2 0 17 Data\n2 17 34 Data\n", 0.8,
+     "Pass 2 of 5: directory structure"},
+    {"e2fsck -C0 /dev/none", "Data: |==                    |  2.8%   \r", 0.028, ""},
+    {"e4defrag /none",
+     "\x1b[79;0H\x1b[K[35/70]/mnt/src/d2/big:\t  0%\x1b[79;0H\x1b[K[35/70]/mnt/src/d2/big:\t "
+     "16%",
+     0.5, "/mnt/src/d2/big"},
+    {"restic -r rep backup src",
+     "\r\x1b[2K[0:01] 34.50%  30 files 19.413 MiB, total 31 files 56.267 MiB, 0 errors ETA 0:02"
+     "\r\n\r\x1b[2K/src/d2/big\r\x1b[1A",
+     0.345, "/src/d2/big"},
+    {"restic -r rep backup src", "[0:00] 30 files 28 MiB, total 31 files 56.000 MiB, 0 errors\n",
+     0.5, "restic backup"},
+    {"restic -r rep backup --json src",
+     R"({"message_type":"status","percent_done":0.25,"total_files":31,"current_files":["/src/\"f1"]})",
+     0.25, "/src/\"f1"},
+    {"restic -r rep backup --json src",
+     R"({"percent_done":1,"current_files":["\u00fc\u20ac\ud83d\ude00\u0026\t\ud83dx\\"]})", 1,
+     "\u00fc\u20ac\U0001F600&\t\uFFFDx\\"},
+    {"badblocks -w -t 0 -t 1 -p 2 /dev/none 1000", "50% done", 0.0625, "500 of 1000"},
+    {"badblocks -b 0 -s /dev/none 5 9", "50% done", 0.5, ""},
+    {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "1 kB of 1 kB"},
+    {"borg check -p rep", "Checking segments 12.5%\r", 0.0625, "Checking segments"},
+    {"borg check -p --repository-only rep", "Checking segments 12.5%\r", 0.125,
+     "Checking segments"},
+    {"borg check -p rep", "Checking segments 99%\rAnalyzing archive a (3/4)\n", 0.75,
+     "Analyzing archive"},
+    {"restic -r rep check",
+     "[0:00] 100.00%  1 / 1 index files loaded\n[0:01] 11.00%  11 / 100 snapshots\n", 0.11,
+     "restic check"},
+    {"rsync -a src/ dst/", "\r      8,700,000   4%  217.52MB/s    0:00:00 (xfr#2, to-chk=17/34)",
+     0.5, "17 of 34 files, 9 MB"},
+    {"e4defrag /a /b",
+     "ext4 defragmentation for directory(/a)\n[1/1]/a/f:\t100%\next4 defragmentation for "
+     "directory(/b)\n[1/2]/b/f:\t100%\n",
+     0.75, "/b/f"},
+};
+
 TEST(Tools, AreReadByTheirRealOutput) {
-    const std::vector<Case> cases{
-        {"rsync -a src/ dst/",
-         "\r      8,700,000  14%  217.52MB/s    0:00:00 (xfr#29, to-chk=2/34)", 0.14,
-         "32 of 34 files, 9 MB"},
-        {"rsync -a --info=progress2 src/ dst/",
-         "\r      8.700.000  14%  217,52MB/s    0:00:00 (xfr#29, ir-chk=2/34)", 0.14,
-         "32 of 34 files so far, 9 MB"},
-        {"rsync -av --progress src/ dst/",
-         "d1/f10\n\r         32,768  10%    2.23MB/s    0:00:00  "
-         "\r        300,000 100%   19.07MB/s    0:00:00 (xfr#2, to-chk=17/34)\n",
-         0.5, "d1/f10"},
-        {"dd if=/dev/null of=/dev/null bs=1M count=720 status=progress",
-         "\r377487360 bytes (377 MB, 360 MiB) copied, 1 s, 377 MB/s", 0.5, "377 MB of 755 MB"},
-        {"dd count=720 bs=1M status=progress",
-         "377487360 Bytes (377 MB, 360 MiB) kopiert, 1,2 s, 3,7 MB/s", 0.5, "377 MB of 755 MB"},
-        {"badblocks -sv /dev/none 1000",
-         "Checking for bad blocks (read-only test):   0.00% done, 0:00 elapsed. (0/0/0 "
-         "errors)\b\b\b"
-         " 12.50% done, 0:05 elapsed. (0/0/0 errors)\b\b\b",
-         0.125, "125 of 1000"},
-        {"badblocks -sw /dev/none 1000",
-         "Testing with pattern 0xaa: 100.00% done, 0:05 elapsed. (0/0/0 errors)\b\bdone   \n"
-         "Reading and comparing:   0.00% done, 0:05 elapsed. (0/0/0 errors)\b\b"
-         " 50,00% done, 0:05 elapsed. (0/0/0 errors)\b\b",
-         0.1875, "500 of 1000"},
-        {"e2fsck -f /dev/none", "1 25 25 Data\n2 0 17 Data\n2 17 34 Data\n", 0.8,
-         "Pass 2 of 5: directory structure"},
-        {"e2fsck -C0 /dev/none", "Data: |==                    |  2.8%   \r", 0.028, ""},
-        {"e4defrag /none",
-         "\x1b[79;0H\x1b[K[35/70]/mnt/src/d2/big:\t  0%\x1b[79;0H\x1b[K[35/70]/mnt/src/d2/big:\t "
-         "16%",
-         0.5, "/mnt/src/d2/big"},
-        {"restic -r rep backup src",
-         "\r\x1b[2K[0:01] 34.50%  30 files 19.413 MiB, total 31 files 56.267 MiB, 0 errors ETA 0:02"
-         "\r\n\r\x1b[2K/src/d2/big\r\x1b[1A",
-         0.345, "/src/d2/big"},
-        {"restic -r rep backup src",
-         "[0:00] 30 files 28 MiB, total 31 files 56.000 MiB, 0 errors\n", 0.5, "restic backup"},
-        {"restic -r rep backup --json src",
-         R"({"message_type":"status","percent_done":0.25,"total_files":31,"current_files":["/src/\"f1"]})",
-         0.25, "/src/\"f1"},
-        {"restic -r rep backup --json src",
-         R"({"percent_done":1,"current_files":["\u00fc\u20ac\ud83d\ude00\u0026\t\ud83dx\\"]})", 1,
-         "\u00fc\u20ac\U0001F600&\t\uFFFDx\\"},
-        {"badblocks -w -t 0 -t 1 -p 2 /dev/none 1000", "50% done", 0.0625, "500 of 1000"},
-        {"badblocks -b 0 -s /dev/none 5 9", "50% done", 0.5, ""},
-        {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "1 kB of 1 kB"},
-        {"borg check -p rep", "Checking segments 12.5%\r", 0.0625, "Checking segments"},
-        {"borg check -p --repository-only rep", "Checking segments 12.5%\r", 0.125,
-         "Checking segments"},
-        {"borg check -p rep", "Checking segments 99%\rAnalyzing archive a (3/4)\n", 0.75,
-         "Analyzing archive"},
-        {"restic -r rep check",
-         "[0:00] 100.00%  1 / 1 index files loaded\n[0:01] 11.00%  11 / 100 snapshots\n", 0.11,
-         "restic check"},
-        {"rsync -a src/ dst/",
-         "\r      8,700,000   4%  217.52MB/s    0:00:00 (xfr#2, to-chk=17/34)", 0.5,
-         "17 of 34 files, 9 MB"},
-        {"e4defrag /a /b",
-         "ext4 defragmentation for directory(/a)\n[1/1]/a/f:\t100%\next4 defragmentation for "
-         "directory(/b)\n[1/2]/b/f:\t100%\n",
-         0.75, "/b/f"},
-    };
-    ExpectRead(cases);
+    ExpectRead(recorded);
     EXPECT_NEAR(*Prepared("e4defrag /none").After("[1/2]/a:b:\t 37%\r").fileShare, 0.37, 0.001);
 }
 
