@@ -7,6 +7,8 @@ _arguments -s -S \
     '--destination=[where a backup goes]:destination:_files' \
     '--name=[the name of the task]:name:' \
     '--system[post on the system bus]' \
+    '--notify=-[show a notification at the end]::when:(failure)' \
+    '--percent=-[show the last percentage that is printed]::stream:(stderr)' \
     '--show-files[post names of files on the system bus too]' \
     "--no-start[don't start the messenger]" \
     "--verbose[tell why the row can't be shown]" \

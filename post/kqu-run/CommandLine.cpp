@@ -11,18 +11,22 @@ enum Option {
     Kind,
     Named,
     NoStart,
+    Notify,
     OnSystemBus,
+    Percent,
     ShowFiles,
     Verbose,
     Version,
     Volume
 };
 
-constexpr std::array<option, 12> options{{{"after", required_argument, nullptr, After},
+constexpr std::array<option, 14> options{{{"after", required_argument, nullptr, After},
                                           {"destination", required_argument, nullptr, Destination},
                                           {"help", no_argument, nullptr, 'h'},
                                           {"name", required_argument, nullptr, Named},
                                           {"no-start", no_argument, nullptr, NoStart},
+                                          {"notify", optional_argument, nullptr, Notify},
+                                          {"percent", optional_argument, nullptr, Percent},
                                           {"show-files", no_argument, nullptr, ShowFiles},
                                           {"system", no_argument, nullptr, OnSystemBus},
                                           {"tool", required_argument, nullptr, Kind},
@@ -35,6 +39,18 @@ std::string WishOf(const std::string& value) {
     if (value != "sleep" && value != "shutdown")
         throw UsageError("--after is sleep or shutdown, not " + value);
     return value;
+}
+
+Request::Notifies WhenOf(const char* value) {
+    if (value != nullptr && std::string(value) != "failure")
+        throw UsageError(std::string("--notify is for any end or =failure, not ") + value);
+    return value == nullptr ? Request::Notifies::Always : Request::Notifies::Failure;
+}
+
+int StreamOf(const char* value) {
+    if (value != nullptr && std::string(value) != "stderr")
+        throw UsageError(std::string("--percent reads the output or =stderr, not ") + value);
+    return value == nullptr ? 1 : 2;
 }
 
 const post::Tool* ToolOf(const std::string& value) {
@@ -60,6 +76,12 @@ void Take(Request& request, int option, const char* value) {
         break;
     case NoStart:
         request.startsMessenger = false;
+        break;
+    case Notify:
+        request.notifies = WhenOf(value);
+        break;
+    case Percent:
+        request.percentStream = StreamOf(value);
         break;
     case OnSystemBus:
         request.onSystemBus = true;
@@ -96,6 +118,8 @@ Runs a command and shows it in the panel of the KQU Messenger while it runs.
 
   --after WISH        what the machine shall do afterwards: sleep or shutdown (a badge)
   --tool TOOL         the row's kind: scanner, backup or defragmenter
+  --percent[=stderr]  show the last "NN%" that the command prints
+  --notify[=failure]  show a desktop notification when the command has ended (badly)
   --volume NAME       the volume's name, instead of the one that was found
   --destination NAME  the destination's name, instead of the one that was found
   --name NAME         the task's name on the bus
@@ -106,8 +130,8 @@ Runs a command and shows it in the panel of the KQU Messenger while it runs.
   --help              show this text
   --version           show the version
 
-rsync, dd, badblocks, e2fsck, e4defrag, restic, borg and tar have a progress bar; any other
-command has a row without one. The row goes when the command has ended.
+rsync, dd, badblocks, e2fsck, e4defrag, restic, borg and tar are read in their own words; any other
+command has a bar by what the kernel reports of its files. The row goes when the command has ended.
 Exit status: the command's own; 125 wrong usage, 126 it can't be run, 127 it isn't there.
 )";
 }

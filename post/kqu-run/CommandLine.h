@@ -26,6 +26,11 @@ struct Request {
     bool startsMessenger = true;
     /// Whether names of files may be posted where every user can read them.
     bool showsFiles = false;
+    /// When a desktop notification is shown at the end.
+    enum class Notifies { Never, Always, Failure };
+    Notifies notifies = Notifies::Never;
+    /// The stream whose last percentage is shown, or 0.
+    int percentStream = 0;
     bool isVerbose = false;
     std::vector<std::string> command;
 };

@@ -3,6 +3,7 @@
 #include "post/kqu-run/Processes.h"
 #include "post/kqu-run/RowText.h"
 #include "post/kqu-run/tools/Recognise.h"
+#include "post/posting/DesktopNotification.h"
 
 #include <algorithm>
 #include <array>
@@ -72,6 +73,7 @@ Ending Run::Execute() {
         poster_->Finish(lastPatience);
     });
     Reap(child_);
+    Notify();
     if (relay_ && relay_->Failure() != 0) {
         post::Complain("kqu-run", std::strerror(relay_->Failure()), 0);
         if (ending_->signal == 0 && ending_->status == 0)
@@ -80,10 +82,26 @@ Ending Run::Execute() {
     return *ending_;
 }
 
+/// A job that failed leaves no row behind.
+void Run::Notify() const {
+    const bool isBad = ending_->status != 0 || ending_->signal != 0;
+    if (request_.notifies == Request::Notifies::Never ||
+        (request_.notifies == Request::Notifies::Failure && !isBad))
+        return;
+    std::string how = "has ended";
+    if (ending_->signal != 0)
+        how = "was ended by signal " + std::to_string(ending_->signal);
+    else if (isBad)
+        how = "has ended with status " + std::to_string(ending_->status);
+    const std::string title = ToolName(launch_);
+    post::ShowNotification(CleanText(title), CleanText(row_.volume.full + " " + how), isBad);
+}
+
 void Run::Start() {
     launch_.arguments = request_.command;
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         launch_.terminal[static_cast<std::size_t>(stream)] = isatty(stream) != 0;
+    launch_.percentStream = request_.percentStream;
     tool_ = Recognise(launch_);
     tool_->Prepare(launch_);
     row_ = tool_->GetRow();

@@ -31,6 +31,7 @@ class Run {
   private:
     using Clock = std::chrono::steady_clock;
 
+    void Notify() const;
     void Start();
     Stream OpenStream();
     void Pump();

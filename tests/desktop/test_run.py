@@ -185,6 +185,20 @@ class RunTest(RunCase):
                 self.assertIn(f" of {whole / 1e9:.0f} GB" if whole >= 1e9 else " of 600 MB",
                               last[2].get("Item", last[2].get("status")))
 
+    def test_the_last_percentage_is_shown_and_a_failure_is_notified(self):
+        posts = self.listen()
+        self.listen("session")
+        log = self.processes.start(["/usr/bin/python3", "-u", "-m", "dbusmock", "--session", "--template",
+                                    "notification_daemon"], self.env).log
+        bus = dbus.bus.BusConnection(self.env["DBUS_SESSION_BUS_ADDRESS"])
+        wait_until("the notification daemon", lambda: bus.name_has_owner("org.freedesktop.Notifications"))
+        for status in (0, 3):
+            done = self.run_shown("--percent", "--notify=failure", "sh", "-c", f"echo 10%; echo 50% done; exit {status}")
+            self.assertEqual((done.returncode, done.stdout), (status, b"10%\n50% done\n"))
+            self.assertEqual(posts.values("Progress")[-1], "500.00" if status else "1000.00")
+        wait_until("the notification", lambda: re.search("Notify .*status 3", log.read_text()))
+        self.assertEqual(log.read_text().count("Notify "), 1)
+
     def test_no_name_of_a_file_is_posted_where_all_users_can_read_it(self):
         posts = self.listen("system")
         self.run_direct("borg", "init", "-e", "none", "borg")

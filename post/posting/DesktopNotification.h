@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace kqu::post {
+
+/// Shows one notification on the desktop of the user, by the Desktop Notifications Specification
+/// (org.freedesktop.Notifications on the session bus). Where nobody shows them, nothing happens.
+/// Takes two seconds at most. `isUrgent`: it stays until the user has seen it.
+void ShowNotification(const std::string& title, const std::string& text, bool isUrgent);
+
+} // namespace kqu::post
