@@ -73,7 +73,10 @@ TEST(RowText, ANotificationHoldsWhatABusTakesAndAToolHas) {
     EXPECT_EQ(TaskName("mine\n"), "KQS_disk.mine ");
 
     Row row{nullptr, OpenName("Data"), {"/x", ""}, "sda1", true, true, true, 4000};
-    Progress progress{.share = 0.25, .text = "text", .fileShare = 0.376};
+    Progress progress;
+    progress.share = 0.25;
+    progress.text = "text";
+    progress.fileShare = 0.376;
     for (const post::Tool& tool : post::Tools()) {
         row.tool = &tool;
         const auto made = MakeNotification("KQS_disk", row, progress, 42, "sleep");
