@@ -29,7 +29,7 @@ _kqu_run() {
         esac
     elif [[ $word == -* && $first -eq $COMP_CWORD && ${COMP_WORDS[first - 1]} != -- ]]; then
         mapfile -t COMPREPLY < <(compgen -W '--after --tool --volume --destination --name --system
-            --notify --percent --show-files --no-start --verbose --help --version --' -- "$word")
+            --notify --percent --pid --show-files --no-start --verbose --help --version --' -- "$word")
     elif declare -F _command_offset >/dev/null; then
         _command_offset "$first"
     elif ((first == COMP_CWORD)); then

@@ -8,6 +8,7 @@ _arguments -s -S \
     '--name=[the name of the task]:name:' \
     '--system[post on the system bus]' \
     '--notify=-[show a notification at the end]::when:(failure)' \
+    '--pid=[show a command that runs already]:process:_pids' \
     '--percent=-[show the last percentage that is printed]::stream:(stderr)' \
     '--show-files[post names of files on the system bus too]' \
     "--no-start[don't start the messenger]" \

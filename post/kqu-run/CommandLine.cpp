@@ -1,6 +1,7 @@
 #include "post/kqu-run/CommandLine.h"
 
 #include <array>
+#include <charconv>
 
 namespace kqu::run {
 
@@ -14,18 +15,20 @@ enum Option {
     Notify,
     OnSystemBus,
     Percent,
+    Pid,
     ShowFiles,
     Verbose,
     Version,
     Volume
 };
 
-constexpr std::array<option, 14> options{{{"after", required_argument, nullptr, After},
+constexpr std::array<option, 15> options{{{"after", required_argument, nullptr, After},
                                           {"destination", required_argument, nullptr, Destination},
                                           {"help", no_argument, nullptr, 'h'},
                                           {"name", required_argument, nullptr, Named},
                                           {"no-start", no_argument, nullptr, NoStart},
                                           {"notify", optional_argument, nullptr, Notify},
+                                          {"pid", required_argument, nullptr, Pid},
                                           {"percent", optional_argument, nullptr, Percent},
                                           {"show-files", no_argument, nullptr, ShowFiles},
                                           {"system", no_argument, nullptr, OnSystemBus},
@@ -45,6 +48,14 @@ Request::Notifies WhenOf(const char* value) {
     if (value != nullptr && std::string(value) != "failure")
         throw UsageError(std::string("--notify is for any end or =failure, not ") + value);
     return value == nullptr ? Request::Notifies::Always : Request::Notifies::Failure;
+}
+
+pid_t ProcessOf(const std::string& value) {
+    pid_t process = 0;
+    const auto read = std::from_chars(value.data(), value.data() + value.size(), process);
+    if (read.ec != std::errc() || read.ptr != value.data() + value.size() || process <= 0)
+        throw UsageError("--pid is the number of a process, not " + value);
+    return process;
 }
 
 int StreamOf(const char* value) {
@@ -83,6 +94,9 @@ void Take(Request& request, int option, const char* value) {
     case Percent:
         request.percentStream = StreamOf(value);
         break;
+    case Pid:
+        request.process = ProcessOf(value);
+        break;
     case OnSystemBus:
         request.onSystemBus = true;
         break;
@@ -107,7 +121,9 @@ Request ParseCommandLine(std::span<char*> arguments) {
         post::ReadOptions(arguments, "+", options.data(),
                           [&](int option, const char* value) { Take(request, option, value); });
     request.command.assign(command.begin(), command.end());
-    if (request.action == Request::Action::Run && request.command.empty())
+    if (request.process != 0 && !request.command.empty())
+        throw UsageError("with --pid no command is run");
+    if (request.action == Request::Action::Run && request.command.empty() && request.process == 0)
         throw UsageError("no command was given; see kqu-run --help");
     return request;
 }
@@ -118,6 +134,7 @@ Runs a command and shows it in the panel of the KQU Messenger while it runs.
 
   --after WISH        what the machine shall do afterwards: sleep or shutdown (a badge)
   --tool TOOL         the row's kind: scanner, backup or defragmenter
+  --pid NUMBER        show a command that runs already, instead of running one
   --percent[=stderr]  show the last "NN%" that the command prints
   --notify[=failure]  show a desktop notification when the command has ended (badly)
   --volume NAME       the volume's name, instead of the one that was found

@@ -31,6 +31,8 @@ struct Request {
     Notifies notifies = Notifies::Never;
     /// The stream whose last percentage is shown, or 0.
     int percentStream = 0;
+    /// A command that runs already, or 0.
+    pid_t process = 0;
     bool isVerbose = false;
     std::vector<std::string> command;
 };

@@ -97,13 +97,41 @@ void Run::Notify() const {
     post::ShowNotification(CleanText(title), CleanText(row_.volume.full + " " + how), isBad);
 }
 
-void Run::Start() {
-    launch_.arguments = request_.command;
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        launch_.terminal[static_cast<std::size_t>(stream)] = isatty(stream) != 0;
-    launch_.percentStream = request_.percentStream;
+Ending Run::Follow(pid_t process) {
+    const Descriptor job(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+    launch_.arguments = ArgumentsOf(process);
+    if (!job || launch_.arguments.empty())
+        throw StartError("there is no command with the number " + std::to_string(process), 1);
+    process_ = child_ = process;
+    // What the job calls its operands begins there; without the right to it they stay unknown.
+    static_cast<void>(chdir(WorkingFolderOf(process).c_str()));
     tool_ = Recognise(launch_);
     tool_->Prepare(launch_);
+    // Nothing of what it prints can be read, nor can it be asked.
+    if (launch_.stream != 0 || launch_.channel >= 0) {
+        tool_ = MakeCommand(launch_.tool);
+        tool_->Prepare(launch_);
+    }
+    NameRow();
+    BeginPosting();
+    std::array<pollfd, 2> polled{{{job.Number(), POLLIN, 0}, {signals_.Number(), POLLIN, 0}}};
+    while (poll(polled.data(), polled.size(), static_cast<int>(betweenLooks.count())) <= 0 ||
+           polled[0].revents == 0) {
+        signalfd_siginfo signal{};
+        while (signals_.Next(signal))
+            if (EndsUs(signal.ssi_signo))
+                return {0, static_cast<int>(signal.ssi_signo)};
+            else if (signal.ssi_signo == SIGTSTP)
+                ActOn(SIGTSTP);
+        Show([this] {
+            tool_->Look(process_);
+            PostIfDue(false);
+        });
+    }
+    return {};
+}
+
+void Run::NameRow() {
     row_ = tool_->GetRow();
     row_.tool = request_.tool != nullptr ? request_.tool : row_.tool;
     if (request_.volume)
@@ -113,6 +141,16 @@ void Run::Start() {
     // The defragmenter's volume is known to the panel by its disk alone.
     if (request_.volume && row_.tool->name == "defragmenter")
         row_.disk = *request_.volume;
+}
+
+void Run::Start() {
+    launch_.arguments = request_.command;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        launch_.terminal[static_cast<std::size_t>(stream)] = isatty(stream) != 0;
+    launch_.percentStream = request_.percentStream;
+    tool_ = Recognise(launch_);
+    tool_->Prepare(launch_);
+    NameRow();
 
     Stream stream = OpenStream();
     // Without a way to read it, nothing may have been added that we would take out again.
@@ -131,6 +169,11 @@ void Run::Start() {
                                lines_.Add(bytes);
                        });
 
+    BeginPosting();
+    nextSearch_ = nextLook_ = Clock::now() + pause_;
+}
+
+void Run::BeginPosting() {
     const std::string unique = ToolName(launch_) + "." + std::to_string(child_) + "." +
                                std::to_string(Clock::now().time_since_epoch().count());
     name_ = TaskName(request_.name.value_or(unique));
@@ -141,7 +184,6 @@ void Run::Start() {
         poster_.emplace(bus, request_.startsMessenger, request_.isVerbose);
         PostIfDue(false);
     });
-    nextSearch_ = nextLook_ = Clock::now() + pause_;
 }
 
 /// The way from the stream that is read to us: a terminal where the stream is one.

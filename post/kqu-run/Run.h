@@ -27,12 +27,16 @@ class Run {
 
     /// Raises StartError.
     Ending Execute();
+    /// Shows a command that runs already until it ends, or a signal ends this. Raises StartError.
+    Ending Follow(pid_t process);
 
   private:
     using Clock = std::chrono::steady_clock;
 
     void Notify() const;
     void Start();
+    void NameRow();
+    void BeginPosting();
     Stream OpenStream();
     void Pump();
     [[nodiscard]] int Timeout() const;

@@ -12,8 +12,9 @@ namespace {
 constexpr int failed = 125;
 
 int RunCommand(kqu::run::Request request) {
+    const pid_t process = request.process;
     kqu::run::Run run(std::move(request));
-    const kqu::run::Ending ending = run.Execute();
+    const kqu::run::Ending ending = process != 0 ? run.Follow(process) : run.Execute();
     if (ending.signal != 0)
         kqu::run::DieBy(ending.signal);
     // Threads may still wait for a bus or a disk; nobody waits for them. The first process of a

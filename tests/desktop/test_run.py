@@ -185,6 +185,18 @@ class RunTest(RunCase):
                 self.assertIn(f" of {whole / 1e9:.0f} GB" if whole >= 1e9 else " of 600 MB",
                               last[2].get("Item", last[2].get("status")))
 
+    def test_a_command_that_runs_already_is_shown(self):
+        posts = self.listen()
+        with open(self.folder / "one", "wb") as file:
+            file.truncate(6_000_000_000)
+        job = self.processes.start(["sha256sum", "one"], self.env, cwd=self.folder)
+        watch = self.start("--show-files", "--pid", job.pid)
+        wait_until("a bar", lambda: [share for share in posts.values("Progress") if share])
+        self.assertEqual((posts.values("PID")[-1], posts.values("VolName")[-1]), (str(job.pid), "sha256sum one"))
+        job.kill()
+        self.assertEqual(watch.wait(20), 0)
+        self.assertLess(float(posts.values("Progress")[-1]), 1000)
+
     def test_the_last_percentage_is_shown_and_a_failure_is_notified(self):
         posts = self.listen()
         self.listen("session")
