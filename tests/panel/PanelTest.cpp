@@ -99,9 +99,64 @@ class PanelGeometry : public testing::Test {
         machine.Advance(1100ms);
     }
     SimulatedMachine machine;
-    const std::filesystem::path file =
-        machine.root / "home/.config/com.brackwater.KQU_Messenger.plist";
+    const std::string name = "/home/.config/com.brackwater.KQU_Messenger.plist";
+    const std::filesystem::path file = machine.root / name.substr(1);
 };
+
+TEST(PanelPlace, OpensWhereItWasLeftIfThatIsOnTheScreenAndElseInTheMiddle) {
+    const auto number = [](const std::string& text) { return "<integer>" + text + "</integer>"; };
+    const auto at = [&](const std::string& left, const std::string& top) {
+        return number(left) + number(top) + number("300");
+    };
+    struct Case {
+        std::string saved;
+        platform::Rect place;
+        int savedWidth;
+    };
+    constexpr platform::Rect usual{470, 42, 340, 73};
+    for (const auto& [saved, place, savedWidth] :
+         {Case{"", usual, 340},
+          {at("1", "1"), {1, 1, 300, 73}, 300},
+          {at("0", "1"), usual, 340},
+          {at("1", "0"), usual, 340},
+          {at("1269", "789"), {1269, 789, 300, 73}, 300},
+          {at("1270", "789"), usual, 340},
+          {at("1269", "790"), usual, 340},
+          {at(" 7.9x", "1e1"), {7, 10, 300, 73}, 300},
+          {"<key>a</key><INTEGER>9</Integer>\r" + number("8") + number("501"),
+           {9, 8, 500, 73},
+           501},
+          {number("9") + number("8"), {9, 8, 270, 73}, 0}}) {
+        SimulatedMachine started;
+        if (!saved.empty())
+            started.WriteFile("/home/.config/com.brackwater.KQU_Messenger.plist", saved);
+        started.Start();
+        EXPECT_EQ(started.windows.window->content, place) << saved;
+        EXPECT_EQ(started.Panel().mywidth, savedWidth) << saved;
+    }
+}
+
+TEST_F(PanelGeometry, IsSavedASecondAfterAChangeAndNotAgain) {
+    machine.Start();
+    MoveTo(100, -5);
+    const std::string saved = machine.ReadFile(name);
+    EXPECT_EQ(saved, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r"
+                     "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+                     "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\r"
+                     "<plist version=\"1.0\">\r<dict>\r"
+                     "\t<key>left</key>\r\t<integer>100</integer>\r"
+                     "\t<key>top</key>\r\t<integer>-5</integer>\r"
+                     "\t<key>width</key>\r\t<integer>340</integer>\r</dict>\r</plist>");
+    std::filesystem::remove(file);
+    machine.Advance(5s);
+    EXPECT_FALSE(std::filesystem::exists(file)) << "nothing has changed";
+    // Without a folder the change is let go.
+    std::filesystem::remove_all(file.parent_path());
+    MoveTo(7, 7);
+    std::filesystem::create_directories(file.parent_path());
+    machine.Advance(5s);
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
 
 TEST_F(PanelGeometry, TheFileIsReplacedAndNotWrittenOver) {
     machine.Start();
@@ -128,73 +183,6 @@ TEST_F(PanelGeometry, AFileThatCannotBeOpenedEndsTheProgramAtStart) {
     std::filesystem::create_directories(file);
     machine.Start();
     EXPECT_TRUE(machine.HasEnded());
-}
-
-TEST(PanelSizing, ScreenUpdatesAreShownAsOneChange) {
-    SimulatedMachine machine;
-    machine.Start();
-    machine.PostScanner("KQS_disk.1", "10");
-    machine.Advance();
-    const int before = machine.windows.window->presents;
-    machine.screenUpdates.Disable();
-    machine.Panel().ChangeWindowSize(400, 73, false, false);
-    machine.Advance();
-    EXPECT_EQ(machine.windows.window->presents, before);
-    machine.screenUpdates.Enable();
-    machine.Advance();
-    EXPECT_EQ(machine.windows.window->presents, before + 1);
-}
-
-TEST(PanelSizing, ADragBeginsAtThePointerWithinSixteenBits) {
-    SimulatedMachine machine;
-    machine.Start();
-    for (const auto& [left, start] : {std::pair{-70000, -4434}, {100, 130}, {32767, -32739}}) {
-        machine.Panel().SetLeft(left);
-        machine.windows.calls.clear();
-        EXPECT_FALSE(machine.Panel().Event_MouseDown(30, 8));
-        EXPECT_EQ(machine.windows.calls.back(), "drag " + std::to_string(start) + " 50");
-    }
-}
-
-TEST(PanelSizing, TheScrollBarGoesByPagesOfTwentyRowsAndWithItsThumb) {
-    SimulatedMachine machine;
-    machine.windows.screens = {{0, 0, 1280, 120}};
-    machine.Start();
-    for (int row = 0; row < 25; ++row) {
-        machine.PostScanner("KQS_disk." + std::to_string(row), "10");
-        machine.Advance();
-    }
-    Window1& panel = machine.Panel();
-    ASSERT_EQ(panel.ScrollBar1->Maximum(), 24);
-    for (const auto& [line, value] : {std::pair{55, 20}, {55, 24}, {2, 4}}) {
-        machine.windows.Press({panel.Left() + panel.ScrollBar1->Left() + 5, panel.Top() + line});
-        machine.windows.Release();
-        machine.Advance();
-        EXPECT_EQ(panel.ScrollBar1->Value(), value);
-    }
-    const platform::Rect thumb = panel.ScrollBar1->Thumb();
-    panel.ScrollBar1->SetHeight(204);
-    panel.ScrollBar1->SetMaximum(9);
-    panel.ScrollBar1->SetInSight(3);
-    EXPECT_EQ(panel.ScrollBar1->Thumb().height, 200 / 4) << "three of twelve rows";
-    panel.ChangeWindowSize(panel.Width(), panel.Height(), true, true);
-    const platform::Point taken{panel.ScrollBar1->Left() + 5,
-                                panel.ScrollBar1->Top() + thumb.y + 2};
-    const auto moveBy = [&](int way) {
-        machine.windows.Inject([=](auto& window) {
-            window.PointerMoved({taken.x, taken.y + way});
-        });
-        machine.Advance();
-    };
-    machine.windows.Press({panel.Left() + taken.x, panel.Top() + taken.y});
-    const int way = panel.ScrollBar1->Height() - thumb.height;
-    for (const auto& [moved, value] : {std::pair{0, 4}, {way / 2, 16}, {way, 24}, {-way, 0}}) {
-        moveBy(moved);
-        EXPECT_NEAR(panel.ScrollBar1->Value(), value, 1) << moved;
-    }
-    machine.windows.Inject([=](auto& window) { window.ButtonReleased({taken.x, -100}); });
-    moveBy(way);
-    EXPECT_EQ(panel.ScrollBar1->Value(), 0) << "it was let go";
 }
 
 } // namespace

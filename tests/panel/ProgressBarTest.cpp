@@ -1,107 +1,108 @@
-#include "panel/Pictures.h"
+#include "framework/values/Exceptions.h"
 #include "tests/support/Artwork.h"
 #include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
 
 namespace kqu {
 namespace {
 
 using namespace simulation;
 
-constexpr int height = 6;
-
-// What the sprite's parts look like where the columns need not be told apart.
-constexpr Colour unread = RGB(255, 0, 0);
-constexpr Colour fill = RGB(0, 0, 250);
-constexpr Colour track = RGB(0, 250, 0);
-constexpr Colour tick = RGB(40, 40, 40);
-
-Colour PartOf(int column) {
-    if (column < 15)
-        return unread;
-    return column < 30 ? fill : column < 45 ? track : tick;
-}
-
+/// A sprite whose parts are told apart by their colours, and a mask that differs between track and
+/// fill: the columns of the fill (f), of the track's slices (l m r) and of the tick (1 2).
 class ProgressBarTest : public testing::Test {
   protected:
-    void SetUp() override {
-        SetSprite([](int x, int) { return PartOf(x); }, [](int, int) { return Grey(0); });
-        machine.Start();
-    }
-
-    void SetSprite(const PixelOf& colours, const PixelOf& mask) {
-        artwork.Set(171, 47, height, colours);
-        artwork.Set(172, 47, height, mask);
+    void SetMask(int track) {
+        artwork.Set(171, 47, height,
+                    [](int x, int) { return ColourOf("???ffflmr12"[x < 45 ? x / 5 : x - 36]); });
+        artwork.Set(172, 47, height, [track](int x, int) {
+            return Grey(x >= 30 && x < 45 ? track : x < 45 ? 0 : 255);
+        });
         DropPictures();
     }
+    static Colour ColourOf(char letter) { return RGB(0, letter, 255 - letter); }
 
-    MyEventList& List() { return *machine.Panel().MyWindowEventList; }
-
-    Ref<Picture> Bar(std::int32_t width, double value) {
-        const auto record = std::make_shared<Dictionary>();
-        List().ListProgress(width, value, 100.0, *record);
-        return record->Value("progresspict").ObjectAs<Picture>();
+    Ref<Picture> Bar(std::int32_t width, double value, double maximum = 100.0) {
+        Dictionary record;
+        machine.Panel().MyWindowEventList->ListProgress(width, value, maximum, record);
+        return record.Value("progresspict").ObjectAs<Picture>();
+    }
+    /// A line of the bar; a blank is as the picture was made.
+    static std::string Letters(const Ref<Picture>& bar) {
+        std::string letters;
+        for (int x = 0; x < bar->Width(); ++x) {
+            const Colour colour = bar->Graphics().Pixel(x, height - 1);
+            letters += colour == Grey(255) ? ' ' : static_cast<char>(colour.Green());
+        }
+        return letters;
+    }
+    static std::string MaskOf(const Ref<Picture>& bar) {
+        std::string letters;
+        for (int x = 0; x < bar->Width(); ++x) {
+            const int grey = bar->Mask(MaskCreation::IfThere)->Graphics().Pixel(x, 0).Red();
+            letters += grey == 255 ? ' ' : grey == 0 ? 'f' : 't';
+        }
+        return letters;
     }
 
-    static Colour At(const Ref<Picture>& bar, int x, int y = 0) {
-        return bar->Graphics().Pixel(x, y);
-    }
-    static int MaskAt(const Ref<Picture>& bar, int x, int y = 0) {
-        return bar->Mask(MaskCreation::IfThere)->Graphics().Pixel(x, y).Red();
-    }
-
+    static constexpr int height = 6;
     Artwork artwork;
     SimulatedMachine machine;
 };
 
-TEST_F(ProgressBarTest, SlicesComeFromTheirColumns) {
-    // Every column has its own red value, every line its own blue; ticks do not show.
-    SetSprite([](int x, int y) { return RGB(5 * x, 0, y); },
-              [](int x, int y) { return x < 45 ? Grey(y) : Grey(255); });
-    const auto expectStrip = [](const Ref<Picture>& bar, int width, int first) {
-        for (int x = 0; x < width; ++x)
-            for (int y = 0; y < height; ++y) {
-                const bool isMiddle = x >= 5 && x < width - 5;
-                double column = x < width - 5 ? first + x : first + 15 + x - width;
-                if (isMiddle)
-                    column = first + 5 + (x + 0.5) * 5 / width - 0.5;
-                ASSERT_NEAR(At(bar, x, y).Red(), 5 * column, isMiddle ? 3 : 0) << x;
-                ASSERT_EQ(At(bar, x, y).Blue(), y);
-                ASSERT_EQ(MaskAt(bar, x, y), y);
-            }
+TEST_F(ProgressBarTest, TrackFillAndTicksStandWhereTheyBelong) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    struct Case {
+        int width;
+        double value;
+        const char* letters;
     };
-    // What is blended with the white of the bar is thinned, so the strips themselves are compared.
-    for (const int width : {262, 100, 17, 10, 8, 5}) {
-        Bar(width, 100.0);
-        EXPECT_EQ(List().WhitePict->Height(), height + 1);
-        EXPECT_EQ(List().BluePict->Height(), height);
-        expectStrip(List().WhitePict, width, 30);
-        expectStrip(List().BluePict, width, 15);
-        EXPECT_EQ(MaskAt(List().WhitePict, 0, height), 255);
+    const char* const empty = "lllll12mmm12mmm12mmm12mmm12mmm12mmm12mmm12mmm12rrr";
+    const char* const full = "fffff12fff12fff12fff12fff12fff12fff12fff12fff12fff";
+    const char* const track = "lllllmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmrrrrr";
+    // Not transparent, so that the ticks' own colours can be read off.
+    SetMask(0);
+    artwork.Set(172, 47, height, [](int, int) { return Grey(0); });
+    machine.Start();
+    for (const auto& [width, value, letters] : {
+             Case{50, 0, empty},
+             {50, 0.5, empty},
+             {50, -0.5, empty},
+             {50, 49.9, "fffff12fff12fff12fff12ffm12mmm12mmm12mmm12mmm12rrr"},
+             {50, 50, "fffff12fff12fff12fff12fff12mmm12mmm12mmm12mmm12rrr"},
+             {50, 150, full},
+             {50, infinity, full},
+             {50, -1, "                                                  "},
+             {50, -2, track},
+             {50, -infinity, track},
+             {50, std::nan(""), track},
+             // The sum of ten steps stays below the whole, and the tenth tick shows.
+             {49, 100, "ffff12fff12fff12fff12fff12fff12fff12fff12fff12ff1"},
+             {8, 0, "11111111"},
+         }) {
+        const Ref<Picture> bar = Bar(width, value);
+        EXPECT_EQ(Letters(bar), letters) << value;
+        EXPECT_EQ(bar->Height(), height);
     }
+    EXPECT_EQ(Letters(Bar(50, 25, 0)), empty);
+    EXPECT_EQ(Letters(Bar(50, 25, 50)), Letters(Bar(50, 50)));
+    for (const int width : {0, -2})
+        EXPECT_THROW(Bar(width, 10), RuntimeException);
 }
 
-TEST_F(ProgressBarTest, TheFillIsSqueezedWithItsCaps) {
-    SetSprite([](int x, int) { return x >= 25 && x < 30 ? RGB(0, 0, 100) : PartOf(x); },
-              [](int x, int) {
-                  return x >= 25 && x < 30 ? Grey(64) : x < 45 ? Grey(0) : Grey(255);
-              });
-    // The right cap, a fiftieth of the strip, stands at the end of the fill and thins it out.
-    Ref<Picture> bar = Bar(250, 10.0);
-    EXPECT_EQ(At(bar, 23), fill);
-    EXPECT_LT(At(bar, 24).Blue(), 250);
-    EXPECT_GT(MaskAt(bar, 24), 0);
-    EXPECT_EQ(At(bar, 25), track);
-    bar = Bar(250, 100.0);
-    EXPECT_EQ(At(bar, 244), fill);
-    // Blended through its mask onto the track, and the mask replaced by its own.
-    EXPECT_EQ(At(bar, 245), RGB(0, 63, 75));
-    EXPECT_EQ(MaskAt(bar, 245), 64);
-    // Beyond the whole it is stretched out of the picture, not stopped.
-    bar = Bar(250, 150.0);
-    EXPECT_EQ(At(bar, 249), fill);
-    EXPECT_EQ(MaskAt(bar, 249), 0);
+TEST_F(ProgressBarTest, TheFillsMaskTakesThePlaceOfTheTracks) {
+    SetMask(128);
+    machine.Start();
+    EXPECT_EQ(MaskOf(Bar(20, 50)), "fffffffffftttttttttt");
+    EXPECT_EQ(MaskOf(Bar(20, -2)), "tttttttttttttttttttt");
+    EXPECT_EQ(MaskOf(Bar(20, -1)), "                    ");
+    // The track is blended with the white of the bar through its mask.
+    const int thinned = Bar(20, -2)->Graphics().Pixel(0, 0).Green();
+    EXPECT_NEAR(thinned, (255 + 'l') / 2, 1);
 }
 
 } // namespace

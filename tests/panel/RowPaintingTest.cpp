@@ -1,11 +1,11 @@
 #include "framework/values/Exceptions.h"
-#include "panel/Pictures.h"
 #include "platform/functions/Functions.h"
 #include "tests/support/Artwork.h"
 #include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -14,67 +14,252 @@ namespace kqu {
 namespace {
 
 using namespace simulation;
-
-constexpr Colour white = RGB(255, 255, 255);
-constexpr Colour tint = RGB(241, 245, 250);
 using Values = std::vector<std::pair<const char*, Variant>>;
 
-Colour At(const Ref<Picture>& picture, int x, int y) {
-    return picture->Graphics().Pixel(x, y);
-}
+/// A row as it must look. Texts are as they are drawn: those that may be shortened in brackets.
+struct Painted {
+    Values values;
+    /// The pictures of the icon, of the sibling's icon and of that which gives the slot its width.
+    int icon, siblingIcon, reference;
+    /// At the baselines 50, 65 and 18.
+    std::string heading, status, top;
+    std::string percent;
+    int badge;
+};
 
-class RowPaintingTest : public testing::Test {
+const Values folder = {{"task", 6}, {"FolderBackup", true}, {"type", 4.9}, {"Extra", "Sleep"}};
+const std::vector<Painted> rows = {
+    {{{"task", 6},
+      {"destination", "/B"},
+      {"type", 4.0},
+      {"Status", "Copying"},
+      {"volume", "Home"},
+      {"progress", 456.0},
+      {"Extra", "shutdown"}},
+     177,
+     183,
+     177,
+     "To Image File on: [/B]",
+     "[Status: Copying]",
+     "[Backing up: Home]",
+     "45.60 %",
+     169},
+    {folder, 179, 181, 177, "To Image File: [unknown]", "", "", "", 170},
+    {{{"task", 6}, {"destination", ""}, {"type", "3"}, {"progress", -10.0}},
+     177,
+     183,
+     177,
+     "Destination: ",
+     "",
+     "",
+     "-1.00 %",
+     0},
+    {{{"task", 1}, {"Status", "/a"}, {"volume", ""}},
+     173,
+     185,
+     173,
+     "Scanning Sectors...",
+     "[Item: /a]",
+     "[Volume: ]",
+     "",
+     0},
+    {{{"task", 1}, {"type", "0"}, {"Status", "/a"}, {"Extra", "sleeping"}},
+     173,
+     185,
+     173,
+     "Scanning File Sectors...",
+     "[File: /a]",
+     "",
+     "",
+     0},
+    {{{"task", 1}, {"type", "00"}, {"Status", "7"}},
+     173,
+     185,
+     173,
+     "Scanning Volume Sectors...",
+     "[Sector: 7]",
+     "",
+     "",
+     0},
+    {{{"task", 2}, {"Status", "File: x"}, {"volume", "Data"}, {"progress", 1e6}},
+     175,
+     187,
+     175,
+     "[Defragging Files...]",
+     "[File: x]",
+     "[Volume: Data]",
+     "100000.00 %",
+     0},
+    {{{"task", 2}, {"fileprogress", "Defragging Fork: 5 % Complete"}},
+     175,
+     187,
+     175,
+     "[Defragging Fork: 5 % Complete]",
+     "",
+     "",
+     "",
+     0},
+    {{{"task", 5}, {"progress", 999.96}, {"Extra", "SHUTDOWN"}},
+     0,
+     0,
+     0,
+     "",
+     "",
+     "",
+     "100.00 %",
+     169},
+};
+
+/// With the program's own artwork and texts.
+class PaintedPanel : public testing::Test {
   protected:
-    void SetUp() override { machine.Start(); }
-
-    Window1& Panel() { return machine.Panel(); }
-    MyEventList& List() { return *Panel().MyWindowEventList; }
-
+    PaintedPanel() { machine.Start(); }
     void AddRow(const Values& values) {
         const auto record = std::make_shared<Dictionary>();
         for (const auto& [key, value] : values)
             record->SetValue(key, value);
-        List().MyDict->SetValue("row " + std::to_string(List().MyDict->Count()), record);
+        list.MyDict->SetValue("row " + std::to_string(list.MyDict->Count()), record);
     }
-
     Ref<Picture> Paint() {
-        const Ref<Picture> canvas = Picture::MakeBuffer(List().Width(), List().Height());
-        Panel().MyWindowEventList_Paint(canvas->Graphics());
+        const Ref<Picture> canvas = Picture::MakeBuffer(list.Width(), list.Height());
+        panel.MyWindowEventList_Paint(canvas->Graphics());
         return canvas;
     }
 
     SimulatedMachine machine;
+    Window1& panel = machine.Panel();
+    MyEventList& list = *panel.MyWindowEventList;
 };
 
-TEST_F(RowPaintingTest, WithoutRecordsTheListIsEmpty) {
-    List().MyDict->SetValue("no record", Variant());
-    EXPECT_EQ(At(Paint(), 100, 10), white);
-    List().MyDict = nullptr;
-    EXPECT_EQ(At(Paint(), 100, 10), white);
+/// With flat pictures, each in its own colour and size, and with brackets for the shortening.
+class RowPaintingTest : public PaintedPanel {
+  protected:
+    RowPaintingTest() {
+        for (const int id : {169, 170, 173, 175, 177, 179, 181, 183, 185, 187}) {
+            sizes[id] = {id == 169 ? 16 : id == 170 ? 20 : id - 140, id == 170 ? 9 : id - 130};
+            artwork.Set(id, sizes[id].width, sizes[id].height,
+                        [id](int, int) { return id < 173 ? Grey(0) : IconColour(id); });
+            // The mask lets half of its icon through.
+            if (id > 172)
+                artwork.Set(id + 1, sizes[id].width / 2, sizes[id].height,
+                            [](int, int) { return Grey(0); });
+        }
+        artwork.Set(171, 47, barHeight, [](int, int) { return barColour; });
+        artwork.Set(172, 47, barHeight, [](int, int) { return Grey(0); });
+        machine.functions.Set<functions::TruncateThemeText>(
+            [this](std::string& text, std::uint16_t font, std::uint32_t state, std::int32_t limit,
+                   std::uint32_t code, bool* truncated) {
+                EXPECT_TRUE(font == 0 && state == 0 && code == 0x4000 && truncated == nullptr);
+                text = "[" + text + "]";
+                limits[text] = limit;
+                return -1;
+            });
+    }
+    static Colour IconColour(int id) { return RGB(id, 255 - id, 90); }
+    static constexpr Colour barColour = RGB(0, 200, 0);
+    static constexpr int barHeight = 5, panelWidth = 400, listWidth = 389;
+
+    static void Fill(Graphics& g, int x, int y, int width, int height, Colour colour) {
+        g.SetForeColor(colour);
+        g.FillRect(x, y, width, height);
+    }
+    static void Text(Graphics& g, const std::string& text, int left, int baseline) {
+        g.SetForeColor(RGB(5, 5, 5));
+        g.DrawString(text, left, baseline);
+    }
+    /// The row's own part of what must be seen, with its top there.
+    void Expect(Graphics& g, const Painted& row, int top) {
+        const int slot = row.reference == 0 ? 0 : sizes[row.reference].width + 10;
+        const int icon = Module1.ParentIsMarlstone ? row.siblingIcon : row.icon;
+        Fill(g, 10, top + 10, sizes[icon].width / 2, sizes[icon].height, IconColour(icon));
+        Text(g, row.heading, 10 + slot, top + 50);
+        Text(g, row.status, 10 + slot, top + 65);
+        Text(g, row.top, 10 + slot, top + 18);
+        // Which is empty at -1.
+        if (!row.percent.empty() && row.percent != "-1.00 %")
+            Fill(g, 10 + slot, top + 25, listWidth - 20 - slot, barHeight, barColour);
+        Text(g, row.percent, listWidth - 10 - static_cast<int>(g.StringWidth(row.percent)),
+             top + 50);
+        const platform::Size whole = sizes[169], stencil = sizes[row.badge];
+        Fill(g, 20, top + 73 - (whole.height + 10), std::min(whole.width, stencil.width),
+             std::min(whole.height, stencil.height), RGB(101, 124, 157));
+    }
+    void ExpectSame(const Ref<Picture>& shown, int scrolled) {
+        const Ref<Picture> expected = Picture::MakeBuffer(shown->Width(), shown->Height());
+        Graphics& g = expected->Graphics();
+        g.SetTextSize(11);
+        for (int i = 0; i * 73 - scrolled < shown->Height(); ++i) {
+            const int top = i * 73 - scrolled;
+            Fill(g, 0, top, panelWidth, 74, i % 2 == 0 ? Grey(255) : RGB(241, 245, 250));
+            Fill(g, 2, top, panelWidth, 1, i % 2 == 0 ? Grey(200) : RGB(189, 192, 196));
+            if (i < std::ssize(rows))
+                Expect(g, rows[static_cast<std::size_t>(i)], top);
+        }
+        for (int y = 0; y < shown->Height(); ++y)
+            for (int x = 0; x < shown->Width(); ++x)
+                ASSERT_EQ(shown->Graphics().Pixel(x, y), g.Pixel(x, y)) << x << ", " << y;
+        EXPECT_EQ(panel.thedragcolor, g.Pixel(0, shown->Height() - 1));
+    }
+
+    std::map<int, platform::Size> sizes;
+    std::map<std::string, int> limits;
+    Artwork artwork;
+};
+
+TEST_F(RowPaintingTest, EachKindOfRowHasItsTextsIconBarAndBadge) {
+    for (const Painted& row : rows)
+        AddRow(row.values);
+    panel.SetWidth(panelWidth);
+    list.SetWidth(listWidth);
+    panel.SetHeight(250);
+    list.SetHeight(250);
+    panel.ScrollBar1->SetMaximum(9);
+    for (const bool isSibling : {false, true})
+        for (const auto& [value, maximum, scrolled] :
+             {std::tuple{0, 9, 0}, {3, 9, 3 * 73}, {9, 7, 7 * 73}, {2, 0, 0}}) {
+            Module1.ParentIsMarlstone = isSibling;
+            panel.ScrollBar1->SetMaximum(9);
+            panel.ScrollBar1->SetValue(value);
+            panel.ScrollBar1->SetMaximum(maximum);
+            ExpectSame(Paint(), scrolled);
+            EXPECT_EQ(panel.ScrollBar1->Value(), scrolled / 73);
+        }
+    const int left = 10 + sizes[177].width + 10;
+    const auto width = [&](const char* label) {
+        Graphics& g = Picture::MakeBuffer(1, 1)->Graphics();
+        g.SetTextSize(11);
+        return static_cast<int>(g.StringWidth(label) - 7.0);
+    };
+    EXPECT_EQ(limits["[/B]"], panelWidth - (64 + left + width("To Image File on: ")));
+    EXPECT_EQ(limits["[unknown]"], panelWidth - (64 + left + width("To Image File: ")));
+    EXPECT_EQ(limits["[Defragging Files...]"], listWidth - 75);
+    for (const char* text : {"[Status: Copying]", "[Item: /a]", "[Volume: Data]"})
+        EXPECT_EQ(limits[text], listWidth - 30) << text;
+    EXPECT_FALSE(limits.contains("[]"));
 }
 
-TEST_F(RowPaintingTest, TheGripIsPaintedOnTheStripeWithEachPaint) {
-    Panel().MyDragPict = NewPicture(10, 10, 32);
-    Panel().MyDragPict->Graphics().SetForeColor(RGB(30, 30, 30));
-    Panel().MyDragPict->Graphics().FillRect(0, 0, 10, 10);
+TEST_F(PaintedPanel, TheGripIsPaintedOnTheStripeWithEachPaint) {
+    panel.MyDragPict = NewPicture(10, 10, 32);
+    panel.MyDragPict->Graphics().SetForeColor(RGB(30, 30, 30));
+    panel.MyDragPict->Graphics().FillRect(0, 0, 10, 10);
     AddRow({});
     AddRow({});
-    Panel().ChangeWindowSize(340, 146, true, true);
+    panel.ChangeWindowSize(340, 146, true, true);
     machine.Advance();
     const SimulatedWindow& window = *machine.windows.window;
     // The grip is 17 by 14 at (322, 131), and its picture ends one pixel before its last column and
     // line. The list ends one pixel before the panel does, on the right and at the bottom.
-    constexpr Colour gripped = RGB(30, 30, 30);
+    constexpr Colour gripped = RGB(30, 30, 30), stripe = RGB(241, 245, 250);
     using Case = std::tuple<int, int, Colour>;
     for (const auto& [x, y, colour] :
-         {Case{337, 143, gripped}, Case{328, 134, gripped}, Case{338, 140, tint},
-          Case{335, 144, tint}, Case{327, 140, tint}, Case{330, 133, tint}, Case{338, 100, tint},
-          Case{339, 100, white}, Case{100, 145, white}, Case{1, 72, RGB(189, 192, 196)},
-          Case{0, 72, tint}, Case{5, 0, white}})
+         {Case{337, 143, gripped}, Case{328, 134, gripped}, Case{338, 140, stripe},
+          Case{335, 144, stripe}, Case{327, 140, stripe}, Case{330, 133, stripe},
+          Case{338, 100, stripe}, Case{339, 100, Grey(255)}, Case{100, 145, Grey(255)},
+          Case{1, 72, RGB(189, 192, 196)}, Case{0, 72, stripe}, Case{5, 0, Grey(255)}})
         EXPECT_EQ(window.PixelOnScreen(x, y), colour.value) << x << ", " << y;
 }
 
-TEST_F(RowPaintingTest, MissingArtworkEndsOnlyTheRowsThatNeedIt) {
+TEST_F(PaintedPanel, MissingArtworkEndsOnlyTheRowsThatNeedIt) {
     const Values backup = {{"task", 6}};
     const Values bar = {{"progress", 1}};
     const Values sleep = {{"Extra", "sleep"}};
@@ -88,8 +273,8 @@ TEST_F(RowPaintingTest, MissingArtworkEndsOnlyTheRowsThatNeedIt) {
           Case{176, {{"task", 2}}, false}}) {
         Artwork without;
         without.Remove(missing);
-        List().MyDict = std::make_shared<Dictionary>();
-        List().ProgressSep = List().WhitePict = nullptr;
+        list.MyDict = std::make_shared<Dictionary>();
+        list.ProgressSep = list.WhitePict = nullptr;
         AddRow(values);
         if (raises)
             EXPECT_THROW(Paint(), NilObjectException) << missing;
@@ -98,7 +283,7 @@ TEST_F(RowPaintingTest, MissingArtworkEndsOnlyTheRowsThatNeedIt) {
     }
 }
 
-TEST_F(RowPaintingTest, ShorteningIsLookedUpForEveryTextThatIsNotEmpty) {
+TEST_F(PaintedPanel, ShorteningIsLookedUpForEveryTextThatIsNotEmpty) {
     machine.functions.Remove<functions::TruncateThemeText>();
     AddRow({{"task", 6}, {"destination", ""}, {"progress", 0.0}});
     EXPECT_NO_THROW(Paint());
@@ -111,7 +296,7 @@ TEST_F(RowPaintingTest, ShorteningIsLookedUpForEveryTextThatIsNotEmpty) {
             return -50;
         });
     for (const auto& [where, code] : {std::pair{0, "16384"}, {1, "0"}, {-1, "0"}})
-        EXPECT_EQ(Panel().TruncText("a text", 10, where), code);
+        EXPECT_EQ(panel.TruncText("a text", 10, where), code);
 }
 
 } // namespace

@@ -97,7 +97,73 @@ TEST(Locale, MakesNoDifferenceToNumbersAndLetters) {
     unsetenv("LOCPATH");
 }
 
-// What random texts, compared with a plain statement of the rules, hardly hit.
+TEST(Text, IsFoundSplitAndReplacedWithoutRegardToCase) {
+    struct Case {
+        const char *text, *part;
+        int place, fields;
+        /// The second field, and the text with the parts as dashes.
+        const char *second, *replaced;
+    };
+    for (const auto& [text, part, place, fields, second, replaced] :
+         {Case{"a:b:c", ":", 2, 3, "b", "a-b-c"},
+          {"a:b", "x", 0, 1, "", "a:b"},
+          {"", "", 0, 0, "", ""},
+          {"", "x", 0, 0, "", ""},
+          {"ab", "", 1, 1, "", "ab"},
+          {"aXbxc", "x", 2, 3, "b", "a-b-c"},
+          {"///", "//", 1, 2, "/", "-/"},
+          {"<INTEGER>5</integer>", "<integer>", 1, 2, "5</integer>", "-5</integer>"},
+          {"x:", ":", 2, 2, "", "x-"},
+          {":", ":", 1, 2, "", "-"},
+          {"\u00C4\u0394\u042F", "\u00E4\u03B4", 1, 2, "\u042F", "-\u042F"},
+          {"\xFFz\xFE", "Z", 2, 2, "\xFE", "\xFF-\xFE"},
+          {"\u00E9:\u00E8", ":", 3, 2, "\u00E8", "\u00E9-\u00E8"}}) {
+        EXPECT_EQ(InStr(text, part), place) << text;
+        EXPECT_EQ(CountFields(text, part), fields) << text;
+        EXPECT_EQ(NthField(text, part, 2), second) << text;
+        EXPECT_EQ(ReplaceAll(text, part, "-"), replaced) << text;
+        EXPECT_EQ(NthField(text, part, fields + 1) + NthField(text, part, 0), "") << text;
+    }
+    EXPECT_TRUE(EqualsIgnoringCase("KQ\u00C4", "kq\u00E4"));
+    EXPECT_FALSE(EqualsIgnoringCase("KQ", "KQ "));
+}
+
+TEST(Text, NumbersAreReadFromTheStartAndWrittenByTheirMask) {
+    for (const auto& [text, value] : {std::pair{"12abc", 12.0},
+                                      {" \t-3.5e1x", -35.0},
+                                      {"+7", 7.0},
+                                      {".5", 0.5},
+                                      {"1e", 1.0},
+                                      {"1,000", 1.0},
+                                      {"0x10", 0.0},
+                                      {"nan", 0.0},
+                                      {"inf", 0.0},
+                                      {"-", 0.0},
+                                      {"", 0.0},
+                                      {"4.5.6", 4.5},
+                                      {"--1", 0.0},
+                                      {"1e-2", 0.01},
+                                      {"5%", 5.0}})
+        EXPECT_EQ(Val(text), value) << text;
+    struct Case {
+        double number;
+        const char *two, *none;
+    };
+    for (const auto& [number, two, none] : {Case{45.6, "45.60", "46"},
+                                            {0.125, "0.13", ""},
+                                            {0.115, "0.12", ""},
+                                            {1.005, "1.01", "1"},
+                                            {9.995, "10.00", "10"},
+                                            {0.5, "0.50", "1"},
+                                            {0.0, "0.00", ""},
+                                            {-0.004, "0.00", ""},
+                                            {-2.5, "-2.50", "-3"},
+                                            {99.996, "100.00", "100"},
+                                            {1234567.0, "1234567.00", "1234567"}}) {
+        EXPECT_EQ(Format(number, "##0.00"), two) << number;
+        EXPECT_EQ(Format(number, "#"), none) << number;
+    }
+}
 
 TEST(Text, NumbersFarOutOfRangeAreReadAsWhatTheyRoundTo) {
     const double infinity = std::numeric_limits<double>::infinity();
