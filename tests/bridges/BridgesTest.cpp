@@ -1,10 +1,12 @@
 #include "bridges/VolumeBridges.h"
 #include "framework/files/Volumes.h"
 #include "platform/functions/Functions.h"
-#include "tests/support/MachineWithVolumes.h"
+#include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <map>
 #include <string>
@@ -46,7 +48,7 @@ class FileBridgesTest : public testing::Test {
         return path.data();
     }
 
-    simulation::MachineWithVolumes machine;
+    simulation::SimulatedMachine machine;
     std::map<std::string, std::uint32_t> owners;
     std::vector<std::u16string> namesLookedUp;
 };
@@ -97,15 +99,6 @@ TEST_F(FileBridgesTest, AnItemIsReachedFromItsVolumeByName) {
     EXPECT_EQ(namesLookedUp, std::vector<std::u16string>{u"missing"});
 }
 
-TEST_F(FileBridgesTest, AVolumeHasAReferenceAlways) {
-    EXPECT_EQ(PathOf(machine.app->VolumeRefToFSRef(Volume(1)->MacVRefNum())), "/media/My Disk");
-    const auto none = machine.app->VolumeRefToFSRef(4711);
-    EXPECT_EQ(none->StringValue(0, 80), std::string(80, '\0'));
-    // Nothing but the root directory is asked for, so a volume that can't be read has one as well.
-    std::filesystem::remove(machine.tree.Root() / "media/My Disk");
-    EXPECT_NE(machine.app->VolumeRefToFSRef(Volume(1)->MacVRefNum())->Int32Value(0), 0);
-}
-
 class VolumeBridgesTest : public testing::Test {
   protected:
     Ref<MemoryBlock> BlockOf(std::int32_t handle) {
@@ -114,7 +107,7 @@ class VolumeBridgesTest : public testing::Test {
         return block;
     }
 
-    simulation::MachineWithVolumes machine;
+    simulation::SimulatedMachine machine;
 };
 
 TEST_F(VolumeBridgesTest, ATextComesWholeOrNotAtAllAndIsReleasedOnlyThen) {
@@ -130,14 +123,24 @@ TEST_F(VolumeBridgesTest, ATextComesWholeOrNotAtAllAndIsReleasedOnlyThen) {
         EXPECT_EQ(CFStrRefToStr(BlockOf(none), true), "");
 }
 
-TEST_F(VolumeBridgesTest, TheDiskOfAVolumeIsNamedAndTheTextReleased) {
-    for (const bool release : {true, false}) {
-        // Handles are numbered as they come.
-        const std::int32_t copied = machine.handles.AddText("") + 1;
-        EXPECT_EQ(GetBSDNameForVRef(Volume(1)->MacVRefNum(), release), "sdb1");
-        EXPECT_EQ(machine.handles.Text(copied) == nullptr, release);
-    }
-    EXPECT_EQ(GetBSDNameForVRef(4711, true), "");
+TEST_F(VolumeBridgesTest, TheNumberOfFilesIsWrittenOnlyIfInformationIsWanted) {
+    const auto info = *machine.functions.Find<functions::FSGetVolumeInfo>();
+    const std::int32_t photos = Volume(1)->MacVRefNum();
+    const auto numberWritten = [&](std::int32_t volume, std::uint32_t which) {
+        std::array<std::byte, 126> block{};
+        const bool isDone = info(volume, 0, nullptr, which, block.data(), nullptr, nullptr) == 0;
+        std::uint32_t files = 0;
+        std::memcpy(&files, block.data() + 32, sizeof files);
+        std::fill_n(block.begin() + 32, sizeof files, std::byte{0});
+        EXPECT_EQ(block, (std::array<std::byte, 126>{})) << "nothing else is written";
+        return std::pair(isDone, files > 0);
+    };
+    EXPECT_EQ(numberWritten(photos, 0xFFFF), std::pair(true, true));
+    EXPECT_EQ(numberWritten(photos, 0), std::pair(true, false));
+    EXPECT_EQ(numberWritten(4711, 0xFFFF), std::pair(false, false));
+    // Its place has gone, as that of a device that was pulled out.
+    std::filesystem::remove(machine.tree.Root() / "media/My Disk");
+    EXPECT_EQ(numberWritten(photos, 0xFFFF), std::pair(false, false));
 }
 
 TEST_F(VolumeBridgesTest, VolumesAreItemsWithNamesOfTheirOwn) {

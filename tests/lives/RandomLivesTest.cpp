@@ -1,5 +1,5 @@
 #include "platform/functions/Functions.h"
-#include "tests/support/MachineWithVolumes.h"
+#include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
 
@@ -74,9 +74,6 @@ class RandomLife {
                 machine_.time.Pass(std::chrono::milliseconds(Below(1500)));
             return read(block, size, count, from);
         });
-        table.Set<IOPSCopyPowerSourcesInfo>([this] { return machine_.handles.AddBlob("source"); });
-        table.Set<IOPSGetProvidingPowerSourceType>(
-            [this](std::int32_t) { return machine_.handles.UnownedText(*machine_.powerSource); });
     }
 
     void Happen() {
@@ -195,7 +192,7 @@ class RandomLife {
 
     std::mt19937 random_;
     bool isRough_;
-    MachineWithVolumes machine_;
+    SimulatedMachine machine_;
     bool hadRows_ = false;
     std::chrono::nanoseconds emptySince_{}, last_{};
 };

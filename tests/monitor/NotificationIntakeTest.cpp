@@ -82,16 +82,16 @@ TEST_F(NotificationIntakeTest, ALookupFileThatCannotBeOpenedEndsTheProgram) {
 
 TEST_F(NotificationIntakeTest, ALookupFileIsReadUpToSixteenMebibytes) {
     const std::size_t most = std::size_t{16} << 20U;
-    const std::string line = "\rsdb1:Photos:5";
+    const std::string line = "\rsdc7:Photos:5";
     // Each line but the last is another disk's; the second file is one byte too long.
-    for (const auto& [size, volume] : {std::pair{most, "Photos"}, {most + 1, "sdb1"}}) {
+    for (const auto& [size, volume] : {std::pair{most, "Photos"}, {most + 1, "sdc7"}}) {
         std::string text;
         for (int disk = 0; text.size() + 100 < size; ++disk)
             text += "disk" + std::to_string(disk) + ":x:1\r";
         text.resize(size - line.size(), ' ');
         machine.WriteFile("/Application Support/Brackwater Utilties Support/BSDLookup",
                           text + line);
-        Post(volume + std::string("KQS_disk"), "KQDefrag", {{"BSD", "sdb1"}});
+        Post(volume + std::string("KQS_disk"), "KQDefrag", {{"BSD", "sdc7"}});
         EXPECT_EQ(machine.Row(volume + std::string("KQS_disk"))->Value("volume").StringValue(),
                   volume);
     }

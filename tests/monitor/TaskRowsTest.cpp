@@ -1,5 +1,5 @@
 #include "platform/functions/Functions.h"
-#include "tests/support/MachineWithVolumes.h"
+#include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
 
@@ -82,7 +82,7 @@ class TaskRows : public testing::Test {
             EXPECT_EQ(Post(course[i]), course[i + 1]) << course[i];
     }
 
-    MachineWithVolumes machine;
+    SimulatedMachine machine;
     std::uint32_t files = 3000000000U;
 };
 

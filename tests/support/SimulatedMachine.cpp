@@ -1,9 +1,11 @@
 #include "tests/support/SimulatedMachine.h"
 
 #include "framework/files/FolderItem.h"
+#include "platform/functions/CoreFoundationFunctions.h"
 #include "platform/functions/Functions.h"
 #include "platform/functions/TextFunctions.h"
 #include "platform/functions/WindowFunctions.h"
+#include "platform/volumes/VolumeFunctions.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -11,11 +13,6 @@
 #include <iterator>
 
 namespace kqu::simulation {
-
-namespace {
-constexpr std::int32_t powerBlob = 7;
-constexpr std::int32_t powerName = 8;
-} // namespace
 
 platform::Registration SimulatedCentre::Listen(Listener listener) {
     listener_ = std::move(listener);
@@ -123,6 +120,11 @@ void SimulatedMachine::FillFunctions() {
     processes.Register(functions);
     FillIdentityFunctions();
     FillPowerFunctions();
+    platform::RegisterCoreFoundationFunctions(functions, handles);
+    tree.Mount("8:1", "sda1", "/");
+    tree.Mount("8:17", "sdb1", "/media/My Disk");
+    tree.Label("sdb1", "Photos");
+    platform::RegisterVolumeFunctions(functions, handles, root);
 }
 
 void SimulatedMachine::FillIdentityFunctions() {
@@ -149,18 +151,10 @@ void SimulatedMachine::FillIdentityFunctions() {
 }
 
 void SimulatedMachine::FillPowerFunctions() {
-    functions.Set<kqu::functions::IOPSCopyPowerSourcesInfo>([] { return powerBlob; });
+    functions.Set<kqu::functions::IOPSCopyPowerSourcesInfo>(
+        [this] { return handles.AddBlob("sources"); });
     functions.Set<kqu::functions::IOPSGetProvidingPowerSourceType>(
-        [this](std::int32_t) { return powerSource ? powerName : 0; });
-    functions.Set<kqu::functions::CFStringGetCString>(
-        [this](std::int32_t, char* buffer, std::int32_t size, std::uint32_t) {
-            const std::string& text = *powerSource;
-            if (text.size() >= static_cast<std::size_t>(size))
-                return false;
-            std::memcpy(buffer, text.c_str(), text.size() + 1);
-            return true;
-        });
-    functions.Set<kqu::functions::CFRelease>([](std::int32_t) {});
+        [this](std::int32_t) { return powerSource ? handles.UnownedText(*powerSource) : 0; });
 }
 
 } // namespace kqu::simulation

@@ -2,6 +2,7 @@
 
 #include "framework/Runtime.h"
 #include "panel/Window1.h"
+#include "platform/functions/Handles.h"
 #include "shell/App.h"
 #include "shell/Module1.h"
 #include "tests/support/MadeUpVolumes.h"
@@ -67,6 +68,8 @@ class SimulatedPower final : public platform::PowerMessages {
 
 /// A whole machine in memory on which lives of the program run in virtual time: its clock, windows,
 /// notification centre, processes, power and files, and the functions that are reached by name.
+/// Those on files, volumes and strings are the real ones, on made-up volumes: "/" is "sda1", and
+/// "/media/My Disk", labelled "Photos", is "sdb1".
 class SimulatedMachine {
   public:
     SimulatedMachine();
@@ -101,6 +104,7 @@ class SimulatedMachine {
     SimulatedCentre centre;
     SimulatedPower power;
     SimulatedProcesses processes;
+    platform::Handles handles;
     platform::FunctionTable functions;
     platform::ScreenUpdates screenUpdates;
     MadeUpVolumes tree;

@@ -28,7 +28,6 @@ class SourcePump final : public platform::EventQueue {
         Until([] { return false; }, time);
     }
 
-    std::size_t largestBatch = 0;
     std::size_t rounds = 0;
 
   private:
@@ -41,7 +40,6 @@ class SourcePump final : public platform::EventQueue {
         for (platform::EventSource* source : sources_) {
             queue_.clear();
             more = source->Collect(*this) || !queue_.empty() || more;
-            largestBatch = std::max(largestBatch, queue_.size());
             for (const auto& delivery : std::exchange(queue_, {}))
                 delivery();
             watched.push_back(source->Watch());

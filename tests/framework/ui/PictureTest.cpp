@@ -120,35 +120,6 @@ TEST(Picture, SqueezesToTheAverageOfWhatIsCovered) {
     }
 }
 
-TEST(Picture, OddPlacesAndSizesDrawNothingOrWhatIsInSight) {
-    const Ref<Picture> ink = Flat(5, 5, black, 0);
-    const int odd[] = {least, -1000000000, -10001, -9999, -1, 0, 1, 1000000000, most};
-    for (const Ref<Picture>& target : Canvases(20, 20)) {
-        Graphics& g = target->Graphics();
-        for (const int a : odd)
-            for (const int b : odd) {
-                g.FillRect(a, b, 0, 10);
-                g.FillRect(a, b, -5, 10);
-                g.DrawPicture(*ink, a, b, 0, 0);
-                g.DrawPicture(*ink, 0, 0, 5, std::min(a, 0), 0, 0, 5, 5);
-                g.DrawPicture(*ink, 0, 0, 5, 5, a, b, 0, 3);
-                g.DrawPicture(*ink, 0, 0, 5, 5, 5, 0);
-                g.DrawPicture(*ink, 0, 0, 5, 5, -5, 0, 5, 5);
-                g.SetPixel(std::min(a, -1), b, black);
-                g.DrawString("x", a >= -1 && a <= 1 ? most : a, b);
-                EXPECT_EQ(g.Pixel(std::min(a, -1), b), white);
-            }
-        for (int i = 0; i < 20; ++i)
-            EXPECT_EQ(g.Pixel(i, i), white);
-        // Half of this source lies outside; so does half of the destination.
-        g.DrawPicture(*ink, 0, 0, 10, 10, -5, 0, 10, 5);
-        EXPECT_EQ(g.Pixel(4, 2), white);
-        EXPECT_EQ(g.Pixel(5, 2), black);
-        g.FillRect(-1000000000, -1000000000, most, most);
-        EXPECT_EQ(g.Pixel(19, 19), black);
-    }
-}
-
 /// One drawing after the other, the same on every target.
 class RandomDrawing {
   public:
@@ -232,22 +203,6 @@ TEST(Picture, MayBeFarLargerThanMemory) {
     MaskOf(masked)->Graphics().FillRect(0, 0, most, 3);
     shown->Graphics().DrawPicture(*masked, 0, 0);
     EXPECT_EQ(At(shown, 339, 2), white);
-}
-
-TEST(Picture, ALongRecordOfCommandsIsNotMadeIntoPixelsByWhatIsDrawnOver) {
-    drawing::Plane plane(300, 300);
-    const drawing::Area place = drawing::Area::Of(10, 10, 1, 1);
-    const auto fill = [&](drawing::Pixels line, drawing::Pixel colour) {
-        plane.Draw({drawing::FillCommand{drawing::Area::Of(0, line, 150, 1), colour}},
-                   plane.Bounds());
-    };
-    for (drawing::Pixel line = 0; line < 300; ++line)
-        fill(line, line);
-    for (drawing::Pixel round = 0; round < 3000; ++round)
-        fill(290 + round % 10, round);
-    EXPECT_EQ(plane.PixelsOf(place)->Bounds(), place);
-    EXPECT_EQ(plane.At(10, 10), 10U);
-    EXPECT_EQ(plane.At(10, 299), 2999U);
 }
 
 TEST(Picture, TextStandsOnItsBaselineInItsColour) {

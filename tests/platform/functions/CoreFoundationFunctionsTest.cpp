@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <vector>
 
 namespace kqu::platform {
 namespace {
@@ -15,24 +14,6 @@ struct CoreFoundationFunctionsTest : testing::Test {
     FunctionTable table;
     Handles handles;
 };
-
-TEST_F(CoreFoundationFunctionsTest, ATextIsConvertedWholeOrNotAtAll) {
-    constexpr std::uint32_t utf8 = 0x08000100;
-    // Bytes count, not characters: two for each "ä".
-    const auto text = handles.AddText("ää");
-    for (const auto& getCString : {*table.Find<functions::CFStringGetCString>(),
-                                   *table.Find<functions::CFStringGetCStringOfCarbon>()})
-        for (const auto handle : {text, 0, -1, 12345, handles.AddBlob("blob")})
-            for (const std::int32_t size : {5, 4, 1})
-                for (const std::uint32_t encoding : {utf8, 0U}) {
-                    // As long as it is said to be, so that a byte too many is found out.
-                    std::vector<char> buffer(static_cast<std::size_t>(size), '?');
-                    const bool fits = handle == text && size == 5 && encoding == utf8;
-                    EXPECT_EQ(getCString(handle, buffer.data(), size, encoding), fits);
-                    EXPECT_STREQ(buffer.data(), fits ? "ää" : "");
-                    EXPECT_FALSE(getCString(handle, nullptr, 0, encoding));
-                }
-}
 
 TEST_F(CoreFoundationFunctionsTest, ReleasingEndsWhatIsOwnedAndNothingElse) {
     const auto release = *table.Find<functions::CFRelease>();

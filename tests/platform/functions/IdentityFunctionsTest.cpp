@@ -85,21 +85,6 @@ TEST(IdentityFunctionsTest, TheRecordHoldsTheOwnerAndNothingElse) {
         }
 }
 
-TEST(IdentityFunctionsTest, WithoutPrivilegesNothingChanges) {
-    const std::string told = InChild([] {
-        if (runsAsRoot && (setgid(4711) != 0 || setuid(4711) != 0))
-            return std::string("not prepared");
-        const std::string before = Identity();
-        const std::uint32_t own = Call<functions::getuid>();
-        std::string all;
-        // One's own id is always at hand.
-        for (const std::uint32_t user : {0U, own + 1, 4294967295U, own})
-            all += BothTo(user) + " ";
-        return all + (Identity() == before ? "same" : "changed");
-    });
-    EXPECT_EQ(told, "-1-1 -1-1 -1-1 00 same");
-}
-
 TEST(IdentityFunctionsTest, FromRootEverythingIsGivenUpForGood) {
     if (!runsAsRoot) {
         std::puts("NOT RUN: only root has something to give up");

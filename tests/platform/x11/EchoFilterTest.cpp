@@ -56,6 +56,8 @@ TEST_F(EchoFilterTest, OutsideChangesAreToldAndEchoesAreNot) {
         // The answers to a burst: all, the last, some, each twice, the old one first.
         {burst + "see 146 see 219 pass 200 see 292 see 365", {}},
         {burst + "pass 200 see 365", {}},
+        // With the last one all before it are answered: what comes then is from outside.
+        {"ask 146 ask 219 see 219 see 146 see 219", {146, 219}},
         {burst + "see 146 pass 200 see 292 pass 200 see 365", {}},
         {burst + "see 146 see 146 see 219 see 219 see 292 see 292 see 365 see 365", {}},
         {burst + "see 146 see 73 pass 200 see 365", {}},
