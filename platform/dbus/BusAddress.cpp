@@ -1,6 +1,9 @@
 #include "platform/dbus/BusAddress.h"
 
+#include "platform/CDeleter.h"
+
 #include <cstdlib>
+#include <gio/gio.h>
 #include <string_view>
 #include <unistd.h>
 
@@ -27,22 +30,9 @@ bool LiesInAnothersRuntimeFolder(std::string_view path) {
     return rest.substr(0, rest.find('/')) != std::to_string(getuid());
 }
 
-/// The address of a socket, with all bytes escaped that an address does not take as they are.
-std::string SocketAddress(std::string_view path) {
-    constexpr std::string_view asTheyAre = "-_/.\\*0123456789"
-                                           "abcdefghijklmnopqrstuvwxyz"
-                                           "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string address = "unix:path=";
-    for (const char character : path) {
-        if (asTheyAre.find(character) != std::string_view::npos) {
-            address += character;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(character);
-        address += {'%', digits[byte >> 4], digits[byte & 0xf]};
-    }
-    return address;
+std::string SocketAddress(const std::string& path) {
+    const CPointer<char, g_free> escaped(g_dbus_address_escape_value(path.c_str()));
+    return std::string("unix:path=") + escaped.get();
 }
 } // namespace
 

@@ -1,7 +1,6 @@
 #include "platform/dbus/DBusNotificationCentre.h"
 
 #include "platform/dbus/BusAddress.h"
-#include "platform/dbus/Listeners.h"
 #include "platform/dbus/OwnName.h"
 #include "platform/dbus/PostedSignals.h"
 
@@ -10,20 +9,20 @@
 namespace kqu::platform {
 
 DBusNotificationCentre::DBusNotificationCentre(std::chrono::milliseconds retryAfter)
-    : listeners_(std::make_shared<Listeners>()),
+    : listener_(std::make_shared<Listener>()),
       session_(std::make_unique<PostedSignals>(HeardSenders::All, SessionBusAddress, retryAfter,
-                                               listeners_)),
+                                               listener_)),
       system_(std::make_unique<PostedSignals>(HeardSenders::RootAndOwn, SystemBusAddress,
-                                              retryAfter, listeners_)),
+                                              retryAfter, listener_)),
       name_(std::make_unique<OwnName>(*session_, *system_)) {}
 
 DBusNotificationCentre::~DBusNotificationCentre() = default;
 
 Registration DBusNotificationCentre::Listen(Listener listener) {
-    Registration registration = listeners_->Add(std::move(listener));
+    *listener_ = std::move(listener);
     session_->Begin();
     system_->Begin();
-    return registration;
+    return Registration([listener = listener_] { *listener = nullptr; });
 }
 
 std::vector<EventSource*> DBusNotificationCentre::Sources() {

@@ -9,7 +9,6 @@
 
 namespace kqu::platform {
 
-class Listeners;
 class OwnName;
 class PostedSignals;
 
@@ -33,7 +32,7 @@ class DBusNotificationCentre final : public NotificationCentre {
     [[nodiscard]] std::vector<EventSource*> Sources();
 
   private:
-    std::shared_ptr<Listeners> listeners_;
+    std::shared_ptr<Listener> listener_;
     std::unique_ptr<PostedSignals> session_;
     std::unique_ptr<PostedSignals> system_;
     std::unique_ptr<OwnName> name_;

@@ -16,8 +16,8 @@ std::string SubscriptionRule() {
 
 PostedSignals::PostedSignals(HeardSenders heard, BusConnection::FindAddress findAddress,
                              std::chrono::milliseconds retryAfter,
-                             std::shared_ptr<Listeners> listeners)
-    : listeners_(std::move(listeners)), connection_(findAddress, retryAfter, *this) {
+                             std::shared_ptr<const NotificationCentre::Listener> listener)
+    : listener_(std::move(listener)), connection_(findAddress, retryAfter, *this) {
     if (heard == HeardSenders::RootAndOwn)
         trust_.emplace(*this);
 }
@@ -91,9 +91,12 @@ void PostedSignals::TakeLeaving(std::string_view sender) {
 }
 
 void PostedSignals::Deliver(PostedNotification posted, EventQueue& queue) const {
-    if (!listeners_->IsEmpty())
-        queue.Post(
-            [listeners = listeners_, posted = std::move(posted)] { listeners->Deliver(posted); });
+    if (*listener_)
+        queue.Post([listener = listener_, posted = std::move(posted)] {
+            // A copy, because the listener may take its registration back while it runs.
+            if (const auto receive = *listener)
+                receive(posted);
+        });
 }
 
 void PostedSignals::AskForUser(const std::string& sender) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/dbus/BusConnection.h"
-#include "platform/dbus/Listeners.h"
 #include "platform/dbus/SenderTrust.h"
+#include "platform/interfaces/NotificationCentre.h"
 
 #include <cstdint>
 #include <map>
@@ -16,11 +16,12 @@ namespace kqu::platform {
 enum class HeardSenders { All, RootAndOwn };
 
 /// The Posted signals of one bus: asks the bus for them, and turns each that may be heard into one
-/// delivery to the listeners.
+/// delivery to the listener.
 class PostedSignals final : public BusConnection::Client, public SenderTrust::Bus {
   public:
     PostedSignals(HeardSenders heard, BusConnection::FindAddress findAddress,
-                  std::chrono::milliseconds retryAfter, std::shared_ptr<Listeners> listeners);
+                  std::chrono::milliseconds retryAfter,
+                  std::shared_ptr<const NotificationCentre::Listener> listener);
 
     void Begin() { connection_.Begin(); }
     [[nodiscard]] EventSource& Source() { return connection_; }
@@ -47,7 +48,8 @@ class PostedSignals final : public BusConnection::Client, public SenderTrust::Bu
     void TakeLeaving(std::string_view sender);
     void Deliver(PostedNotification posted, EventQueue& queue) const;
 
-    std::shared_ptr<Listeners> listeners_;
+    /// Empty while nobody listens. Shared with the deliveries that wait in the loop's queue.
+    std::shared_ptr<const NotificationCentre::Listener> listener_;
     BusConnection connection_;
     std::optional<SenderTrust> trust_;
     std::uint64_t subscription_ = 0;

@@ -34,7 +34,8 @@ class NotificationCentre {
     virtual ~NotificationCentre() = default;
 
     /// Every notification that is posted from now on is delivered to `listener` once, from the
-    /// event loop. The first call connects to the buses, and goes on trying where that fails.
+    /// event loop. One listens at a time. The first call connects to the buses, and goes on trying
+    /// where that fails.
     [[nodiscard]] virtual Registration Listen(Listener listener) = 0;
 };
 

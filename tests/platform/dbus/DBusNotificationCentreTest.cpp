@@ -1,6 +1,5 @@
 #include "platform/dbus/DBusNotificationCentre.h"
 
-#include "platform/dbus/Listeners.h"
 #include "platform/dbus/WireDecoder.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/SourcePump.h"
@@ -187,25 +186,6 @@ TEST_F(DBusNotificationCentreTest, ANameThatIsDeniedChangesNothing) {
     AwaitListening(poster);
     EXPECT_EQ(poster.Owner(), "");
     EXPECT_TRUE(heard.empty());
-}
-
-TEST(ListenersTest, AListenerMayPumpAndMayGoWhileItIsTold) {
-    const auto listeners = std::make_shared<Listeners>();
-    Registration first, second;
-    Names told;
-    first = listeners->Add([&](const PostedNotification& posted) {
-        told.push_back("first " + *posted.name);
-        if (*posted.name == "a") {
-            listeners->Deliver({"b", {}, {}});
-            second.Drop();
-            first.Drop();
-        }
-    });
-    second = listeners->Add([&](const auto& posted) { told.push_back("second " + *posted.name); });
-    for (const char* name : {"a", "c"})
-        listeners->Deliver({name, {}, {}});
-    // The second heard b, nested, and was gone when it would have heard a.
-    EXPECT_EQ(told, (Names{"first a", "first b", "second b"}));
 }
 
 } // namespace
