@@ -24,9 +24,9 @@ struct InhibitorService {
 
 /// Keeps the machine awake by one service while that is wanted.
 ///
-/// The service is asked only while its name has an owner, and again when it gets a new one. There
-/// is at most one request under way; a grant that arrives when it is no longer wanted is given
-/// back. A refusal, and a service that does not answer, concern nobody else.
+/// A request is sent while somebody owns the name of the service, and again to each new owner.
+/// There is at most one request under way; a grant that arrives when it is no longer wanted is
+/// given back. A refusal, and a service that does not answer, concern nobody else.
 class Inhibitor {
   public:
     /// The pause after a first refusal. It doubles with each further one, up to the longest.
