@@ -1,4 +1,5 @@
 #include "post/kqu-run/LineReader.h"
+#include "post/kqu-run/Rate.h"
 #include "post/kqu-run/Relay.h"
 #include "post/kqu-run/Throttle.h"
 #include "post/kqu-run/tools/RsyncFilter.h"
@@ -63,6 +64,25 @@ TEST(Throttle, NeverMoreThanFourInASecondEvenWithTheLastOne) {
     for (std::size_t i = 3; i < posts.size(); ++i)
         EXPECT_GE(posts[i] - posts[i - 3], 1s);
     EXPECT_EQ(throttle.Next(start + 20s), start + 20s);
+}
+
+TEST(Rate, SaysSpeedAndTimeLeftOnceTheyAreSteadyAndThatNothingMoves) {
+    Rate rate;
+    const Rate::Time start{};
+    Progress progress;
+    const auto after = [&](std::chrono::seconds time, double done) {
+        progress.done = done;
+        progress.share = done / 20e9;
+        rate.Add(start + time, progress);
+        return rate.Text(start + time);
+    };
+    for (int second = 0; second < 8; ++second)
+        EXPECT_EQ(after(std::chrono::seconds(second), second * 40e6), "");
+    EXPECT_EQ(after(8s, 320e6), "40 MB/s, 8 min left");
+    EXPECT_EQ(after(9s, 19.99e9), "2 GB/s, less than a minute left");
+    EXPECT_EQ(after(130s, 19.99e9), "no progress for 2 min");
+    progress.phase = 1;
+    EXPECT_EQ(after(131s, 0), "") << "another phase has another speed";
 }
 
 /// What goes on when the text comes in pieces of a size.
