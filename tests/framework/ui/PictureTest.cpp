@@ -176,15 +176,6 @@ TEST(Picture, RecordedDrawingShowsTheSamePixelsAsDirectDrawing) {
     }
 }
 
-TEST(Picture, WhatNobodyPaintedIsWhiteWhereAPictureIsDrawn) {
-    const Ref<Picture> picture = NewPicture(300, 300, 32);
-    picture->Graphics().FillRect(100, 0, 200, 300);
-    const Ref<Picture> shown = Flat(300, 300, black);
-    shown->Graphics().DrawPicture(*picture, 0, 0);
-    EXPECT_EQ(At(shown, 99, 150), white);
-    EXPECT_EQ(At(shown, 100, 150), black);
-}
-
 TEST(Picture, MayBeFarLargerThanMemory) {
     const Ref<Picture> list = NewPicture(most, most, 32);
     const auto colour = [](int row) { return RGB(row % 256, row / 256, 0); };

@@ -1,7 +1,6 @@
 #include "platform/x11/EchoFilter.h"
 
 #include <gtest/gtest.h>
-#include <random>
 #include <sstream>
 #include <vector>
 
@@ -78,34 +77,6 @@ TEST_F(EchoFilterTest, OutsideChangesAreToldAndEchoesAreNot) {
     for (const auto& [course, expected] : cases) {
         EXPECT_EQ(Told(course + " pass 20000"), expected) << course;
         EXPECT_FALSE(filter.Due()) << course;
-    }
-}
-
-// Whatever the order of requests, answers and outside changes: in the end the owner believes what
-// is there.
-TEST_F(EchoFilterTest, OwnerAndServerAgreeInTheEnd) {
-    for (unsigned seed = 0; seed < 500; ++seed) {
-        std::mt19937 random(seed);
-        const auto upTo = [&](unsigned limit) { return static_cast<int>(random() % limit); };
-        EchoFilter<int> tried(0);
-        std::vector<int> waiting;
-        int there = 0;
-        for (int event = 0; event < 80; ++event) {
-            now += std::chrono::milliseconds(upTo(400));
-            static_cast<void>(tried.Settle(now));
-            const int what = event < 40 ? upTo(4) : 1;
-            if (what == 0) {
-                waiting.push_back(upTo(5));
-                tried.Request(waiting.back(), now);
-            } else if (what == 2 || (what == 1 && !waiting.empty())) {
-                there = what == 2 ? upTo(5) : waiting.front();
-                waiting.erase(waiting.begin(), waiting.begin() + (what == 1 ? 1 : 0));
-                static_cast<void>(tried.Observe(there, now));
-            }
-        }
-        static_cast<void>(tried.Settle(now + 3s));
-        EXPECT_EQ(tried.Believed(), there) << "seed " << seed;
-        EXPECT_EQ(tried.Actual(), there) << "seed " << seed;
     }
 }
 
