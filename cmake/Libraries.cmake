@@ -5,10 +5,10 @@ pkg_check_modules(DRAWING REQUIRED IMPORTED_TARGET cairo pango pangocairo gio-2.
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(MOUNT REQUIRED IMPORTED_TARGET mount)
 pkg_check_modules(JSON REQUIRED IMPORTED_TARGET json-c)
-pkg_check_modules(EXPAT REQUIRED IMPORTED_TARGET expat)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 
 add_library(kqu_drawing_libraries INTERFACE)
-target_link_libraries(kqu_drawing_libraries INTERFACE PkgConfig::DRAWING PkgConfig::EXPAT)
+target_link_libraries(kqu_drawing_libraries INTERFACE PkgConfig::DRAWING PkgConfig::PLIST)
 
 add_library(kqu_system_libraries INTERFACE)
 target_link_libraries(kqu_system_libraries INTERFACE

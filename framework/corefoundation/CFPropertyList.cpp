@@ -1,163 +1,108 @@
 #include "framework/corefoundation/CFPropertyList.h"
 
+#include "framework/corefoundation/BinaryListForm.h"
 #include "framework/corefoundation/CFBoolean.h"
 #include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFNumber.h"
 #include "framework/corefoundation/CFOther.h"
 #include "framework/corefoundation/CFString.h"
-#include "framework/files/FileDescriptor.h"
+#include "framework/corefoundation/XmlListForm.h"
 #include "platform/CDeleter.h"
 
-#include <algorithm>
-#include <charconv>
-#include <expat.h>
-#include <optional>
+#include <plist/plist.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 namespace kqu {
 
 namespace {
-constexpr std::string_view blanks = " \t\r\n";
+/// The library does not expect one.
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+/// In bytes. Padding costs no more than its reading, but the library counts in 32 bits.
+constexpr std::size_t largestList = std::size_t{256} << 20U;
 
-/// An element while it is open.
-struct Element {
-    std::string name;
-    std::string text;
+using Node = std::unique_ptr<void, platform::CDeleter<plist_free>>;
+using CText = std::unique_ptr<char, platform::CDeleter<std::free>>;
+
+Ref<CFObject> ToObject(plist_t node);
+
+std::string TextOf(plist_t node) {
+    char* text = nullptr;
+    plist_get_string_val(node, &text);
+    const CText owned(text);
+    return owned ? std::string(owned.get()) : std::string();
+}
+
+Ref<CFObject> ToDictionary(plist_t node) {
+    plist_dict_iter iterator = nullptr;
+    plist_dict_new_iter(node, &iterator);
+    const std::unique_ptr<void, platform::CDeleter<std::free>> ownedIterator(iterator);
     CFDictionary::Entries entries;
-    std::optional<std::string> key;
-    Ref<CFObject> child;
-
-    [[nodiscard]] bool HoldsText() const {
-        return name == "key" || name == "string" || name == "integer" || name == "real" ||
-               name == "date" || name == "data";
+    while (true) {
+        char* key = nullptr;
+        plist_t value = nullptr;
+        plist_dict_next_item(node, iterator, &key, &value);
+        const CText ownedKey(key);
+        if (value == nullptr || key == nullptr)
+            return CFDictionary::Make(std::move(entries));
+        entries.emplace_back(key, ToObject(value));
     }
-    [[nodiscard]] bool MayHold(std::string_view other) const {
-        if (name == "dict")
-            return other != "plist" && (other == "key") == !key;
-        return other != "plist" && other != "key" &&
-               (name == "array" || (name == "plist" && !child));
-    }
-};
+}
 
-/// The whole text as a number, with a sign, blanks around it and, for an integer, in either base.
-Ref<CFObject> NumberIn(std::string_view text, bool isReal) {
-    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-    text = text.substr(0, text.find_last_not_of(blanks) + 1);
-    const bool isNegative = text.starts_with('-');
-    if (isNegative || text.starts_with('+'))
-        text.remove_prefix(1);
-    const bool isHexadecimal = !isReal && (text.starts_with("0x") || text.starts_with("0X"));
-    if (isHexadecimal)
-        text.remove_prefix(2);
-    if (!isReal && !isHexadecimal && text.find_first_not_of("0123456789") != std::string_view::npos)
-        return nullptr;
+double NumberOf(plist_t node) {
     double number = 0.0;
-    const auto form = isHexadecimal ? std::chars_format::hex : std::chars_format::general;
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), number, form);
-    if (text.empty() || end.ec != std::errc() || end.ptr != text.data() + text.size())
-        return nullptr;
-    return CFNumber::Make(isNegative ? -number : number);
+    if (plist_get_node_type(node) == PLIST_REAL) {
+        plist_get_real_val(node, &number);
+    } else {
+        std::uint64_t whole = 0;
+        plist_get_uint_val(node, &whole);
+        // The library knows no sign, but keeps a negative number's bits.
+        number = static_cast<double>(static_cast<std::int64_t>(whole));
+    }
+    return number;
 }
 
-/// What a closed element stands for; nil if it is broken.
-Ref<CFObject> ValueOf(Element& element) {
-    if (element.name == "true" || element.name == "false")
-        return CFBoolean::Make(element.name == "true");
-    if (element.name == "integer" || element.name == "real")
-        return NumberIn(element.text, element.name == "real");
-    if (element.name == "string")
-        return CFString::Make(std::move(element.text));
-    if (element.name == "dict")
-        return element.key ? nullptr : CFDictionary::Make(std::move(element.entries));
-    if (element.name == "plist")
-        return element.child;
-    return element.name == "array" || element.HoldsText() ? CFOther::Make() : nullptr;
+Ref<CFObject> ToObject(plist_t node) {
+    switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+        std::uint8_t truth = 0;
+        plist_get_bool_val(node, &truth);
+        return CFBoolean::Make(truth != 0);
+    }
+    case PLIST_UINT:
+    case PLIST_REAL:
+        return CFNumber::Make(NumberOf(node));
+    case PLIST_STRING:
+        return CFString::Make(TextOf(node));
+    case PLIST_DICT:
+        return ToDictionary(node);
+    default:
+        return CFOther::Make();
+    }
 }
-
-class ListReader {
-  public:
-    [[nodiscard]] Ref<CFObject> Read(std::string_view bytes) {
-        XML_SetUserData(parser_.get(), this);
-        XML_SetElementHandler(
-            parser_.get(),
-            [](void* self, const char* name, const char**) {
-                To(self).Guarded([&] { return To(self).Open(name); });
-            },
-            [](void* self, const char*) { To(self).Guarded([&] { return To(self).Close(); }); });
-        XML_SetCharacterDataHandler(parser_.get(), [](void* self, const char* text, int length) {
-            const std::string_view piece(text, static_cast<std::size_t>(length));
-            To(self).Guarded([&] { return To(self).Take(piece); });
-        });
-        // Entities of any other kind than XML's own.
-        XML_SetSkippedEntityHandler(parser_.get(), [](void* self, const char*, int) {
-            To(self).Guarded([] { return false; });
-        });
-        XML_SetStartDoctypeDeclHandler(
-            parser_.get(), [](void* self, const char*, const char*, const char*, int hasOwn) {
-                To(self).Guarded([&] { return hasOwn == 0; });
-            });
-        const bool isWhole = XML_Parse(parser_.get(), bytes.data(), static_cast<int>(bytes.size()),
-                                       XML_TRUE) == XML_STATUS_OK;
-        return isWhole ? root_ : nullptr;
-    }
-
-  private:
-    static ListReader& To(void* self) { return *static_cast<ListReader*>(self); }
-
-    /// Nothing unwinds through the library: what fails ends the reading.
-    template <class Step>
-    void Guarded(Step step) noexcept {
-        bool isGood = false;
-        try {
-            isGood = step();
-        } catch (...) {
-        }
-        if (!isGood)
-            XML_StopParser(parser_.get(), XML_FALSE);
-    }
-
-    bool Open(std::string_view name) {
-        if (open_.empty() ? name == "key" : !open_.back().MayHold(name))
-            return false;
-        open_.push_back({std::string(name), {}, {}, {}, nullptr});
-        return open_.size() <= std::size_t{deepestList} + 1;
-    }
-
-    bool Take(std::string_view text) {
-        if (open_.empty() || !open_.back().HoldsText())
-            return text.find_first_not_of(blanks) == std::string_view::npos;
-        open_.back().text += text;
-        return true;
-    }
-
-    bool Close() {
-        Element element = std::move(open_.back());
-        open_.pop_back();
-        if (element.name == "key") {
-            open_.back().key = std::move(element.text);
-            return true;
-        }
-        const Ref<CFObject> value = ValueOf(element);
-        if (open_.empty())
-            root_ = value;
-        else if (Element& parent = open_.back(); parent.name == "dict")
-            parent.entries.emplace_back(*std::exchange(parent.key, std::nullopt), value);
-        else
-            parent.child = value;
-        return value != nullptr;
-    }
-
-    platform::CPointer<XML_ParserStruct, XML_ParserFree> parser_{XML_ParserCreate(nullptr)};
-    std::vector<Element> open_;
-    Ref<CFObject> root_;
-};
 } // namespace
 
 Ref<CFObject> CFPropertyListParse(const CFData& data) {
-    return data.Bytes().size() <= longestFile ? ListReader().Read(data.Bytes()) : nullptr;
+    std::string_view bytes = data.Bytes();
+    if (bytes.starts_with(byteOrderMark))
+        bytes.remove_prefix(byteOrderMark.size());
+    if (bytes.size() > largestList)
+        return nullptr;
+    plist_t parsed = nullptr;
+    const auto length = static_cast<std::uint32_t>(bytes.size());
+    if (IsBinaryPropertyList(bytes)) {
+        if (IsBoundedBinaryList(bytes))
+            plist_from_bin(bytes.data(), length, &parsed);
+    } else if (IsWholeXmlList(bytes)) {
+        plist_from_xml(bytes.data(), length, &parsed);
+    }
+    const Node owned(parsed);
+    return parsed != nullptr ? ToObject(parsed) : nullptr;
 }
 
 } // namespace kqu

@@ -1,24 +1,22 @@
 #include "framework/corefoundation/CFBoolean.h"
 #include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFNumber.h"
-#include "framework/corefoundation/CFPropertyList.h"
 #include "framework/corefoundation/CFString.h"
+#include "tests/support/PropertyLists.h"
 
 #include <gtest/gtest.h>
 
 namespace kqu {
 namespace {
 
-Ref<CFObject> ParseList(const std::string& bytes) {
-    return CFPropertyListParse(*CFData::Make(bytes));
-}
+using namespace testing_support;
 
 const std::string head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                          "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
                          "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
                          "<plist version=\"1.0\">";
 
-TEST(PropertyList, GivesItsValues) {
+TEST(PropertyList, GivesTheValuesOfBothForms) {
     const auto list = CFCast<CFDictionary>(ParseList(
         head + "<!-- <key>off</key><true/> --><dict><key>On</key><true/><key>off</key><false/>"
                "<key>n</key><integer>5</integer><key>t</key><string>a&amp;b \xC3\xA4</string>"
@@ -33,6 +31,13 @@ TEST(PropertyList, GivesItsValues) {
     EXPECT_EQ(list->Value("l")->TypeID(), CFTypeID::Other);
     EXPECT_THROW(static_cast<void>(CFCast<CFBoolean>(list->Value("n"))), IllegalCastException);
     EXPECT_THROW(static_cast<void>(CFCast<CFBoolean>(list->Value("absent"))), NilObjectException);
+
+    const std::string binary =
+        BinaryList({std::string("\xD1\0\1\0\2", 5), "\x59SleepOnAC", "\x09"});
+    const auto other = CFCast<CFDictionary>(ParseList(binary));
+    EXPECT_TRUE(CFCast<CFBoolean>(other->Value("SleepOnAC"))->Value());
+    for (std::size_t length = 6; length < binary.size(); ++length)
+        EXPECT_EQ(ParseList(binary.substr(0, length)), nullptr) << length;
 }
 
 TEST(PropertyList, ABrokenOneIsNilAsAWhole) {
@@ -46,6 +51,7 @@ TEST(PropertyList, ABrokenOneIsNilAsAWhole) {
           head + "<dict><key>a</key>" + std::string(5, '\0') + "</dict>", std::string("<plist>"),
           head + "</plist>", std::string("<plist/>")})
         EXPECT_EQ(ParseList(broken), nullptr) << broken;
+    // The library would make something of most of these.
     for (const std::string content :
          {"<dict><key>a</key></dict>", "<dict><true/></dict>",
           "<dict><key>a</key><key>b</key></dict>", "<dict><key>a</key><true/><false/></dict>",
@@ -60,15 +66,25 @@ TEST(PropertyList, ABrokenOneIsNilAsAWhole) {
 TEST(PropertyList, WhatIsOddButSoundIsTaken) {
     for (const std::string& list : {"\xEF\xBB\xBF" + head + "<true/></plist>",
                                     std::string("<!-- a --> <true></true>\r<!-- <b> -->"),
-                                    head + "<?odd?><true /></plist >\n"})
+                                    head + "<?odd?><true /></plist >\n", BinaryList({"\x09"})})
         EXPECT_TRUE(CFCast<CFBoolean>(ParseList(list))->Value()) << list;
     EXPECT_EQ(
         CFCast<CFString>(ParseList("<string>a<![CDATA[<&]]>&#228;<!-- b --></string>"))->Text(),
         "a<&\u00E4");
     for (const std::string& list :
          {std::string("<integer> -5 </integer>"), std::string("<real>-5.0e0</real>"),
-          std::string("<integer>-0x5</integer>")})
+          std::string("<integer>-0x5</integer>"),
+          BinaryList({"\x13" + std::string(7, '\xFF') + "\xFB"})})
         EXPECT_EQ(CFCast<CFNumber>(ParseList(list))->DoubleValue(), -5) << list;
+}
+
+TEST(PropertyList, LongTextsHaveTheirLengthInANumberOfTheirOwn) {
+    const std::string text(300, 'x');
+    for (const std::string& length :
+         {std::string("\x11\x01\x2C"), std::string("\x12\0\0\x01\x2C", 5)})
+        EXPECT_EQ(CFCast<CFString>(ParseList(BinaryList({"\x5F" + length + text})))->Text(), text);
+    for (const std::string length : {"\x11\x01\x2D", "\x51\x02", "\x11"})
+        EXPECT_EQ(ParseList(BinaryList({"\x5F" + length + text})), nullptr);
 }
 
 TEST(PropertyList, NoListIsTooMuchForIt) {
@@ -80,11 +96,29 @@ TEST(PropertyList, NoListIsTooMuchForIt) {
     };
     for (const std::string& list :
          {many(100000, "<array>") + many(100000, "</array>"),
-          "<string>" + std::string(1 << 20, 'x') + "</string>", std::string("bplist00"),
+          "<string>" + many(200000, "&amp;") + "</string>",
+          "<array>" + many(200000, "<true/>") + "</array>",
           std::string("<!DOCTYPE plist [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;\">]>"
                       "<plist><string>&b;&b;&b;</string></plist>")})
         EXPECT_EQ(ParseList(list), nullptr) << list.substr(0, 20);
     EXPECT_NE(ParseList("<array>" + many(10000, "<string>a&amp;b</string>") + "</array>"), nullptr);
+
+    // Each array mentions the next one, once and twice.
+    const auto nested = [](std::size_t depth, bool twice) {
+        std::vector<std::string> arrays;
+        for (std::size_t next = 1; next <= depth; ++next)
+            arrays.push_back((twice ? "\xA2" + Bytes(next, 2) : "\xA1") + Bytes(next, 2));
+        arrays.emplace_back("\x09");
+        return BinaryList(arrays);
+    };
+    EXPECT_NE(ParseList(nested(100, false)), nullptr);
+    EXPECT_EQ(ParseList(nested(60000, false)), nullptr);
+    EXPECT_NE(ParseList(nested(8, true)), nullptr);
+    EXPECT_EQ(ParseList(nested(60, true)), nullptr);
+    EXPECT_EQ(ParseList(BinaryList({std::string("\xA1\0\0", 3)})), nullptr);
+    // A text with a NUL in it.
+    for (const std::string& text : {std::string("\x53\x61\0b", 4), std::string("\x62\0a\0\0", 5)})
+        EXPECT_EQ(ParseList(BinaryList({text})), nullptr);
 }
 
 TEST(CFDictionary, KeysAreExactAndTheLastOfEqualOnesCounts) {
