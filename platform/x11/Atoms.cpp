@@ -13,6 +13,7 @@ constexpr std::size_t atomCount = static_cast<std::size_t>(AtomName::Count);
 
 /// In the order of AtomName.
 constexpr std::array<std::string_view, atomCount> names{
+    "MANAGER",
     "UTF8_STRING",
     "WM_CHANGE_STATE",
     "WM_DELETE_WINDOW",
@@ -21,6 +22,7 @@ constexpr std::array<std::string_view, atomCount> names{
     "_MOTIF_WM_HINTS",
     "_NET_SUPPORTED",
     "_NET_SUPPORTING_WM_CHECK",
+    "_NET_WM_DESKTOP",
     "_NET_WM_ICON",
     "_NET_WM_ICON_NAME",
     "_NET_WM_MOVERESIZE",
@@ -29,13 +31,19 @@ constexpr std::array<std::string_view, atomCount> names{
     "_NET_WM_PING",
     "_NET_WM_STATE",
     "_NET_WM_STATE_ABOVE",
+    "_NET_WM_STATE_DEMANDS_ATTENTION",
     "_NET_WM_STATE_HIDDEN",
+    "_NET_WM_STATE_MAXIMIZED_HORZ",
+    "_NET_WM_STATE_MAXIMIZED_VERT",
     "_NET_WM_STATE_SKIP_TASKBAR",
+    "_NET_WM_STATE_STICKY",
     "_NET_WM_USER_TIME",
     "_NET_WM_WINDOW_OPACITY",
     "_NET_WM_WINDOW_TYPE",
     "_NET_WM_WINDOW_TYPE_NORMAL",
     "_NET_WM_WINDOW_TYPE_UTILITY",
+    "_XSETTINGS_S0",
+    "_XSETTINGS_SETTINGS",
 };
 static_assert(!names.back().empty(), "a name for each atom");
 } // namespace

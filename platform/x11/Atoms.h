@@ -8,6 +8,7 @@ namespace kqu::platform {
 
 /// The names that are used beyond the predefined ones of the core protocol.
 enum class AtomName : std::size_t {
+    Manager,
     Utf8String,
     WmChangeState,
     WmDeleteWindow,
@@ -16,6 +17,7 @@ enum class AtomName : std::size_t {
     MotifWmHints,
     NetSupported,
     NetSupportingWmCheck,
+    NetWmDesktop,
     NetWmIcon,
     NetWmIconName,
     NetWmMoveResize,
@@ -24,13 +26,19 @@ enum class AtomName : std::size_t {
     NetWmPing,
     NetWmState,
     NetWmStateAbove,
+    NetWmStateDemandsAttention,
     NetWmStateHidden,
+    NetWmStateMaximizedHorz,
+    NetWmStateMaximizedVert,
     NetWmStateSkipTaskbar,
+    NetWmStateSticky,
     NetWmUserTime,
     NetWmWindowOpacity,
     NetWmWindowType,
     NetWmWindowTypeNormal,
     NetWmWindowTypeUtility,
+    XSettingsS0,
+    XSettingsSettings,
     Count
 };
 

@@ -35,7 +35,9 @@ Monitors::Monitors(const Display& display, Questions& questions, std::function<v
 
 void Monitors::Listen() {
     xcb_connection_t* const connection = display_.Connection();
-    const std::uint32_t rootEvents = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    // The properties are of interest to DesktopScale.
+    const std::uint32_t rootEvents =
+        XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(connection, display_.Root(), XCB_CW_EVENT_MASK, &rootEvents);
     const xcb_query_extension_reply_t* const randr =
         xcb_get_extension_data(connection, &xcb_randr_id);

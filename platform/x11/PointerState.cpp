@@ -24,6 +24,12 @@ bool PointerState::PrimaryButtonDown() {
     return buttonDown_;
 }
 
+bool PointerState::ServerAnswers() {
+    Forget();
+    Refresh();
+    return asked_ == 0;
+}
+
 void PointerState::Refresh() {
     if (std::exchange(isFresh_, true) || (asked_ != 0 && !TakeAnswer()))
         return;

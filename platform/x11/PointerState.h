@@ -17,6 +17,8 @@ class PointerState {
     void Forget() { isFresh_ = false; }
     [[nodiscard]] Point OnRoot();
     [[nodiscard]] bool PrimaryButtonDown();
+    /// Asks anew; false while the server leaves a question unanswered.
+    [[nodiscard]] bool ServerAnswers();
 
   private:
     void Refresh();

@@ -21,6 +21,9 @@ constexpr std::string_view windowClass = "kqu-messenger\0KQU_Messenger\0"sv;
 constexpr std::uint32_t zoomAttributes = 2 | 4;
 constexpr std::uint32_t collapseAttribute = 8;
 
+/// The desktop of a window that stands on all of them.
+constexpr std::uint32_t allDesktops = 0xFFFFFFFF;
+
 // The Motif hints.
 constexpr std::uint32_t motifFunctionsAndDecorations = 1 | 2;
 constexpr std::uint32_t motifResize = 2;
@@ -80,9 +83,14 @@ void WindowHints::WriteWishes(bool iconic) const {
     display_.SetWords(window_, display_.Atom(AtomName::NetWmWindowType), XCB_ATOM_ATOM, type);
     if (!floats)
         return;
-    const std::array states{display_.Atom(AtomName::NetWmStateAbove),
-                            display_.Atom(AtomName::NetWmStateSkipTaskbar)};
+    // A minimised window stands in the taskbar, where the user gets it back.
+    std::vector states{display_.Atom(AtomName::NetWmStateAbove),
+                       display_.Atom(AtomName::NetWmStateSticky)};
+    if (!iconic)
+        states.push_back(display_.Atom(AtomName::NetWmStateSkipTaskbar));
     display_.SetWords(window_, display_.Atom(AtomName::NetWmState), XCB_ATOM_ATOM, states);
+    display_.SetWords(window_, display_.Atom(AtomName::NetWmDesktop), XCB_ATOM_CARDINAL,
+                      std::array{allDesktops});
     // 0 asks for no focus when the window appears.
     const std::array<std::uint32_t, 1> userTime{0};
     display_.SetWords(window_, display_.Atom(AtomName::NetWmUserTime), XCB_ATOM_CARDINAL, userTime);

@@ -1,5 +1,6 @@
 #include "platform/x11/X11Window.h"
 
+#include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/IconScaling.h"
 #include "platform/x11/X11WindowSystem.h"
 
@@ -13,11 +14,17 @@ namespace kqu::platform {
 namespace {
 /// The limits of the protocol.
 constexpr int largestSide = 32767;
+constexpr int largestScale = 3;
 /// Sides of the icons that are offered.
 constexpr std::array iconSides{48, 32};
 
 Size Possible(Size size) {
-    return {std::clamp(size.width, 1, largestSide), std::clamp(size.height, 1, largestSide)};
+    constexpr int largest = largestSide / largestScale;
+    return {std::clamp(size.width, 1, largest), std::clamp(size.height, 1, largest)};
+}
+
+Rect RectOf(Point at, Size size) {
+    return {at.x, at.y, size.width, size.height};
 }
 } // namespace
 
@@ -54,11 +61,12 @@ X11Window::X11Window(X11WindowSystem& system, const Display& display,
       owner_(owner),
       settings_(settings),
       wanted_{settings.content.Origin(), Possible(settings.content.Extent())},
-      id_(display, WantedOnRoot()),
+      id_(display, RectOf(ToRoot(wanted_.onDesktop), wanted_.size * DeviceScale())),
       hints_(display, id_.value, settings_),
       surface_(display, id_.value),
-      place_(WantedOnRoot().Origin()),
-      size_(wanted_.size),
+      place_(ToRoot(wanted_.onDesktop)),
+      sizeAsked_(wanted_.size * DeviceScale()),
+      actualSize_(sizeAsked_),
       parent_(display.Root()) {
     hints_.WriteIdentity();
     hints_.WriteWishes(false);
@@ -104,14 +112,21 @@ void X11Window::Commit() {
     if (mapping_ == Mapping::Up && !wantsToBeUp_)
         Withdraw(now);
     CommitProperties();
-    CommitGeometry(now);
-    CommitContent();
-    CommitIcon();
-    if (mapping_ == Mapping::Withdrawing && now >= withdrawnAtLatest_)
-        mapping_ = Mapping::Withdrawn;
-    if (mapping_ == Mapping::Withdrawn && wantsToBeUp_)
-        Map();
+    if (!NeedsPixels() || system_.ServerAnswers()) {
+        CommitGeometry(now);
+        CommitContent(now);
+        CommitIcon();
+        if (mapping_ == Mapping::Withdrawn && wantsToBeUp_)
+            Map(now);
+    }
     display_.Flush();
+}
+
+bool X11Window::NeedsPixels() const {
+    if (mapping_ != Mapping::Up)
+        return mapping_ == Mapping::Withdrawn && wantsToBeUp_;
+    return !changed_.IsEmpty() || iconWanted_ || repaintAt_ ||
+           WantedOnRoot().Extent() != sizeAsked_;
 }
 
 void X11Window::CommitProperties() {
@@ -126,20 +141,28 @@ void X11Window::CommitProperties() {
         hints_.WriteOpacity(alpha_);
 }
 
-void X11Window::CommitContent() {
-    if (changed_.IsEmpty())
-        return;
-    hasNewContentForIcon_ = true;
+void X11Window::CommitContent(Moment now) {
+    if (!changed_.IsEmpty())
+        hasNewContentForIcon_ = true;
     // A window that is not up gets all of its content just before it is mapped.
     if (mapping_ != Mapping::Up)
         return;
-    const Rect area = std::exchange(changed_, {});
+    const Rect logical = std::exchange(changed_, {});
+    const Rect area = RectOf(logical.Origin() * DeviceScale(), logical.Extent() * DeviceScale());
+    // A manager may have made the window larger than it asked to be.
+    const Size extent{std::max(sizeAsked_.width, actualSize_.width),
+                      std::max(sizeAsked_.height, actualSize_.height)};
+    const bool repaints = repaintAt_ && now >= *repaintAt_;
+    if (repaints)
+        repaintAt_.reset();
     const Size has = surface_.Extent();
-    if (has.width >= wanted_.size.width && has.height >= wanted_.size.height) {
-        surface_.Update(area, owner_);
+    if (has.width < extent.width || has.height < extent.height || (repaints && has != extent))
+        surface_.Rebuild(extent, owner_);
+    else if (!repaints) {
+        if (!area.IsEmpty())
+            surface_.Update(area, owner_);
         return;
     }
-    surface_.Rebuild(wanted_.size, owner_);
     surface_.Repaint();
 }
 

@@ -27,7 +27,8 @@ class X11WindowSystem;
 /// X11WindowDragging.cpp.
 ///
 /// It is mapped exactly while it is shown and not transparent. Places are kept on the root window,
-/// told and taken on the desktop, whose origin is the main screen's top left.
+/// in device pixels, and told and taken on the desktop in logical ones, whose origin is the main
+/// screen's top left.
 class X11Window final : public NativeWindow {
   public:
     X11Window(X11WindowSystem& system, const Display& display, const NativeWindowSettings& settings,
@@ -43,7 +44,7 @@ class X11Window final : public NativeWindow {
     void SetAlpha(float alpha) override;
     void Show() override { isShown_ = true; }
     void Hide() override { isShown_ = false; }
-    [[nodiscard]] bool IsCollapsed() override { return isIconic_ || isHidden_; }
+    [[nodiscard]] bool IsCollapsed() override { return IsMinimised(); }
     void UpdateDockTile() override { iconWanted_ = true; }
     void BeginDrag(Point start) override;
     void Present(const Rect& changed) override;
@@ -53,6 +54,7 @@ class X11Window final : public NativeWindow {
     /// One event of this window, from the event loop.
     void Handle(const X11Event& event);
     void ScreensChanged();
+    void ScaleChanged();
     /// When HandleDue is to be called.
     [[nodiscard]] std::optional<Moment> Due() const;
     /// True, once, if that moment has come; HandleDue then has to follow.
@@ -61,6 +63,8 @@ class X11Window final : public NativeWindow {
 
   private:
     enum class Mapping { Withdrawn, Up, Withdrawing };
+    /// The actions of a _NET_WM_STATE message (EWMH).
+    enum class NetStateChange : std::uint32_t { Remove, Add };
 
     /// The window on the server; made before all that needs its id, destroyed behind it.
     struct ServerWindow {
@@ -95,43 +99,50 @@ class X11Window final : public NativeWindow {
     /// Asks the server; the answer is dropped with the window.
     void Ask(unsigned int sequence, Questions::Answer answer);
 
+    [[nodiscard]] bool IsMinimised() const { return isIconic_ || isHidden_; }
+
     // Changes that wait for Commit.
+    [[nodiscard]] bool NeedsPixels() const;
     void CommitProperties();
-    void CommitContent();
+    void CommitContent(Moment now);
     void CommitIcon();
 
     // Mapping.
-    void Map();
+    void Map(Moment now);
     void Withdraw(Moment now);
     void FinishWithdrawing();
     void OnMapped();
     void OnUnmapped();
     void OnProperty(xcb_atom_t property);
     void OnState(std::uint32_t state);
+    void OnNetState(const std::vector<std::uint32_t>& states);
+    void ChangeState(NetStateChange change, AtomName one, AtomName other) const;
 
     // Geometry.
+    [[nodiscard]] Point ToLogical(Point onRoot) const;
+    [[nodiscard]] Point ToRoot(Point onDesktop) const;
+    /// In device pixels.
     [[nodiscard]] Rect WantedOnRoot() const;
     void CommitGeometry(Moment now);
     void Configure(const Rect& onRoot, std::uint16_t which) const;
     void OnConfigured(const X11Event& event);
     void AskForPlace();
     void OnPlaceAnswered(const xcb_translate_coordinates_reply_t* reply);
-    [[nodiscard]] bool TakePlace(Point onRoot, Moment now);
-    [[nodiscard]] bool TakeSize(Size size, Moment now);
-    [[nodiscard]] bool SettleGeometry(Moment now);
+    void TakePlace(Point onRoot, Moment now);
+    void TakeSize(Size size, Moment now);
+    void InsistOnSize();
+    void SettlePlace(Moment now);
     void TellContent();
-    void RepaintAfterResize();
 
     // Input.
     void OnPress(const xcb_button_press_event_t& press);
-    void TakeHold(Point contentOnRoot);
+    void StartMoving();
     void OnRelease(const xcb_button_release_event_t& release);
     void OnMotion(const xcb_motion_notify_event_t& motion);
     void OnMessage(const xcb_client_message_event_t& message);
-    void EndPress(Point inContent);
+    void EndPress(Point pointerOnRoot);
 
     // Dragging.
-    void AskWhetherHeld();
     void AskWhoDrags();
     void AskWhetherAlive(const std::vector<std::uint32_t>& manager);
     void AskInDrag(xcb_window_t window, AtomName property, xcb_atom_t type,
@@ -163,7 +174,14 @@ class X11Window final : public NativeWindow {
     WindowHints hints_;
     WindowSurface surface_;
     EchoFilter<Point> place_;
-    EchoFilter<Size> size_;
+    /// The size that was asked for last, the one that the window has, and whether the one that was
+    /// asked for was asked for again since.
+    Size sizeAsked_;
+    Size actualSize_;
+    bool insisted_ = false;
+    /// The border that a manager without frames has given the window; places are asked for and
+    /// reported outside of it.
+    int border_ = 0;
     std::uint32_t knownAttributes_ = 0;
     float knownAlpha_ = 1.0F;
     bool hasNewContentForIcon_ = true;
@@ -181,8 +199,14 @@ class X11Window final : public NativeWindow {
     bool stayIconic_ = false;
     xcb_window_t parent_;
     Moment withdrawnAtLatest_{};
+    /// When a window that should be on the screen and is not is mapped anew.
+    Moment mapAgainAt_{};
+    bool isMapped_ = false;
     std::optional<Moment> repaintAt_;
+    std::optional<Moment> sizeCheckAt_;
     std::optional<Moment> placeCheckAt_;
+    /// Whether the place that the manager chose at the map was corrected.
+    bool corrected_ = false;
     std::optional<PlaceQuestion> placeAsked_;
     bool duePosted_ = false;
 
@@ -190,6 +214,11 @@ class X11Window final : public NativeWindow {
     bool isPressed_ = false;
     bool handedOver_ = false;
     xcb_timestamp_t pressTime_ = 0;
+    /// Where the pointer and the content were on the root window at the press, and whether the
+    /// pointer was moved since.
+    Point pointerAtPress_;
+    Point contentAtPress_;
+    bool hasMoved_ = false;
     Point pointerTold_;
     std::optional<Drag> drag_;
     /// How many there have been.

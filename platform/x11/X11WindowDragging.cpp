@@ -22,26 +22,11 @@ constexpr std::uint32_t fromApplication = 1;
 using Words = std::vector<std::uint32_t>;
 } // namespace
 
-void X11Window::BeginDrag(Point start) {
-    // Without a press there is nothing that would ever end the drag.
-    if (!isPressed_ || drag_)
-        return;
-    pointerTold_ = start + system_.Origin();
-    drag_ = Drag{++drags_, pointerTold_, place_.Actual()};
-    AskWhetherHeld();
-    AskWhoDrags();
-}
-
-void X11Window::AskWhetherHeld() {
-    // A press that some program made up is not followed by a release.
-    const auto question = xcb_query_pointer(display_.Connection(), display_.Root());
-    Ask(question.sequence, [this, asking = drags_](const void* reply) {
-        const auto* pointer = static_cast<const xcb_query_pointer_reply_t*>(reply);
-        if (asking != drags_)
-            return;
-        if (pointer == nullptr || (pointer->mask & XCB_KEY_BUT_MASK_BUTTON_1) == 0)
-            drag_.reset();
-    });
+void X11Window::BeginDrag(Point /*start*/) {
+    // Without a press there is nothing that would ever end the drag. Who moves the window is asked
+    // at the first motion: a mere press is none of the manager's business.
+    if (isPressed_ && !drag_)
+        drag_ = Drag{++drags_, pointerAtPress_, contentAtPress_};
 }
 
 void X11Window::AskWhoDrags() {
@@ -90,7 +75,7 @@ void X11Window::HandDragOver() {
     display_.Flush();
     handedOver_ = true;
     // The release goes to the manager; for the owner the press ends here.
-    EndPress(pointerTold_ - place_.Actual());
+    EndPress(pointerTold_);
 }
 
 void X11Window::CancelHandedOverDrag(Point pointer) {
@@ -110,9 +95,9 @@ void X11Window::DragByOurselves(Point pointer) {
 void X11Window::DragTo(Point pointer) {
     const Point place = drag_->placeAtStart + (pointer - drag_->pointerAtStart);
     pointerTold_ = pointer;
-    if (!drag_->isOurs || place == place_.Believed())
+    const Point onDesktop = ToLogical(place);
+    if (!drag_->isOurs || std::exchange(wanted_.onDesktop, onDesktop) == onDesktop)
         return;
-    wanted_.onDesktop = place - system_.Origin();
     CommitGeometry(std::chrono::steady_clock::now());
     display_.Flush();
     TellContent();

@@ -1,9 +1,12 @@
 #include "platform/x11/X11Window.h"
+
+#include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/X11WindowSystem.h"
 
 #include <algorithm>
 #include <chrono>
 #include <utility>
+#include <vector>
 
 // Place and size of the content: what is asked for, what comes of it, and what is told of that.
 
@@ -12,17 +15,30 @@ namespace kqu::platform {
 namespace {
 /// What a manager did not carry out by then is taken as it stands.
 constexpr std::chrono::milliseconds settleTime{250};
+/// How long a manager may take over a request for a size.
+constexpr std::chrono::seconds sizePatience{2};
 } // namespace
 
+Point X11Window::ToLogical(Point onRoot) const {
+    return (onRoot - system_.Origin()) / DeviceScale();
+}
+
+Point X11Window::ToRoot(Point onDesktop) const {
+    return system_.Origin() + onDesktop * DeviceScale();
+}
+
 Rect X11Window::WantedOnRoot() const {
-    const Point place = wanted_.onDesktop + system_.Origin();
-    return {place.x, place.y, wanted_.size.width, wanted_.size.height};
+    // A place between two logical pixels, where the user has put the window, is kept.
+    const bool isThere = ToLogical(place_.Believed()) == wanted_.onDesktop;
+    const Point place = isThere ? place_.Believed() : ToRoot(wanted_.onDesktop);
+    const Size size = wanted_.size * DeviceScale();
+    return {place.x, place.y, size.width, size.height};
 }
 
 void X11Window::CommitGeometry(Moment now) {
     const Rect content = WantedOnRoot();
     const bool moves = content.Origin() != place_.Believed();
-    const bool resizes = content.Extent() != size_.Believed();
+    const bool resizes = content.Extent() != sizeAsked_;
     if (!moves && !resizes)
         return;
     if (resizes && mapping_ == Mapping::Up) {
@@ -41,14 +57,17 @@ void X11Window::CommitGeometry(Moment now) {
                            (resizes ? XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT : 0)));
     if (moves)
         place_.Request(content.Origin(), now);
-    if (resizes)
-        size_.Request(content.Extent(), now);
+    if (!resizes)
+        return;
+    sizeAsked_ = content.Extent();
+    insisted_ = false;
+    sizeCheckAt_ = now + sizePatience;
 }
 
 void X11Window::Configure(const Rect& onRoot, std::uint16_t which) const {
     xcb_configure_window_value_list_t values{};
-    values.x = onRoot.x;
-    values.y = onRoot.y;
+    values.x = onRoot.x - border_;
+    values.y = onRoot.y - border_;
     values.width = static_cast<std::uint32_t>(onRoot.width);
     values.height = static_cast<std::uint32_t>(onRoot.height);
     xcb_configure_window_aux(display_.Connection(), id_.value, which, &values);
@@ -61,21 +80,19 @@ void X11Window::OnConfigured(const X11Event& event) {
     // No window has a side of 0: some client made this event up.
     if (size.width == 0 || size.height == 0)
         return;
-    if (mapping_ != Mapping::Up) {
-        // Where a window is put while it is not up is nobody's wish: managers move windows about
-        // when they take them out of their frames.
-        size_.Acknowledge(size, now);
+    border_ = configured.border_width;
+    TakeSize(size, now);
+    // Where a window is put while it is not up is nobody's wish: managers move windows about when
+    // they take them out of their frames.
+    if (mapping_ != Mapping::Up)
         return;
-    }
     // A manager tells places on the root window (ICCCM 4.1.5), the server those in the frame, which
     // may be under way itself: then the place is looked up when all is quiet.
     const bool knowsPlace = event.IsSynthetic() || parent_ == display_.Root();
     if (!knowsPlace && !placeCheckAt_ && !awaitsMap_)
         placeCheckAt_ = now + settleTime;
-    const bool moved = knowsPlace && TakePlace({configured.x, configured.y}, now);
-    const bool resized = TakeSize(size, now);
-    if (moved || resized)
-        TellContent();
+    if (knowsPlace)
+        TakePlace({configured.x + border_, configured.y + border_}, now);
 }
 
 void X11Window::AskForPlace() {
@@ -91,8 +108,6 @@ void X11Window::AskForPlace() {
 
 void X11Window::OnPlaceAnswered(const xcb_translate_coordinates_reply_t* reply) {
     const Moment now = std::chrono::steady_clock::now();
-    // All that was told until now was the manager's answer to the map; what follows is not.
-    const bool answersMap = std::exchange(answersMap_, false);
     // A place that was told since is known better: a manager may tell it before it moves the
     // window.
     if (std::exchange(placeAsked_, {})->actual != place_.Actual()) {
@@ -102,47 +117,56 @@ void X11Window::OnPlaceAnswered(const xcb_translate_coordinates_reply_t* reply) 
     if (reply == nullptr)
         return;
     const Point onRoot{reply->dst_x, reply->dst_y};
-    if (answersMap)
-        place_.Acknowledge(onRoot, now);
-    else if (TakePlace(onRoot, now))
-        TellContent();
+    TakePlace(onRoot, now);
+    if (!std::exchange(answersMap_, false) || onRoot == place_.Believed() ||
+        std::exchange(corrected_, true))
+        return;
+    // The manager has put the window elsewhere, perhaps for the sake of a border. It is asked once
+    // more; what it does then is the rest of its answer to the map.
+    Configure(WantedOnRoot(), XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y);
+    answersMap_ = true;
+    placeCheckAt_ = now + settleTime;
 }
 
-bool X11Window::TakePlace(Point onRoot, Moment now) {
+void X11Window::TakePlace(Point onRoot, Moment now) {
     // The manager's answer to a map is not the user's doing, and not to be taken for it: the wanted
-    // place stays the wanted one, or the window would creep with each return. And a wish of the
-    // owner that waits for Commit is younger than whatever is told here.
-    if (answersMap_ || WantedOnRoot().Origin() != place_.Believed()) {
-        place_.Acknowledge(onRoot, now);
-        return false;
-    }
-    if (!place_.Observe(onRoot, now))
-        return false;
-    wanted_.onDesktop = onRoot - system_.Origin();
-    return true;
+    // place stays the wanted one, or the window would creep with each return.
+    if (answersMap_)
+        place_.Acknowledge(onRoot);
+    else
+        place_.Observe(onRoot, now);
 }
 
-bool X11Window::TakeSize(Size size, Moment now) {
-    if (wanted_.size != size_.Believed()) {
-        size_.Acknowledge(size, now);
-        return false;
+void X11Window::SettlePlace(Moment now) {
+    // A wish of the owner that waits for Commit is younger than whatever is known here.
+    if (WantedOnRoot().Origin() != place_.Believed())
+        return;
+    if (const auto place = place_.Settle(now)) {
+        wanted_.onDesktop = ToLogical(*place);
+        TellContent();
     }
-    if (!size_.Observe(size, now))
-        return false;
-    wanted_.size = size;
-    return true;
 }
 
-bool X11Window::SettleGeometry(Moment now) {
-    const bool keepsPlace = WantedOnRoot().Origin() != place_.Believed();
-    const bool keepsSize = wanted_.size != size_.Believed();
-    const auto place = place_.Settle(now);
-    const auto size = size_.Settle(now);
-    if (place && !keepsPlace)
-        wanted_.onDesktop = *place - system_.Origin();
-    if (size && !keepsSize)
-        wanted_.size = *size;
-    return (place && !keepsPlace) || (size && !keepsSize);
+// The user sizes the window by its own grip only. A manager that gives it another size is asked for
+// the wanted one again; one that insists on its own size is left in peace.
+void X11Window::TakeSize(Size size, Moment now) {
+    if (std::exchange(actualSize_, size) != size && mapping_ == Mapping::Up)
+        repaintAt_ = std::min(repaintAt_.value_or(now), now);
+    if (size == sizeAsked_) {
+        sizeCheckAt_.reset();
+        insisted_ = false;
+    } else if (!insisted_ && !sizeCheckAt_) {
+        sizeCheckAt_ = now + settleTime;
+    }
+}
+
+void X11Window::InsistOnSize() {
+    sizeCheckAt_.reset();
+    if (actualSize_ == sizeAsked_ || std::exchange(insisted_, true))
+        return;
+    const Rect content = WantedOnRoot();
+    hints_.WritePlaceAndSize(content);
+    Configure(content, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT);
 }
 
 void X11Window::TellContent() {
@@ -154,24 +178,41 @@ void X11Window::ScreensChanged() {
     // The window stays where it is on the glass; it is the desktop's origin that moved.
     if (mapping_ != Mapping::Up)
         return;
-    const Point onDesktop = place_.Believed() - system_.Origin();
+    Point onDesktop = ToLogical(place_.Believed());
+    const std::vector<Rect> screens = system_.Screens();
+    const Rect content{onDesktop.x, onDesktop.y, wanted_.size.width, wanted_.size.height};
+    const bool isSeen = std::any_of(screens.begin(), screens.end(), [&](const Rect& screen) {
+        return !Intersection(screen, content).IsEmpty();
+    });
+    // Without a manager nobody else brings it back from a monitor that went away.
+    if (!isManaged_ && !isSeen)
+        onDesktop = {std::clamp(onDesktop.x, 0, std::max(0, screens[0].width - content.width)),
+                     std::clamp(onDesktop.y, 0, std::max(0, screens[0].height - content.height))};
     if (std::exchange(wanted_.onDesktop, onDesktop) != onDesktop)
         TellContent();
+}
+
+void X11Window::ScaleChanged() {
+    // The next Commit gives it the new size, at the same place in logical pixels.
+    if (mapping_ != Mapping::Up)
+        place_.Assume(ToRoot(wanted_.onDesktop));
+    owner_.ScaleChanged();
 }
 
 std::optional<Moment> X11Window::Due() const {
     if (duePosted_)
         return std::nullopt;
-    std::optional<Moment> first = repaintAt_;
+    std::optional<Moment> first;
     const auto noLaterThan = [&first](std::optional<Moment> moment) {
         if (moment && (!first || *moment < *first))
             first = moment;
     };
     // Only a window that can be seen is waited for.
     if (mapping_ == Mapping::Up) {
-        noLaterThan(placeCheckAt_);
-        noLaterThan(place_.Due());
-        noLaterThan(size_.Due());
+        for (const auto& due : {repaintAt_, sizeCheckAt_, placeCheckAt_, place_.Due()})
+            noLaterThan(due);
+        if (!isMapped_ && !IsMinimised())
+            noLaterThan(mapAgainAt_);
     }
     if (mapping_ == Mapping::Withdrawing && wantsToBeUp_)
         noLaterThan(withdrawnAtLatest_);
@@ -189,25 +230,17 @@ void X11Window::HandleDue() {
     duePosted_ = false;
     if (mapping_ == Mapping::Withdrawing && now >= withdrawnAtLatest_)
         FinishWithdrawing();
-    if (repaintAt_ && now >= *repaintAt_)
-        RepaintAfterResize();
     if (mapping_ != Mapping::Up)
         return;
+    // The manager has lost the request, or taken an older withdrawal for a younger one. The next
+    // Commit maps the window anew.
+    if (!isMapped_ && !IsMinimised() && now >= mapAgainAt_)
+        mapping_ = Mapping::Withdrawn;
+    if (sizeCheckAt_ && now >= *sizeCheckAt_)
+        InsistOnSize();
     if (placeCheckAt_ && now >= *placeCheckAt_)
         AskForPlace();
-    if (SettleGeometry(now))
-        TellContent();
-}
-
-void X11Window::RepaintAfterResize() {
-    repaintAt_.reset();
-    // A manager may have given the window another size, or none at all, and then the server had no
-    // reason to paint.
-    const Size extent{std::max(wanted_.size.width, size_.Actual().width),
-                      std::max(wanted_.size.height, size_.Actual().height)};
-    if (surface_.Extent() != extent)
-        surface_.Rebuild(extent, owner_);
-    surface_.Repaint();
+    SettlePlace(now);
 }
 
 } // namespace kqu::platform

@@ -1,4 +1,6 @@
 #include "platform/x11/X11Window.h"
+
+#include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/X11WindowSystem.h"
 
 #include <algorithm>
@@ -49,6 +51,9 @@ void X11Window::Handle(const X11Event& event) {
         return OnUnmapped();
     case XCB_REPARENT_NOTIFY:
         parent_ = event.As<xcb_reparent_notify_event_t>().parent;
+        // A manager that ends lets go of the window; what it wrote on it stays.
+        if (parent_ == display_.Root() && mapping_ == Mapping::Up)
+            isManaged_ = false;
         return;
     case XCB_PROPERTY_NOTIFY:
         return OnProperty(event.As<xcb_property_notify_event_t>().atom);
@@ -60,7 +65,8 @@ void X11Window::Handle(const X11Event& event) {
 }
 
 void X11Window::OnPress(const xcb_button_press_event_t& press) {
-    const Point inContent{press.event_x, press.event_y};
+    const Point onDevice{press.event_x, press.event_y};
+    const Point inContent = onDevice / DeviceScale();
     if (const auto step = WheelStep(press.detail)) {
         owner_.WheelTurned(inContent, step->x, step->y);
         return;
@@ -68,27 +74,27 @@ void X11Window::OnPress(const xcb_button_press_event_t& press) {
     if (press.detail != primaryButton || mapping_ != Mapping::Up)
         return;
     isPressed_ = true;
+    hasMoved_ = false;
     handedOver_ = false;
     drag_.reset();
     pressTime_ = press.time;
-    pointerTold_ = {press.root_x, press.root_y};
-    const std::weak_ptr<const bool> alive = alive_;
-    TakeHold(pointerTold_ - inContent);
-    if (!alive.expired())
-        owner_.ButtonPressed(inContent);
+    pointerAtPress_ = pointerTold_ = {press.root_x, press.root_y};
+    contentAtPress_ = pointerAtPress_ - onDevice;
+    owner_.ButtonPressed(inContent);
 }
 
-void X11Window::TakeHold(Point contentOnRoot) {
-    // Wherever the manager put the window when it was mapped: from the moment that the user takes
-    // hold of it, its real place counts.
+// A press alone changes nothing. From the first motion on the window's real place counts, wherever
+// the manager put it when it was mapped.
+void X11Window::StartMoving() {
+    hasMoved_ = true;
     answersMap_ = false;
     placeAsked_.reset();
-    const bool isMoved = contentOnRoot != place_.Believed();
-    place_.Assume(contentOnRoot);
-    if (!isMoved)
-        return;
-    wanted_.onDesktop = contentOnRoot - system_.Origin();
-    TellContent();
+    const bool isElsewhere = contentAtPress_ != place_.Believed();
+    place_.Assume(contentAtPress_);
+    if (isElsewhere) {
+        wanted_.onDesktop = ToLogical(contentAtPress_);
+        TellContent();
+    }
 }
 
 void X11Window::OnRelease(const xcb_button_release_event_t& release) {
@@ -99,34 +105,46 @@ void X11Window::OnRelease(const xcb_button_release_event_t& release) {
         CancelHandedOverDrag(pointer);
     if (!isPressed_)
         return;
-    if (!drag_) {
-        EndPress({release.event_x, release.event_y});
+    if (!drag_ || pointer == pointerAtPress_) {
+        EndPress(pointer);
         return;
     }
     const std::weak_ptr<const bool> alive = alive_;
-    // Whoever would have moved the window: it goes where the hand has put it.
-    DragByOurselves(pointer);
+    if (!hasMoved_)
+        StartMoving();
+    // Whoever would have moved the window: it goes where the user has put it.
     if (!alive.expired())
-        EndPress(pointer - place_.Believed());
+        DragByOurselves(pointer);
+    if (!alive.expired())
+        EndPress(pointer);
 }
 
-void X11Window::EndPress(Point inContent) {
+void X11Window::EndPress(Point pointerOnRoot) {
     isPressed_ = false;
     drag_.reset();
-    owner_.ButtonReleased(inContent);
+    owner_.ButtonReleased((pointerOnRoot - place_.Actual()) / DeviceScale());
 }
 
 void X11Window::OnMotion(const xcb_motion_notify_event_t& motion) {
-    if (!isPressed_)
+    const Point at{motion.root_x, motion.root_y};
+    if (!isPressed_ || (!hasMoved_ && at == pointerAtPress_))
+        return;
+    const std::weak_ptr<const bool> alive = alive_;
+    if (!hasMoved_) {
+        StartMoving();
+        if (!alive.expired() && drag_)
+            AskWhoDrags();
+    }
+    if (alive.expired())
         return;
     if (drag_) {
-        DragTo({motion.root_x, motion.root_y});
+        DragTo(at);
         return;
     }
     // Where the pointer is by now, for motions that waited long and one that arrives alike.
     const Point pointer = system_.PointerOnRoot();
     if (std::exchange(pointerTold_, pointer) != pointer)
-        owner_.PointerMoved(pointer - place_.Actual());
+        owner_.PointerMoved((pointer - place_.Actual()) / DeviceScale());
 }
 
 void X11Window::OnMessage(const xcb_client_message_event_t& message) {

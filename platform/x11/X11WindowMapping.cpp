@@ -16,18 +16,22 @@ namespace kqu::platform {
 
 namespace {
 /// How long a manager may take over letting go of a window.
-constexpr std::chrono::milliseconds withdrawalLimit{500};
+constexpr std::chrono::seconds withdrawalLimit{5};
+/// How long a manager may take over a map before it is asked again.
+constexpr std::chrono::seconds mapLimit{5};
 /// How long after a map the place that the manager gives the window is its answer to that map.
 constexpr std::chrono::milliseconds mapAnswerTime{250};
 } // namespace
 
-void X11Window::Map() {
+void X11Window::Map(Moment now) {
     const Rect content = WantedOnRoot();
     surface_.Rebuild(content.Extent(), owner_);
     changed_ = {};
     hints_.WriteWishes(stayIconic_);
     hints_.WriteAttributes(attributes_);
     hints_.WritePlaceAndSize(content);
+    iconWanted_ = true;
+    CommitIcon();
     Configure(content, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
                            XCB_CONFIG_WINDOW_HEIGHT);
     if (settings_.globalFloating) {
@@ -41,6 +45,11 @@ void X11Window::Map() {
     mapping_ = Mapping::Up;
     awaitsMap_ = true;
     answersMap_ = true;
+    corrected_ = false;
+    mapAgainAt_ = now + mapLimit;
+    sizeAsked_ = content.Extent();
+    insisted_ = false;
+    sizeCheckAt_.reset();
     placeCheckAt_.reset();
     placeAsked_.reset();
 }
@@ -63,34 +72,39 @@ void X11Window::Withdraw(Moment now) {
     repaintAt_.reset();
     placeCheckAt_.reset();
     placeAsked_.reset();
-    // Nothing that is still owed is waited for: an unseen window wakes nobody.
-    place_.StopWaiting();
-    size_.StopWaiting();
 }
 
 void X11Window::FinishWithdrawing() {
     if (mapping_ != Mapping::Withdrawing)
         return;
+    // The next Commit maps it anew if it is wanted by then.
     mapping_ = Mapping::Withdrawn;
     awaitsMap_ = false;
-    if (!wantsToBeUp_)
-        return;
-    Map();
-    display_.Flush();
 }
 
 void X11Window::OnMapped() {
-    // A slow manager may map what has been withdrawn since.
-    if (std::exchange(awaitsMap_, false) && mapping_ == Mapping::Up)
-        placeCheckAt_ = std::chrono::steady_clock::now() + mapAnswerTime;
+    isMapped_ = true;
+    const bool isAwaited = std::exchange(awaitsMap_, false);
+    if (mapping_ == Mapping::Up) {
+        if (isAwaited)
+            placeCheckAt_ = std::chrono::steady_clock::now() + mapAnswerTime;
+        return;
+    }
+    // A slow manager may map what has been withdrawn since, and the server maps the windows of a
+    // manager that dies.
+    xcb_unmap_window(display_.Connection(), id_.value);
+    if (!isAwaited && parent_ == display_.Root())
+        isManaged_ = false;
 }
 
 void X11Window::OnUnmapped() {
+    isMapped_ = false;
+    mapAgainAt_ = std::chrono::steady_clock::now() + mapLimit;
     if (!isManaged_)
         FinishWithdrawing();
     // The pointer's grab ends with the window: nobody will tell of the release.
     if (isPressed_)
-        EndPress(pointerTold_ - place_.Actual());
+        EndPress(pointerTold_);
 }
 
 void X11Window::OnProperty(xcb_atom_t property) {
@@ -107,8 +121,7 @@ void X11Window::OnProperty(xcb_atom_t property) {
         if (isState)
             OnState(words.empty() ? std::uint32_t{XCB_ICCCM_WM_STATE_WITHDRAWN} : words.front());
         else
-            isHidden_ = std::find(words.begin(), words.end(),
-                                  display_.Atom(AtomName::NetWmStateHidden)) != words.end();
+            OnNetState(words);
     });
 }
 
@@ -116,10 +129,35 @@ void X11Window::OnState(std::uint32_t state) {
     isIconic_ = state == XCB_ICCCM_WM_STATE_ICONIC;
     isManaged_ = state != XCB_ICCCM_WM_STATE_WITHDRAWN;
     // A window that the user has minimised comes back minimised after it was hidden.
-    if (isManaged_ && mapping_ == Mapping::Up)
-        stayIconic_ = isIconic_;
+    if (isManaged_ && mapping_ == Mapping::Up && std::exchange(stayIconic_, isIconic_) != isIconic_)
+        ChangeState(isIconic_ ? NetStateChange::Remove : NetStateChange::Add,
+                    AtomName::NetWmStateSkipTaskbar, AtomName::NetWmStateSkipTaskbar);
     if (!isManaged_)
         FinishWithdrawing();
+}
+
+void X11Window::OnNetState(const std::vector<std::uint32_t>& states) {
+    const auto has = [&](AtomName state) {
+        return std::find(states.begin(), states.end(), display_.Atom(state)) != states.end();
+    };
+    isHidden_ = has(AtomName::NetWmStateHidden);
+    if (mapping_ != Mapping::Up)
+        return;
+    // The panel is as large as its rows, wherever it stands: it gives a maximised state back.
+    if (has(AtomName::NetWmStateMaximizedHorz) || has(AtomName::NetWmStateMaximizedVert))
+        ChangeState(NetStateChange::Remove, AtomName::NetWmStateMaximizedHorz,
+                    AtomName::NetWmStateMaximizedVert);
+    // A manager demands it for a window that takes no focus when it is mapped.
+    if (has(AtomName::NetWmStateDemandsAttention))
+        ChangeState(NetStateChange::Remove, AtomName::NetWmStateDemandsAttention,
+                    AtomName::NetWmStateDemandsAttention);
+}
+
+void X11Window::ChangeState(NetStateChange change, AtomName one, AtomName other) const {
+    constexpr std::uint32_t fromApplication = 1;
+    display_.SendToManager(id_.value, AtomName::NetWmState,
+                           {static_cast<std::uint32_t>(change), display_.Atom(one),
+                            display_.Atom(other), fromApplication});
 }
 
 } // namespace kqu::platform

@@ -1,6 +1,8 @@
 #include "platform/x11/X11WindowSystem.h"
 
 #include "platform/CDeleter.h"
+#include "platform/interfaces/DeviceScale.h"
+#include "platform/x11/DesktopScale.h"
 #include "platform/x11/Display.h"
 #include "platform/x11/Monitors.h"
 #include "platform/x11/PointArithmetic.h"
@@ -59,8 +61,10 @@ std::unique_ptr<X11WindowSystem> X11WindowSystem::Open() {
 X11WindowSystem::X11WindowSystem(std::unique_ptr<Display> display)
     : display_(std::move(display)),
       questions_(std::make_unique<Questions>(*display_)),
-      monitors_(
-          std::make_unique<Monitors>(*display_, *questions_, [this] { TellScreensChanged(); })),
+      monitors_(std::make_unique<Monitors>(*display_, *questions_,
+                                           [this] { TellWindows(&X11Window::ScreensChanged); })),
+      scale_(std::make_unique<DesktopScale>(*display_, *questions_,
+                                            [this] { TellWindows(&X11Window::ScaleChanged); })),
       pointer_(std::make_unique<PointerState>(*display_)) {}
 
 X11WindowSystem::~X11WindowSystem() = default;
@@ -73,11 +77,17 @@ std::unique_ptr<NativeWindow> X11WindowSystem::MakeWindow(const NativeWindowSett
 }
 
 std::vector<Rect> X11WindowSystem::Screens() {
-    return monitors_->Screens();
+    // Whole logical pixels.
+    std::vector<Rect> screens = monitors_->Screens();
+    for (Rect& screen : screens) {
+        const Point at = screen.Origin() / DeviceScale();
+        screen = {at.x, at.y, screen.width / DeviceScale(), screen.height / DeviceScale()};
+    }
+    return screens;
 }
 
 Point X11WindowSystem::PointerPosition() {
-    return pointer_->OnRoot() - Origin();
+    return (pointer_->OnRoot() - Origin()) / DeviceScale();
 }
 
 bool X11WindowSystem::PrimaryButtonDown() {
@@ -94,6 +104,10 @@ Point X11WindowSystem::Origin() {
 
 Point X11WindowSystem::PointerOnRoot() {
     return pointer_->OnRoot();
+}
+
+bool X11WindowSystem::ServerAnswers() {
+    return pointer_->ServerAnswers();
 }
 
 void X11WindowSystem::Ask(unsigned int sequence, Questions::Answer answer) {
@@ -185,17 +199,17 @@ void X11WindowSystem::PostEvent(EventQueue& queue, const X11Event& event) {
 
 void X11WindowSystem::Handle(const X11Event& event) {
     if (X11Window* const window = Find(WindowOf(event)))
-        window->Handle(event);
-    else
-        monitors_->Handle(event);
+        return window->Handle(event);
+    monitors_->Handle(event);
+    scale_->Handle(event);
 }
 
-void X11WindowSystem::TellScreensChanged() {
+void X11WindowSystem::TellWindows(void (X11Window::*what)()) {
     // Those that are told may make and drop windows.
     const auto known = windows_;
     for (const auto& [id, window] : known)
         if (Find(id) == window)
-            window->ScreensChanged();
+            (window->*what)();
 }
 
 } // namespace kqu::platform

@@ -12,6 +12,7 @@
 
 namespace kqu::platform {
 
+class DesktopScale;
 class Display;
 class Monitors;
 class PointerState;
@@ -49,6 +50,9 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     /// Where the main screen's top left is on the root window.
     [[nodiscard]] Point Origin();
     [[nodiscard]] Point PointerOnRoot();
+    /// False while another client holds the server: what is sent then fills the socket, and the
+    /// program would wait for the other client.
+    [[nodiscard]] bool ServerAnswers();
     /// Has the answer to a question that was sent handed over from the loop.
     void Ask(unsigned int sequence, std::function<void(const void* reply)> answer);
     [[nodiscard]] X11Window* Find(std::uint32_t window) const;
@@ -59,11 +63,12 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     bool CollectEvents(EventQueue& queue, Events which);
     void PostEvent(EventQueue& queue, const X11Event& event);
     void Handle(const X11Event& event);
-    void TellScreensChanged();
+    void TellWindows(void (X11Window::*what)());
 
     std::unique_ptr<Display> display_;
     std::unique_ptr<Questions> questions_;
     std::unique_ptr<Monitors> monitors_;
+    std::unique_ptr<DesktopScale> scale_;
     std::unique_ptr<PointerState> pointer_;
     std::map<std::uint32_t, X11Window*> windows_;
     std::function<void()> displayLost_;

@@ -1,5 +1,6 @@
 #include "platform/x11/X11Window.h"
 
+#include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/X11WindowSystem.h"
 #include "tests/support/ServerProcess.h"
 
@@ -46,11 +47,12 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     }
 
     // The owner.
-    void Resize(Size size) {
+    void Resize(Size size) { Resize(size, size); }
+    void Resize(Size size, Size logical) {
         extent = size;
         pixels.assign(static_cast<std::size_t>(size.width * size.height), 0xFFFFFF);
-        window->SetSize(size);
-        window->Present({0, 0, size.width, size.height});
+        window->SetSize(logical);
+        window->Present({0, 0, logical.width, logical.height});
     }
     void Fill(std::uint32_t colour, int first, int last) {
         const auto begin = pixels.begin();
@@ -139,6 +141,16 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
         xcb_configure_window(looker.get(), id, 0x0F, values);
         Sync();
     }
+    /// The first place that is told when somebody goes on moving the window.
+    Rect ToldAfterMovesTo(int y) {
+        int x = 30;
+        Await([&] {
+            Configure({++x, y, 340, 73});
+            RunFor(300ms);
+            return !told.empty();
+        });
+        return told.front();
+    }
     /// What happened to the window since: atoms of properties, `mapped`, and `sized` + height.
     Words Happened() const {
         Sync();
@@ -170,6 +182,7 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
     void PointerMoved(Point) override {}
     void WheelTurned(Point, int, int) override {}
     void CloseRequested() override { ++closes; }
+    void ScaleChanged() override { Resize(content.Extent() * DeviceScale(), content.Extent()); }
     Size FrameExtent() override { return extent; }
     Frame CurrentFrame(int top, int height) override {
         if (top > 0 && inMidUpdate)
@@ -272,13 +285,10 @@ TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
     RunFor(500ms);
     EXPECT_TRUE(told.empty());
     EXPECT_EQ(Place(), (Rect{20, 30, 340, 657}));
-    const Rect larger{30, 40, 400, 700};
-    Configure(larger);
-    Await([&] { return told == std::vector{larger}; });
-    // Larger than the content: that is seen once, and the rest is white.
-    Fill(0xFF0000, 0, 657);
-    Await([this] { return PixelAt(369, 696) == 0xFF0000; });
-    EXPECT_EQ(PixelAt(370, 696) & PixelAt(30, 697), 0xFFFFFFU);
+    // The user sizes the window by its grip alone.
+    Configure({30, 40, 400, 700});
+    Await([&] { return Place() == Rect{30, 40, 340, 657} && !told.empty(); });
+    EXPECT_EQ(told, (std::vector<Rect>{{30, 40, 340, 657}}));
     const xcb_atom_t name = Atom("WM_STATE");
     for (const Words& state : {Words{3, 0}, {1, 0}}) {
         xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, name, name, 32, 2,
@@ -331,10 +341,10 @@ TEST_F(X11WindowTest, OnlyWhatIsToldBeforeTheManagerCanHaveFinishedIsItsAnswerTo
     Configure({7, 8, 340, 73});
     xcb_ungrab_server(looker.get());
     Sync();
-    RunFor(50ms);
+    // The manager is asked for the wanted place once more.
+    Await([this] { return Place() == content; });
     EXPECT_TRUE(told.empty());
-    Configure({30, 40, 340, 73});
-    Await([this] { return told == std::vector<Rect>{{30, 40, 340, 73}}; });
+    EXPECT_EQ(ToldAfterMovesTo(40).y, 40);
 }
 
 TEST_F(X11WindowTest, AnAnswerComesInItsPlaceAmongTheEvents) {
@@ -347,8 +357,14 @@ TEST_F(X11WindowTest, AnAnswerComesInItsPlaceAmongTheEvents) {
     Sync();
     RunFor(50ms);
     // More than are taken in at once.
-    for (int x = 1; x <= 300; ++x)
-        Configure({x, 8, 340, 73});
+    xcb_client_message_event_t close{};
+    close.response_type = XCB_CLIENT_MESSAGE;
+    close.format = 32;
+    close.window = id;
+    close.type = Atom("WM_PROTOCOLS");
+    close.data.data32[0] = Atom("WM_DELETE_WINDOW");
+    for (int count = 1; count <= 300; ++count)
+        xcb_send_event(looker.get(), 0, id, 0, reinterpret_cast<const char*>(&close));
     xcb_ungrab_server(looker.get());
     Sync();
     // Waits for what comes behind all that.
@@ -356,10 +372,10 @@ TEST_F(X11WindowTest, AnAnswerComesInItsPlaceAmongTheEvents) {
     Await(
         [this] {
             Round();
-            return window->IsCollapsed() || told.size() == 300;
+            return window->IsCollapsed() || closes == 300;
         },
         false);
-    EXPECT_EQ(told.size(), 300U);
+    EXPECT_EQ(closes, 300);
     Await([this] { return window->IsCollapsed(); });
 }
 
@@ -386,8 +402,14 @@ TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
     RunFor(600ms);
     EXPECT_FALSE(window->IsCollapsed()) << "nobody could tell";
     EXPECT_TRUE(told.empty());
+    // More than any socket holds.
+    for (std::uint32_t colour = 1; colour <= 100; ++colour) {
+        Fill(colour, 0, content.height);
+        Round();
+    }
     xcb_ungrab_server(looker.get());
     Sync();
+    Await([this] { return PixelAt(200, 100) == 100; });
     Await([this] { return window->IsCollapsed() && !told.empty(); });
     EXPECT_EQ(told, (std::vector<Rect>{{97, 48, 340, 73}}));
 }
@@ -415,10 +437,13 @@ TEST_F(X11WindowTest, AHandedOverDragIsCancelledWhenTheReleaseComesHere) {
     ASSERT_EQ(std::system("xdotool mousemove 210 85 mousedown 1"), 0);
     Await([this] { return pressedAt == Point{110, 35}; });
     window->BeginDrag({210, 85});
+    RunFor(100ms);
+    EXPECT_EQ(pressedAt, (Point{110, 35}));
+    ASSERT_EQ(std::system("xdotool mousemove 215 85"), 0);
     awaitMessage({210, 85, 8, 1, 1});
     // This manager does not take hold of the pointer.
     ASSERT_EQ(std::system("xdotool mouseup 1"), 0);
-    awaitMessage({210, 85, 11, 1, 1});
+    awaitMessage({215, 85, 11, 1, 1});
     EXPECT_EQ(Place(), content);
 }
 
@@ -428,6 +453,52 @@ TEST_F(X11WindowTest, WhenTheMainMonitorChangesItStaysWhereItIsOnTheGlass) {
     Await([this] { return told == std::vector<Rect>{{-100, -50, 340, 73}}; });
     EXPECT_EQ(Place(), content);
     EXPECT_EQ(system->Screens().front(), (Rect{0, 0, 800, 600}));
+}
+
+TEST_F(X11WindowTest, FollowsTheScaleOfTheDesktopAtTheSameLogicalPlace) {
+    Appear();
+    const auto setResolution = [this](const std::string& resources) {
+        xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, root, XCB_ATOM_RESOURCE_MANAGER,
+                            XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(resources.size()),
+                            resources.data());
+        Sync();
+    };
+    setResolution("Xft.dpi:\t192\n");
+    Await([this] { return Place() == Rect{200, 100, 680, 146}; });
+    EXPECT_EQ(system->Screens().front(), (Rect{0, 0, 512, 384}));
+    Fill(0x00FF00, 0, extent.height);
+    Await([this] { return PixelAt(879, 245) == 0x00FF00; });
+    ASSERT_EQ(std::system("xdotool mousemove 421 171 mousedown 1"), 0);
+    Await([this] { return pressedAt == Point{110, 35}; });
+    EXPECT_EQ(system->PointerPosition(), (Point{210, 85}));
+    ASSERT_EQ(std::system("xdotool mouseup 1"), 0);
+    window->SetAlpha(0.0F);
+    RoundTrip();
+    Appear();
+    EXPECT_EQ(Place(), (Rect{200, 100, 680, 146}));
+    setResolution("");
+    Await([this] { return Place() == content; });
+    EXPECT_TRUE(told.empty());
+}
+
+TEST_F(X11WindowTest, ABorderIsNoPartOfTheContent) {
+    const std::uint32_t border = 3;
+    xcb_configure_window(looker.get(), id, XCB_CONFIG_WINDOW_BORDER_WIDTH, &border);
+    Sync();
+    RoundTrip();
+    Appear();
+    // Place is that of the border's corner.
+    Await([this] { return Place() == Rect{97, 47, 340, 73}; });
+    EXPECT_EQ(ToldAfterMovesTo(30).y, 33);
+}
+
+TEST_F(X11WindowTest, WhatIsMappedWithoutBeingWantedIsUnmapped) {
+    Appear();
+    window->SetAlpha(0.0F);
+    RoundTrip();
+    xcb_map_window(looker.get(), id);
+    Sync();
+    Await([this] { return !IsViewable(); });
 }
 
 TEST(X11WindowSystemTest, WithoutMonitorsTheWholeScreenIsOne) {
