@@ -3,15 +3,17 @@
 #include "framework/files/ResourceFork.h"
 
 #include <map>
+#include <utility>
 
 namespace kqu {
 
 namespace {
-/// The pictures that were asked for so far; a missing one is looked for again.
-std::map<int, Ref<Picture>> loaded;
+/// The pictures that were asked for so far, at the scale that they are of; a missing one is looked
+/// for again.
+std::map<std::pair<int, int>, Ref<Picture>> loaded;
 
 Ref<Picture> Loaded(int id) {
-    Ref<Picture>& picture = loaded[id];
+    Ref<Picture>& picture = loaded[{id, ResourceFork::Scale()}];
     if (!picture)
         picture = appResourceForkGetter()->GetPicture(id);
     return picture;
@@ -19,7 +21,8 @@ Ref<Picture> Loaded(int id) {
 
 /// The first time, its partner is drawn into the picture's mask; without one it stays unmasked.
 Ref<Picture> LoadedWithMask(int id, Ref<Picture> (*partner)()) {
-    if (const auto known = loaded.find(id); known != loaded.end() && known->second)
+    if (const auto known = loaded.find({id, ResourceFork::Scale()});
+        known != loaded.end() && known->second)
         return known->second;
     const Ref<Picture> picture = Loaded(id);
     if (!picture)

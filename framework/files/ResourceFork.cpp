@@ -2,21 +2,26 @@
 
 #include "framework/files/EmbeddedPictures.h"
 #include "framework/ui/Picture.h"
+#include "platform/interfaces/DeviceScale.h"
 
 namespace kqu {
 
 namespace {
-std::span<const std::byte> Embedded(int id) {
+std::span<const std::byte> Embedded(int id, int scale) {
     static const auto pictures = EmbeddedPictures();
-    const auto found = pictures.find(id);
+    const auto found = pictures.find({id, scale});
     return found == pictures.end() ? std::span<const std::byte>() : found->second;
 }
 } // namespace
 
 Ref<Picture> ResourceFork::GetPicture(int id) const {
-    const auto changed = changed_.find(id);
-    return Picture::FromPng(
-        changed == changed_.end() ? Embedded(id) : std::span<const std::byte>(changed->second));
+    if (const auto changed = changed_.find(id); changed != changed_.end())
+        return Picture::FromPng(changed->second, 1);
+    return Picture::FromPng(Embedded(id, Scale()), Scale());
+}
+
+int ResourceFork::Scale() {
+    return platform::DeviceScale();
 }
 
 void ResourceFork::Set(int id, std::span<const std::byte> file) {

@@ -18,6 +18,9 @@ class ResourceFork : public Object {
     /// is broken.
     [[nodiscard]] Ref<Picture> GetPicture(int id) const;
 
+    /// Device pixels to a logical one in the pictures that are to be had now.
+    [[nodiscard]] static int Scale();
+
     /// Puts a file in place under an id.
     void Set(int id, std::span<const std::byte> file);
     void Remove(int id);

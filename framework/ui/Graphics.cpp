@@ -31,7 +31,12 @@ Graphics::Graphics(const Ref<Picture>& picture, const platform::Rect& area)
 
 Area Graphics::Clip() const {
     return Area::Of(area_.x, area_.y, area_.width, area_.height)
+        .Times(picture_.Scale())
         .Within(picture_.Colours().Bounds());
+}
+
+Area Graphics::OnDevice(const Area& area) const {
+    return area.Moved(area_.x, area_.y).Times(picture_.Scale());
 }
 
 void Graphics::Draw(drawing::Command command) {
@@ -39,8 +44,7 @@ void Graphics::Draw(drawing::Command command) {
 }
 
 void Graphics::FillRect(int x, int y, int width, int height) {
-    const Area area = Area::Of(x, y, width, height).Moved(area_.x, area_.y);
-    Draw({drawing::FillCommand{area, foreColor_.value}});
+    Draw({drawing::FillCommand{OnDevice(Area::Of(x, y, width, height)), foreColor_.value}});
 }
 
 void Graphics::DrawPicture(const Picture& image, int x, int y, int destinationWidth,
@@ -50,19 +54,19 @@ void Graphics::DrawPicture(const Picture& image, int x, int y, int destinationWi
                                       OrNatural(destinationHeight, image.Height()));
     const Area source = Area::Of(sourceX, sourceY, OrNatural(sourceWidth, image.Width()),
                                  OrNatural(sourceHeight, image.Height()));
-    Draw(drawing::DrawImage(image.Snapshot(), destination.Moved(area_.x, area_.y), source));
+    Draw(drawing::DrawImage(image.Snapshot(), OnDevice(destination), source.Times(image.Scale())));
 }
 
 void Graphics::DrawString(std::string_view text, int x, int baseline, int /*wrapWidth*/,
                           bool /*condense*/) {
-    const drawing::Pixels start = drawing::Pixels{x} + area_.x;
+    const Area start = OnDevice(Area::Of(x, baseline, 0, 0));
     const drawing::Pixels room =
-        std::clamp<drawing::Pixels>(Clip().right - start, 0, TextLayout::longest);
+        std::clamp<drawing::Pixels>(Clip().right - start.left, 0, TextLayout::longest);
     if (room == 0)
         return;
     const std::string_view visible = TextLayout::Enough(text, static_cast<int>(room));
-    Draw({drawing::TextCommand{std::string(visible), start, drawing::Pixels{baseline} + area_.y,
-                               textSize_, foreColor_.value}});
+    Draw({drawing::TextCommand{std::string(visible), start.left, start.top,
+                               textSize_ * picture_.Scale(), foreColor_.value}});
 }
 
 double Graphics::StringWidth(std::string_view text) const {
@@ -70,15 +74,14 @@ double Graphics::StringWidth(std::string_view text) const {
 }
 
 Colour Graphics::Pixel(int x, int y) const {
-    const Area place = Area::Of(x, y, 1, 1).Moved(area_.x, area_.y);
+    const Area place = OnDevice(Area::Of(x, y, 1, 1));
     if (!Clip().Covers(place))
         return {drawing::white};
     return {picture_.Colours().At(place.left, place.top)};
 }
 
 void Graphics::SetPixel(int x, int y, Colour colour) {
-    const Area place = Area::Of(x, y, 1, 1).Moved(area_.x, area_.y);
-    Draw({drawing::FillCommand{place, colour.value}});
+    Draw({drawing::FillCommand{OnDevice(Area::Of(x, y, 1, 1)), colour.value}});
 }
 
 } // namespace kqu

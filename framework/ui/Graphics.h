@@ -20,9 +20,9 @@ class Picture;
 /// height of 0 or less draws nothing.
 inline constexpr int naturalSize = -10000;
 
-/// Draws on a picture, or on a part of one. Coordinates are pixels from the top left of what is
-/// drawn on, y downwards; what falls outside is clipped, whatever the numbers. The colour and the
-/// size of text stay as they were set: black and 12 pixels to begin with.
+/// Draws on a picture, or on a part of one. Coordinates are logical pixels from the top left of
+/// what is drawn on, y downwards; what falls outside is clipped, whatever the numbers. The colour
+/// and the size of text stay as they were set: black and 12 pixels to begin with.
 class Graphics {
   public:
     /// Draws on a part of a picture, such as a control's place in the pixels of its window: the
@@ -63,7 +63,9 @@ class Graphics {
   private:
     Graphics(const Ref<Picture>& picture, const platform::Rect& area);
 
+    // Both in device pixels of the picture.
     [[nodiscard]] drawing::Area Clip() const;
+    [[nodiscard]] drawing::Area OnDevice(const drawing::Area& area) const;
     void Draw(drawing::Command command);
 
     Ref<Picture> keptAlive_;

@@ -3,6 +3,7 @@
 #include "framework/ui/drawing/Plane.h"
 #include "framework/ui/drawing/PngFile.h"
 #include "framework/values/Exceptions.h"
+#include "platform/interfaces/DeviceScale.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,31 +15,42 @@ using drawing::Plane;
 using drawing::Raster;
 
 Ref<Picture> Picture::MakeBuffer(int width, int height) {
+    const int scale = platform::DeviceScale();
     return std::make_shared<Picture>(
-        std::make_shared<Plane>(Raster(Area::Of(0, 0, std::max(width, 0), std::max(height, 0)))));
+        std::make_shared<Plane>(
+            Raster(Area::Of(0, 0, std::max(width, 0), std::max(height, 0)).Times(scale))),
+        scale);
 }
 
-Ref<Picture> Picture::FromPng(std::span<const std::byte> file) {
+Ref<Picture> Picture::FromPng(std::span<const std::byte> file, int scale) {
     auto pixels = drawing::ReadPng(file);
-    return pixels ? std::make_shared<Picture>(std::make_shared<Plane>(std::move(*pixels)))
+    return pixels ? std::make_shared<Picture>(std::make_shared<Plane>(std::move(*pixels)), scale)
                   : nullptr;
 }
 
-Picture::Picture(std::shared_ptr<Plane> plane) : plane_(std::move(plane)), graphics_(*this) {}
+Ref<Picture> Picture::MakeRecorded(int width, int height) {
+    const int scale = platform::DeviceScale();
+    return std::make_shared<Picture>(
+        std::make_shared<Plane>(std::max(width, 0) * scale, std::max(height, 0) * scale), scale);
+}
+
+Picture::Picture(std::shared_ptr<Plane> plane, int scale)
+    : plane_(std::move(plane)), scale_(scale), graphics_(*this) {}
 
 Picture::~Picture() = default;
 
 int Picture::Width() const {
-    return plane_->Width();
+    return plane_->Width() / scale_;
 }
 
 int Picture::Height() const {
-    return plane_->Height();
+    return plane_->Height() / scale_;
 }
 
 Ref<Picture> Picture::Mask(MaskCreation creation) {
     if (!mask_ && creation == MaskCreation::MakeIfMissing)
-        mask_ = std::make_shared<Picture>(std::make_shared<Plane>(Width(), Height()));
+        mask_ = std::make_shared<Picture>(
+            std::make_shared<Plane>(plane_->Width(), plane_->Height()), scale_);
     return mask_;
 }
 
@@ -50,7 +62,7 @@ void Picture::Draw(drawing::Command command, const Area& clip) {
     // A plane that somebody else holds is a snapshot and stays as it is.
     if (plane_.use_count() > 1) {
         if (plane_->IsHiddenBy(command, clip))
-            plane_ = std::make_shared<Plane>(Width(), Height());
+            plane_ = std::make_shared<Plane>(plane_->Width(), plane_->Height());
         else
             plane_ = std::make_shared<Plane>(*plane_);
     }
@@ -60,7 +72,7 @@ void Picture::Draw(drawing::Command command, const Area& clip) {
 Ref<Picture> NewPicture(int width, int height, int /*depth*/) {
     if (width < 1 || height < 1)
         throw RuntimeException("a picture must be at least one pixel wide and high");
-    return std::make_shared<Picture>(std::make_shared<Plane>(width, height));
+    return Picture::MakeRecorded(width, height);
 }
 
 } // namespace kqu

@@ -30,13 +30,16 @@ class Picture : public Object {
     /// A picture that has its pixels from the start, for those who look at many of them.
     [[nodiscard]] static Ref<Picture> MakeBuffer(int width, int height);
     /// A picture from a PNG file's bytes; nil if they are broken. What is transparent becomes
-    /// white.
-    [[nodiscard]] static Ref<Picture> FromPng(std::span<const std::byte> file);
+    /// white. `scale` says how many of its pixels make a logical one.
+    [[nodiscard]] static Ref<Picture> FromPng(std::span<const std::byte> file, int scale = 1);
+    /// A white picture that remembers what is drawn on it.
+    [[nodiscard]] static Ref<Picture> MakeRecorded(int width, int height);
 
-    explicit Picture(std::shared_ptr<drawing::Plane> plane);
+    /// A plane of device pixels, `scale` of them to each logical one.
+    Picture(std::shared_ptr<drawing::Plane> plane, int scale);
     ~Picture() override;
 
-    /// Pixels.
+    /// Logical pixels.
     [[nodiscard]] int Width() const;
     [[nodiscard]] int Height() const;
 
@@ -44,6 +47,10 @@ class Picture : public Object {
 
     /// The mask: nil if there is none and none was asked to be made.
     [[nodiscard]] Ref<Picture> Mask(MaskCreation creation);
+
+    /// Device pixels to one logical pixel: the device's scale when the picture was made, or that of
+    /// its file.
+    [[nodiscard]] int Scale() const { return scale_; }
 
     // For Graphics.
     /// What the picture shows now, untouched by later drawing.
@@ -53,6 +60,7 @@ class Picture : public Object {
 
   private:
     std::shared_ptr<drawing::Plane> plane_;
+    int scale_;
     Ref<Picture> mask_;
     kqu::Graphics graphics_;
 };

@@ -4,6 +4,7 @@
 #include "framework/ui/Graphics.h"
 #include "framework/ui/Picture.h"
 #include "framework/ui/drawing/Plane.h"
+#include "platform/interfaces/DeviceScale.h"
 
 #include <algorithm>
 #include <utility>
@@ -176,9 +177,9 @@ std::unique_ptr<Graphics> Window::GraphicsFor(const Control& control) {
 }
 
 Ref<Picture>& Window::Buffer() {
-    if (!buffer_ || buffer_->Width() != content_.width || buffer_->Height() != content_.height)
-        buffer_ = std::make_shared<Picture>(std::make_shared<drawing::Plane>(
-            std::max(content_.width, 0), std::max(content_.height, 0)));
+    if (!buffer_ || buffer_->Width() != content_.width || buffer_->Height() != content_.height ||
+        buffer_->Scale() != platform::DeviceScale())
+        buffer_ = Picture::MakeRecorded(content_.width, content_.height);
     return buffer_;
 }
 
@@ -212,6 +213,11 @@ platform::Frame Window::CurrentFrame(int top, int height) {
     colours.PaintOn({*lines_, lines});
     return {lines_->At(0, lines.top), colours.Width(), static_cast<int>(lines.Height()),
             colours.Width()};
+}
+
+platform::Size Window::FrameExtent() {
+    const int scale = platform::DeviceScale();
+    return {content_.width * scale, content_.height * scale};
 }
 
 void Window::ContentChanged(const platform::Rect& content) {

@@ -126,7 +126,8 @@ class Window : private platform::NativeWindowOwner {
     void PointerMoved(platform::Point inContent) override;
     void WheelTurned(platform::Point inContent, int deltaX, int deltaY) override;
     void CloseRequested() override;
-    [[nodiscard]] platform::Size FrameExtent() override { return content_.Extent(); }
+    void ScaleChanged() override { InvalidateLayout(); }
+    [[nodiscard]] platform::Size FrameExtent() override;
     [[nodiscard]] platform::Frame CurrentFrame(int top, int height) override;
 
     void Resize(platform::Size size);

@@ -1,6 +1,7 @@
 #include "platform/functions/TextFunctions.h"
 
 #include "platform/functions/Functions.h"
+#include "platform/interfaces/DeviceScale.h"
 #include "platform/text/RecentCache.h"
 #include "platform/text/Truncation.h"
 
@@ -36,7 +37,8 @@ class ThemeText {
             return Shortened(std::string(StartOf(text, enough)).append(EndOf(text, enough)), width,
                              code);
         const auto now = std::chrono::steady_clock::now();
-        std::string key = std::to_string(width) + (code == truncateMiddle ? 'm' : 'e') + text;
+        std::string key = std::to_string(width) + '@' + std::to_string(DeviceScale()) +
+                          (code == truncateMiddle ? 'm' : 'e') + text;
         if (const std::string* known = results_.Find(key, now))
             return *known;
         std::string result = Truncated(TextLayout::Shared(), text, systemFontSize, width,

@@ -8,8 +8,8 @@
 
 namespace kqu::platform {
 
-/// Pixels. On the desktop the origin is the top left of the main screen; in a window, of its
-/// content.
+/// Logical pixels, unless something else is said. On the desktop the origin is the top left of the
+/// main screen; in a window, of its content.
 struct Point {
     int x = 0;
     int y = 0;
@@ -40,8 +40,8 @@ struct Rect {
 /// The smallest rectangle around both; an empty one does not count.
 [[nodiscard]] Rect Union(const Rect& a, const Rect& b);
 
-/// Lines of a window's pixels: 32 bits each, 0x00RRGGBB in the machine's byte order, `stride`
-/// pixels a line.
+/// Lines of a window's device pixels: 32 bits each, 0x00RRGGBB in the machine's byte order,
+/// `stride` pixels a line.
 struct Frame {
     const std::uint32_t* pixels = nullptr;
     int width = 0;
@@ -67,7 +67,10 @@ class NativeWindowOwner {
     /// The user or the window manager asks to close the window (ICCCM WM_DELETE_WINDOW).
     virtual void CloseRequested() = 0;
 
-    /// The size of what the window is to show.
+    /// The device scale is another one: everything is to be drawn anew.
+    virtual void ScaleChanged() = 0;
+
+    /// The size of what the window is to show, in device pixels as its frame is.
     [[nodiscard]] virtual Size FrameExtent() = 0;
     /// Lines from `top` on as they are to be seen, as many as there are up to `height`. They are
     /// valid until the next call, or until the owner draws or resizes: nobody keeps a whole window.

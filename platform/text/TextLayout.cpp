@@ -1,6 +1,7 @@
 #include "platform/text/TextLayout.h"
 
 #include "platform/QuietErrors.h"
+#include "platform/interfaces/DeviceScale.h"
 #include "platform/text/LineDrawing.h"
 #include "platform/text/ShapedLine.h"
 
@@ -88,16 +89,17 @@ TextLayout::Font& TextLayout::FontOf(int size) {
 
 double TextLayout::Width(std::string_view text, int size) {
     text = StartOf(text, longestMeasured);
-    Font& font = FontOf(size);
+    Font& font = FontOf(size * DeviceScale());
     const auto now = std::chrono::steady_clock::now();
     if (const Line* known = font.lines.Find(text, now))
-        return known->width;
+        return known->width / DeviceScale();
     const ShapedLine shaped(*font.context, PlainText(text).utf8);
-    return font.lines.Enter(std::string(text), {shaped.Width(), 0, nullptr}, 0, now).width;
+    return font.lines.Enter(std::string(text), {shaped.Width(), 0, nullptr}, 0, now).width /
+           DeviceScale();
 }
 
 double TextLayout::WidthOnce(const std::string& plainText, int size) {
-    return ShapedLine(*FontOf(size).context, plainText).Width();
+    return ShapedLine(*FontOf(size * DeviceScale()).context, plainText).Width() / DeviceScale();
 }
 
 std::shared_ptr<const TextImage> TextLayout::Image(std::string_view text, int size,

@@ -38,15 +38,16 @@ class TextLayout {
     TextLayout(const TextLayout&) = delete;
     TextLayout& operator=(const TextLayout&) = delete;
 
-    /// Width in pixels; remembered while it is in use. Of a text of more than `longestMeasured`
-    /// bytes, which fills any screen, that of its start.
+    /// Width in logical pixels of text of a logical size, measured as it is drawn, at the device's
+    /// size; remembered while it is in use. Of a text of more than `longestMeasured` bytes, which
+    /// fills any screen, that of its start.
     [[nodiscard]] double Width(std::string_view text, int size);
-    /// Width in pixels of a line that is not expected to be asked for again.
+    /// The same for a line that is not expected to be asked for again.
     [[nodiscard]] double WidthOnce(const std::string& plainText, int size);
 
-    /// The line's pixels in a colour 0xRRGGBB; remembered while it is in use. What lies further
-    /// from the baseline than `reach` text sizes, or from the start than `longest` pixels, is cut
-    /// off.
+    /// The line's device pixels, the size being one as well, in a colour 0xRRGGBB; remembered while
+    /// it is in use. What lies further from the baseline than `reach` text sizes, or from the start
+    /// than `longest` pixels, is cut off.
     [[nodiscard]] std::shared_ptr<const TextImage> Image(std::string_view text, int size,
                                                          std::uint32_t colour);
     static constexpr int reach = 3;

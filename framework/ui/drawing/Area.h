@@ -34,6 +34,11 @@ struct Area {
         return {left + x, top + y, right + x, bottom + y};
     }
 
+    /// In pixels that are so many times smaller.
+    [[nodiscard]] Area Times(Pixels scale) const {
+        return {left * scale, top * scale, right * scale, bottom * scale};
+    }
+
     bool operator==(const Area&) const = default;
 };
 
