@@ -1,5 +1,5 @@
-#include "framework/ui/drawing/Plane.h"
 #include "platform/interfaces/DeviceScale.h"
+#include "framework/ui/drawing/Plane.h"
 #include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>

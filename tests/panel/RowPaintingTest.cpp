@@ -226,7 +226,8 @@ TEST_F(RowPaintingTest, EachKindOfRowHasItsTextsIconBarAndBadge) {
         }
     const int left = 10 + sizes[177].width + 10;
     const auto width = [&](const char* label) {
-        Graphics& g = Picture::MakeBuffer(1, 1)->Graphics();
+        const Ref<Picture> scratch = Picture::MakeBuffer(1, 1);
+        Graphics& g = scratch->Graphics();
         g.SetTextSize(11);
         return static_cast<int>(g.StringWidth(label) - 7.0);
     };
