@@ -81,8 +81,8 @@ class Endings(DesktopTest):
         for number in range(3):
             self.post(number, PID=job.pid)
         self.panel.wait_height(3 * ROW)
-        wait_until("the lock that names them all", lambda: any(
-            lock[2].count(",") == 2 for lock in self.desktop.logind.inhibitors()))
+        wait_until("both locks that name them all", lambda: sum(
+            lock[2].count(",") == 2 for lock in self.desktop.logind.inhibitors()) >= 2)
         facts = self.desktop.messenger_facts()
         before = facts.descriptors()
         seen = self.descriptors_of_a_child(facts)
@@ -90,7 +90,8 @@ class Endings(DesktopTest):
         self.assertGreaterEqual(len(ours), 5, "the display, the buses and the locks")
         self.assertFalse(ours & set(seen.values()), seen)
         hold("at most one child at a time", lambda: len(facts.children()) <= 1, 4)
-        wait_until("the same descriptors", lambda: facts.descriptors().keys() == before.keys())
+        # A lock that was just asked for anew may have got another number.
+        wait_until("as many descriptors", lambda: len(facts.descriptors()) == len(before))
 
     def test_one_that_is_started_without_standard_streams_fills_them_first(self):
         self.desktop.messenger.terminate()
