@@ -40,7 +40,10 @@ std::vector<std::uint32_t> ScaledIcon(const Frame& frame, int side) {
         cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(icon.data() + 2),
                                             CAIRO_FORMAT_ARGB32, side, side, side * bytesPerPixel));
     const Cairo cairo(cairo_create(target.get()));
-    cairo_translate(cairo.get(), (side - size.width) / 2, (side - size.height) / 2);
+    // Whole pixels: an icon between two of them is blurred.
+    const int left = (side - size.width) / 2;
+    const int top = (side - size.height) / 2;
+    cairo_translate(cairo.get(), left, top);
     cairo_rectangle(cairo.get(), 0, 0, size.width, size.height);
     cairo_scale(cairo.get(), static_cast<double>(size.width) / frame.width,
                 static_cast<double>(size.height) / frame.height);
