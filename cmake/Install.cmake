@@ -8,6 +8,8 @@ set(KQU_DBUS_SERVICE_DIR ${CMAKE_INSTALL_DATADIR}/dbus-1/services CACHE STRING
     "Folder of the D-Bus services of session buses")
 set(KQU_DBUS_POLICY_DIR ${CMAKE_INSTALL_DATADIR}/dbus-1/system.d CACHE STRING
     "Folder of the policies of the D-Bus system bus")
+set(KQU_DBUS_INTERFACE_DIR ${CMAKE_INSTALL_DATADIR}/dbus-1/interfaces CACHE STRING
+    "Folder of the descriptions of D-Bus interfaces")
 set(KQU_BASH_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/bash-completion/completions CACHE STRING
     "Folder of bash's completions")
 set(KQU_ZSH_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING
@@ -43,6 +45,8 @@ install(FILES ${CMAKE_BINARY_DIR}/packaging/kqu-messenger.service
         DESTINATION ${KQU_SYSTEMD_USER_UNIT_DIR})
 install(FILES packaging/com.brackwater.DistributedNotifications.conf
         DESTINATION ${KQU_DBUS_POLICY_DIR})
+install(FILES packaging/com.brackwater.DistributedNotifications.xml
+        DESTINATION ${KQU_DBUS_INTERFACE_DIR})
 
 install(FILES packaging/${KQU_APPLICATION}.desktop
         DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)

@@ -1,4 +1,4 @@
-"""The Debian package: what it installs and leaves behind, and that each part of it is well-formed."""
+"""The Debian packages: what they install and leave behind, and that each part is well-formed."""
 
 import configparser
 import os
@@ -14,25 +14,36 @@ import pytest
 from support import ROOT
 
 BUILD = pathlib.Path(os.environ.get("KQU_BUILD", ROOT / "build" / "release")).resolve()
-COMMANDS = [name for name in ("kqu-post", "kqu-run") if (BUILD / name).exists()]
+COMMANDS = ("kqu-post", "kqu-run")
 NAME = "com.brackwater.KQU_Messenger"
 GEOMETRY = f"home/user/.config/{NAME}.plist"
-EXPECTED = sorted([
-    *(f"usr/bin/{name}" for name in ("kqu-messenger", *COMMANDS)),
-    *(f"usr/share/man/man1/{name}.1.gz" for name in ("kqu-messenger", *COMMANDS)),
-    *(f"usr/share/bash-completion/completions/{name}" for name in COMMANDS),
-    *(f"usr/share/zsh/vendor-completions/_{name}" for name in COMMANDS),
-    *(f"usr/share/fish/vendor_completions.d/{name}.fish" for name in COMMANDS),
-    f"usr/share/applications/{NAME}.desktop",
-    f"usr/share/icons/hicolor/scalable/apps/{NAME}.svg",
-    *(f"usr/share/icons/hicolor/{size}x{size}/apps/{NAME}.png" for size in (16, 32, 48, 128, 256)),
-    "usr/lib/systemd/user/kqu-messenger.service",
-    f"usr/share/dbus-1/services/{NAME}.service",
-    "usr/share/dbus-1/system.d/com.brackwater.DistributedNotifications.conf",
-    "usr/share/kqu-messenger/Info.plist",
-    *(f"usr/share/doc/kqu-messenger/{name}" for name in ("changelog.gz", "copyright", "posting.md")),
-    "usr/share/lintian/overrides/kqu-messenger",
-])
+POSTED = "com.brackwater.DistributedNotifications"
+EXPECTED = {
+    "kqu-messenger": [
+        "usr/bin/kqu-messenger",
+        "usr/share/man/man1/kqu-messenger.1.gz",
+        f"usr/share/applications/{NAME}.desktop",
+        f"usr/share/icons/hicolor/scalable/apps/{NAME}.svg",
+        *(f"usr/share/icons/hicolor/{size}x{size}/apps/{NAME}.png" for size in (16, 32, 48, 128, 256)),
+        "usr/lib/systemd/user/kqu-messenger.service",
+        f"usr/share/dbus-1/interfaces/{POSTED}.xml",
+        f"usr/share/dbus-1/services/{NAME}.service",
+        f"usr/share/dbus-1/system.d/{POSTED}.conf",
+        "usr/share/kqu-messenger/Info.plist",
+        *(f"usr/share/doc/kqu-messenger/{name}"
+          for name in ("changelog.gz", "copyright", "power.md", "troubleshooting.md")),
+        "usr/share/lintian/overrides/kqu-messenger",
+    ],
+    "kqu-tools": [
+        *(f"usr/bin/{name}" for name in COMMANDS),
+        *(f"usr/share/man/man1/{name}.1.gz" for name in COMMANDS),
+        *(f"usr/share/bash-completion/completions/{name}" for name in COMMANDS),
+        *(f"usr/share/zsh/vendor-completions/_{name}" for name in COMMANDS),
+        *(f"usr/share/fish/vendor_completions.d/{name}.fish" for name in COMMANDS),
+        *(f"usr/share/doc/kqu-tools/{name}"
+          for name in ("changelog.gz", "copyright", "posting.md", "recipes.md")),
+    ],
+}
 
 
 def run(*command, check=True, **options):
@@ -82,39 +93,47 @@ class PackageTest(unittest.TestCase):
         cls.addClassCleanup(shutil.rmtree, cls.folder)
         # Ends with an error where lintian finds one.
         run(ROOT / "package", "--programs", BUILD, "--into", cls.folder)
-        cls.deb, = cls.folder.glob("*.deb")
-        cls.content = cls.folder / "content"
-        run("dpkg-deb", "-R", cls.deb, cls.content)
+        cls.debs = sorted(cls.folder.glob("*.deb"))
+        cls.contents = {deb.name.split("_")[0]: cls.folder / deb.stem for deb in cls.debs}
+        for deb in cls.debs:
+            run("dpkg-deb", "-R", deb, cls.folder / deb.stem)
+        cls.content = cls.contents["kqu-messenger"]
 
     def test_installs_upgrades_and_leaves_only_the_users_file(self):
-        newer = self.folder / "newer"
-        shutil.copytree(self.content, newer)
-        control = newer / "DEBIAN" / "control"
-        version = re.search(r"^Version: (.*)", control.read_text(), re.MULTILINE)[1]
         project = re.search(r"project\(kqu_messenger VERSION ([\d.]+)",
                             (ROOT / "CMakeLists.txt").read_text())[1]
-        self.assertEqual(version, project)
-        control.write_text(control.read_text().replace(version, version + "+1"))
-        (newer / "usr/bin/kqu-post").write_text("newer")
-        run("dpkg-deb", "--root-owner-group", "-Znone", "-b", newer, self.folder / "newer.deb")
+        for content in self.contents.values():
+            newer = self.folder / "newer" / content.name
+            shutil.copytree(content, newer)
+            control = newer / "DEBIAN" / "control"
+            version = re.search(r"^Version: (.*)", control.read_text(), re.MULTILINE)[1]
+            self.assertEqual(version, project)
+            control.write_text(control.read_text().replace(version, version + "+1"))
+            for program in (newer / "usr/bin").iterdir():
+                program.write_text("newer")
+            run("dpkg-deb", "--root-owner-group", "-Znone", "-b", newer, f"{newer}.deb")
 
         root = Root(self.folder / "root")
-        root.dpkg("-i", self.deb)
-        self.assertEqual(root.files(), EXPECTED)
+        root.dpkg("-i", *self.debs)
+        expected = sorted(sum(EXPECTED.values(), []))
+        self.assertEqual(root.files(), expected)
         geometry = root.folder / GEOMETRY
         geometry.parent.mkdir(parents=True)
         geometry.write_text("kept")
-        root.dpkg("-i", self.folder / "newer.deb")
-        self.assertEqual(root.files(), sorted([*EXPECTED, GEOMETRY]))
-        self.assertEqual((root.folder / "usr/bin/kqu-post").read_text(), "newer")
+        root.dpkg("-i", *(self.folder / "newer").glob("*.deb"))
+        self.assertEqual(root.files(), sorted([*expected, GEOMETRY]))
+        self.assertEqual({path.read_text() for path in (root.folder / "usr/bin").iterdir()}, {"newer"})
+        root.dpkg("--remove", "kqu-tools")
+        self.assertEqual(root.files(), sorted([*EXPECTED["kqu-messenger"], GEOMETRY]))
         root.dpkg("--remove", "kqu-messenger")
         self.assertEqual(root.files(), [GEOMETRY], "no configuration file outlives the removal")
-        root.dpkg("--purge", "kqu-messenger")
+        root.dpkg("--purge", *EXPECTED)
         self.assertEqual((root.files(), geometry.read_text()), ([GEOMETRY], "kept"))
 
     def test_nothing_of_it_runs_at_the_installation(self):
-        self.assertEqual(sorted(path.name for path in (self.content / "DEBIAN").iterdir()),
-                         ["control", "md5sums"])
+        for content in self.contents.values():
+            self.assertEqual(sorted(path.name for path in (content / "DEBIAN").iterdir()),
+                             ["control", "md5sums"])
 
     def test_everything_goes_below_the_prefix(self):
         stage = self.folder / "stage"
@@ -136,7 +155,7 @@ class PackageTest(unittest.TestCase):
                              (b"\x89PNG", size.to_bytes(4, "big") * 2), icon)
 
     def test_manual_pages(self):
-        for page in self.content.glob("usr/share/man/man1/*"):
+        for page in self.folder.glob("kqu-*/usr/share/man/man1/*"):
             env = {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", "MANWIDTH": "80"}
             printed = subprocess.run(
                 ["man", "--warnings", "-E", "UTF-8", "-l", "-Tutf8", page], env=env, check=True,
