@@ -89,6 +89,9 @@ int main() {
     kqu::FillStandardDescriptors();
     // The fonts are set up on threads that soon end; heaps of their own would stay, half used.
     mallopt(M_ARENA_MAX, 1);
+    // A large message goes back to the system when it is freed. Without a fixed threshold the first
+    // one raises it, and those after it stay on the heap.
+    mallopt(M_MMAP_THRESHOLD, 1 << 20);
     try {
         return kqu::Run();
     } catch (...) {
