@@ -8,7 +8,7 @@ import subprocess
 from support import DesktopTest, needs_root
 from support.buses import Logind
 from support.power import LoginManager, power_manager, session_manager
-from support.waiting import hold, wait_for_value, wait_until
+from support.waiting import PROMPTLY, hold, wait_for_value, wait_until
 
 WHO = "KQU Messenger"
 OWN, OTHER, ROOT = (pwd.getpwnam(name).pw_uid for name in ("daemon", "nobody", "root"))
@@ -44,7 +44,8 @@ class WithTheLoginManager(Power):
         self.desktop.wait_listening()
 
     def wait_locks(self, why=None):
-        wait_for_value("the locks", self.logind.inhibitors, locks(why) if why else [])
+        wait_for_value("the locks", self.logind.inhibitors, locks(why) if why else [],
+                       PROMPTLY)
 
     def request(self, user, action):
         """The login manager's refusal of a request by that user; empty where it is met."""
@@ -73,10 +74,10 @@ class WithTheLoginManager(Power):
                     print(f"user {user}, {action}: {refusal or 'goes through'}")
                     self.assertTrue(refusal or (user != OTHER and version < STRICT), refusal)
         self.desktop.end_job(job)
-        self.panel.wait_hidden()
+        self.panel.wait_hidden(PROMPTLY)
         self.wait_locks()
         for service in (session, power):
-            wait_for_value("the session", service.held, [])
+            wait_for_value("the session", service.held, [], PROMPTLY)
 
     def test_a_lock_that_a_sleep_refused_is_there_when_it_is_over(self):
         # While somebody delays a sleep, the login manager refuses further locks on it.
