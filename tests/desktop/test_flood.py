@@ -86,7 +86,7 @@ class Flood(DesktopTest):
         # One row that was told the last values alone, without a flood, beside those that were.
         self.desktop.post("KQS_disk.alone", "scanner", PID=os.getpid(), Progress=1000,
                           Item=f"item {last}")
-        self.panel.wait_height((SENDERS + 1) * ROW)
+        self.panel.wait_height((SENDERS + 1) * ROW, 200)  # all that waits on the bus comes first
 
         def all_alike(seen):
             alone = self.row_pixels(seen, SENDERS)

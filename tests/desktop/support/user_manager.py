@@ -9,13 +9,11 @@ from support.waiting import wait_until
 # has to believe that the machine was booted with it, and wants a control group that it may divide.
 SCRIPT = """
 user=$1 units=$2
-mount -t tmpfs none /run/user
-mkdir -p /run/user/$user/systemd
+mount -t tmpfs none /run
+mkdir -p /run/user/$user/systemd /run/systemd/system
 chmod 700 /run/user/$user
 cp -r "$units" /run/user/$user/systemd/user
 chown -R $user /run/user/$user
-mount -t tmpfs none /run/systemd
-mkdir /run/systemd/system
 umount -R /sys/fs/cgroup || :
 mount -t cgroup2 none /sys/fs/cgroup
 group=/sys/fs/cgroup/kqu-$$
