@@ -1,87 +1,34 @@
 #include "post/kqu-post/CommandLine.h"
 
-#include "post/posting/Utf8.h"
+#include "post/posting/Pattern.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 
 namespace kqu::post {
 
 namespace {
-constexpr std::string_view nameMark = "kqs_disk";
-
-std::string Lowered(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return text;
-}
-
-template <class Items>
-std::string Listed(const Items& items) {
+std::string KeysOf(const Tool& tool) {
     std::string list;
-    for (const std::string_view item : items)
-        list += (list.empty() ? "" : ", ") + std::string(item);
+    for (const std::string_view key : tool.keys)
+        list += (list.empty() ? "" : ", ") + std::string(key);
     return list;
 }
 
-std::string ToolNames() {
-    std::vector<std::string_view> names;
-    for (const Tool& tool : Tools())
-        names.push_back(tool.name);
-    return Listed(names);
-}
-
-enum Option { AnyKey = 256, AnyValue, Named, NoStart, Of, OnSystemBus, StartOnly, Version };
-
-constexpr std::array<option, 10> options{{{"any-key", no_argument, nullptr, AnyKey},
-                                          {"any-value", no_argument, nullptr, AnyValue},
-                                          {"help", no_argument, nullptr, 'h'},
-                                          {"name", required_argument, nullptr, Named},
-                                          {"no-start", no_argument, nullptr, NoStart},
-                                          {"start-only", no_argument, nullptr, StartOnly},
-                                          {"system", no_argument, nullptr, OnSystemBus},
-                                          {"tool", required_argument, nullptr, Of},
-                                          {"version", no_argument, nullptr, Version},
-                                          {}}};
-
-const Tool* ToolOf(const std::string& name) {
-    const Tool* tool = FindTool(name);
-    if (tool == nullptr)
-        throw UsageError("unknown tool " + name + " (there are " + ToolNames() + ")");
-    return tool;
-}
-
-void Take(Request& request, int option, const char* value) {
-    switch (option) {
-    case AnyKey:
-        request.anyKey = true;
-        break;
-    case AnyValue:
-        request.anyValue = true;
-        break;
-    case Named:
-        request.notification.name = value;
-        break;
-    case NoStart:
-        request.starts = false;
-        break;
-    case Of:
-        request.notification.tool = ToolOf(value);
-        break;
-    case OnSystemBus:
-        request.bus = Bus::System;
-        break;
-    case StartOnly:
-        request.action = Request::Action::StartOnly;
-        break;
-    default:
-        request.action = option == Version ? Request::Action::Version : Request::Action::Help;
-    }
-}
+constexpr std::array<Option<Request>, 7> options{
+    {{"any-key", no_argument, [](Request& to, const char*) { to.anyKey = true; }},
+     {"any-value", no_argument, [](Request& to, const char*) { to.anyValue = true; }},
+     {"name", required_argument,
+      [](Request& to, const char* value) { to.notification.name = value; }},
+     {"no-start", no_argument, [](Request& to, const char*) { to.starts = false; }},
+     {"start-only", no_argument, [](Request& to, const char*) { to.startsOnly = true; }},
+     {"system", no_argument, [](Request& to, const char*) { to.bus = Bus::System; }},
+     {"tool", required_argument,
+      [](Request& to, const char* value) { to.notification.tool = ToolOf(value); }}}};
 
 std::pair<std::string, std::string> ValueIn(const std::string& argument) {
     const std::size_t equals = argument.find('=');
@@ -110,9 +57,8 @@ void CheckNumber(const std::string& key, const std::string& value) {
         throw UsageError("the value of " + key + " is no decimal number: " + value);
     if (number > known->second)
         Complain("kqu-post",
-                 ("warning: " + key + " is more than " +
-                  std::to_string(std::llround(known->second)) + ": " + value)
-                     .c_str(),
+                 "warning: " + key + " is more than " +
+                     std::to_string(std::llround(known->second)) + ": " + value,
                  0);
 }
 
@@ -120,14 +66,14 @@ void CheckWhole(const Request& request) {
     const auto& [tool, name, values] = request.notification;
     if (tool == nullptr)
         throw UsageError("no --tool was given (there are " + ToolNames() + ")");
-    if (Lowered(name).find(nameMark) == std::string::npos)
+    if (strcasestr(name.c_str(), "KQS_disk") == nullptr)
         throw UsageError("the --name must contain KQS_disk");
     for (const auto& [key, value] : values) {
         if (!request.anyValue)
             CheckNumber(key, value);
         if (!request.anyKey && !HasKey(*tool, key))
             throw UsageError("the " + std::string(tool->name) + " has no key " + key + " (it has " +
-                             Listed(tool->keys) + ")");
+                             KeysOf(*tool) + ")");
     }
 }
 } // namespace
@@ -137,14 +83,11 @@ Request ParseCommandLine(std::span<char*> arguments) {
         if (!IsUtf8(arguments[i]))
             throw UsageError("argument " + std::to_string(i) + " is not UTF-8 text");
     Request request;
-    const auto values =
-        ReadOptions(arguments, "", options.data(),
-                    [&](int option, const char* value) { Take(request, option, value); });
-    for (const char* value : values)
+    for (const char* value : ReadOptions(arguments, "", options, request))
         request.notification.values.push_back(ValueIn(value));
-    if (request.action == Request::Action::Post)
+    if (!request.startsOnly)
         CheckWhole(request);
-    else if (request.action == Request::Action::StartOnly && request.notification.tool != nullptr)
+    else if (request.notification.tool != nullptr)
         throw UsageError("with --start-only nothing is posted");
     return request;
 }
@@ -170,7 +113,7 @@ std::string HelpText() {
         "  --version    show the version\n\n"
         "Keys of the tools, exact in case; all values are text:\n";
     for (const Tool& tool : Tools())
-        text += "  " + std::string(tool.name) + ": " + Listed(tool.keys) + "\n";
+        text += "  " + std::string(tool.name) + ": " + KeysOf(tool) + "\n";
     return text + "\nThe row goes when the process named in PID goes.\n"
                   "Exit status: 0 the bus has taken the message, 1 it has not, 2 wrong usage.\n"
                   "With --start-only: 0 the messenger listens, 1 it does not.\n";

@@ -10,8 +10,7 @@ namespace kqu::post {
 
 /// What the command line asks for.
 struct Request {
-    enum class Action { Post, StartOnly, Help, Version };
-    Action action = Action::Post;
+    bool startsOnly = false;
     Bus bus = Bus::Session;
     /// Whether a post has the messenger started first.
     bool starts = true;

@@ -49,23 +49,29 @@ const std::vector<Activity::Operand>& Activity::OperandsOf(pid_t process) {
     for (const std::string& argument : ArgumentsOf(process)) {
         const std::string path = folder / argument;
         struct stat status {};
-        const auto size = SizeOf(path);
-        if (size && stat(path.c_str(), &status) == 0)
-            found->second.push_back({{status.st_dev, status.st_ino}, *size});
+        if (stat(path.c_str(), &status) == 0)
+            found->second.push_back({{status.st_dev, status.st_ino},
+                                     SizeOf(path).value_or(0),
+                                     S_ISDIR(status.st_mode)});
     }
     return found->second;
 }
 
 void Activity::Report(Progress& progress) {
     std::uint64_t before = 0, whole = 0;
-    bool isOperand = false;
+    bool isOperand = false, isBelowOne = false;
     for (const Operand& operand : OperandsOf(reader_)) {
         if (written_.contains(operand.identity))
             continue;
         isOperand = isOperand || operand.identity == input_.identity;
+        isBelowOne = isBelowOne || operand.isFolder;
         before += isOperand ? 0 : operand.size;
         whole += operand.size;
     }
+    progress.file = input_.path;
+    // One of many files in a folder, of which nobody knows how many are read.
+    if (!isOperand && isBelowOne)
+        return;
     if (!isOperand) {
         before = 0;
         whole = input_.size;
@@ -77,7 +83,6 @@ void Activity::Report(Progress& progress) {
     progress.done = static_cast<double>(before + input_.position);
     progress.whole = static_cast<double>(std::max(whole, before + input_.position));
     progress.share = *progress.done / *progress.whole;
-    progress.file = input_.path;
 }
 
 } // namespace kqu::run

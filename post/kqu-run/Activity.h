@@ -12,7 +12,7 @@ namespace kqu::run {
 /// How far any command is, by what the kernel reports about it and its children: the positions in
 /// the files that they read from the beginning to the end. A file in which the position has ever
 /// gone back is read in another order, and says nothing. Where the file is one of several operands,
-/// those before it count as done.
+/// those before it count as done; where it is one of those in a folder, it has no share.
 class Activity {
   public:
     /// Looks once more, and updates share, amounts, phase and the file in work. Leaves them alone
@@ -28,6 +28,7 @@ class Activity {
     struct Operand {
         Identity identity;
         std::uint64_t size = 0;
+        bool isFolder = false;
     };
     void Follow(pid_t process, const OpenFile& file);
     [[nodiscard]] const std::vector<Operand>& OperandsOf(pid_t process);

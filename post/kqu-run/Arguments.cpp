@@ -30,32 +30,43 @@ std::vector<std::string_view> Words(std::string_view text) {
     return words;
 }
 
-Arguments::Arguments(std::span<const std::string> arguments, std::string_view withValue)
-    : withValue_(Words(withValue)) {
+Arguments::Arguments(std::span<const std::string> arguments, std::string_view options,
+                     Listed listed)
+    : listed_(Words(options)), listedTakeValue_(listed == Listed::HasValue) {
     while (!arguments.empty()) {
-        const std::string argument = Next(arguments);
-        if (argument == "--") {
-            operands_.insert(operands_.end(), arguments.begin(), arguments.end());
+        if (arguments.front() == "--") {
+            operands_.insert(operands_.end(), arguments.begin() + 1, arguments.end());
             break;
         }
-        if (argument.starts_with("--"))
-            TakeLong(std::string_view(argument).substr(2), arguments);
-        else if (argument.size() > 1 && argument.starts_with("-"))
-            TakeCluster(std::string_view(argument).substr(1), arguments);
-        else
-            operands_.push_back(argument);
+        Take(arguments);
     }
 }
 
-Arguments::Arguments(const Launch& launch, std::string_view withValue)
-    : Arguments(std::span(launch.arguments).subspan(launch.tool + 1), withValue) {}
+bool Arguments::Take(std::span<const std::string>& rest) {
+    const std::string argument = Next(rest);
+    const bool isOption = argument.size() > 1 && argument.starts_with("-");
+    if (argument.starts_with("--"))
+        TakeLong(std::string_view(argument).substr(2), rest);
+    else if (isOption)
+        TakeCluster(std::string_view(argument).substr(1), rest);
+    else
+        operands_.push_back(argument);
+    return isOption;
+}
+
+Arguments::Arguments(const Launch& launch, std::string_view options, Listed listed)
+    : Arguments(std::span(launch.arguments).subspan(launch.tool + 1), options, listed) {}
+
+bool Arguments::TakesValue(std::string_view option) const {
+    return Contains(listed_, option) == listedTakeValue_;
+}
 
 void Arguments::TakeLong(std::string_view argument, std::span<const std::string>& rest) {
     const std::size_t equals = argument.find('=');
     Option option{std::string(argument.substr(0, equals)), {}};
     if (equals != std::string_view::npos)
         option.value = argument.substr(equals + 1);
-    else if (Contains(withValue_, option.name))
+    else if (TakesValue(option.name))
         option.value = Next(rest);
     options_.push_back(std::move(option));
 }
@@ -63,7 +74,7 @@ void Arguments::TakeLong(std::string_view argument, std::span<const std::string>
 void Arguments::TakeCluster(std::string_view argument, std::span<const std::string>& rest) {
     for (std::size_t i = 0; i < argument.size(); ++i) {
         Option option{std::string(1, argument[i]), {}};
-        const bool takesRest = Contains(withValue_, option.name);
+        const bool takesRest = TakesValue(option.name);
         if (takesRest)
             option.value =
                 i + 1 < argument.size() ? std::string(argument.substr(i + 1)) : Next(rest);

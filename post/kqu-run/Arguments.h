@@ -14,10 +14,17 @@ namespace kqu::run {
 /// clusters, have their value attached or behind them, and stand among the operands.
 class Arguments {
   public:
-    /// `withValue` names the options that take one, such as "C o exclude"; all others take none.
-    Arguments(std::span<const std::string> arguments, std::string_view withValue);
+    enum class Listed { HasValue, HasNoValue };
+    /// `options` names those that take a value, such as "C o exclude", and all others take none; or
+    /// the other way round.
+    Arguments(std::span<const std::string> arguments, std::string_view options,
+              Listed listed = Listed::HasValue);
     /// The arguments behind the tool's name.
-    Arguments(const Launch& launch, std::string_view withValue);
+    Arguments(const Launch& launch, std::string_view options, Listed listed = Listed::HasValue);
+
+    /// Takes the next argument off, with its value where it is an option; returns whether it is
+    /// one.
+    bool Take(std::span<const std::string>& rest);
 
     /// Whether any of the options, such as "q quiet", was given.
     [[nodiscard]] bool Has(std::string_view names) const;
@@ -35,7 +42,10 @@ class Arguments {
     void TakeLong(std::string_view argument, std::span<const std::string>& rest);
     void TakeCluster(std::string_view argument, std::span<const std::string>& rest);
 
-    std::vector<std::string_view> withValue_;
+    [[nodiscard]] bool TakesValue(std::string_view option) const;
+
+    std::vector<std::string_view> listed_;
+    bool listedTakeValue_;
     std::vector<Option> options_;
     std::vector<std::string> operands_;
 };

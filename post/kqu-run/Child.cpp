@@ -1,5 +1,7 @@
 #include "post/kqu-run/Child.h"
 
+#include "post/posting/Program.h"
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -40,9 +42,9 @@ int AwaitExec(const Descriptor& report) {
     return got == sizeof reason ? reason : 0;
 }
 
-[[noreturn]] void Complain(const std::string& command, int reason) {
-    throw StartError(command + ": " + std::strerror(reason),
-                     reason == ENOENT ? isNotThere : cannotRun);
+[[noreturn]] void FailToStart(const std::string& command, int reason) {
+    throw post::StatusError(command + ": " + std::strerror(reason),
+                            reason == ENOENT ? isNotThere : cannotRun);
 }
 } // namespace
 
@@ -54,7 +56,7 @@ pid_t StartChild(const Launch& launch, const Signals& signals, int output, int e
     arguments.push_back(nullptr);
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
-        Complain(launch.arguments.front(), errno);
+        FailToStart(launch.arguments.front(), errno);
     const Descriptor report(ends[0]);
     Descriptor reporter(ends[1]);
     const pid_t child = fork();
@@ -64,11 +66,11 @@ pid_t StartChild(const Launch& launch, const Signals& signals, int output, int e
         _exit(told == sizeof reason ? cannotRun : isNotThere);
     }
     if (child < 0)
-        Complain(launch.arguments.front(), errno);
+        FailToStart(launch.arguments.front(), errno);
     reporter.Close();
     if (const int reason = AwaitExec(report); reason != 0) {
         Reap(child);
-        Complain(launch.arguments.front(), reason);
+        FailToStart(launch.arguments.front(), reason);
     }
     return child;
 }

@@ -4,20 +4,9 @@
 #include "post/kqu-run/Signals.h"
 
 #include <optional>
-#include <stdexcept>
-#include <string>
 #include <sys/types.h>
 
 namespace kqu::run {
-
-/// The command could not be started; the message is one line for the user.
-class StartError : public std::runtime_error {
-  public:
-    StartError(const std::string& message, int exitStatus)
-        : std::runtime_error(message), status(exitStatus) {}
-    /// 127 if the command isn't there, 126 if it is but can't be run.
-    int status;
-};
 
 /// How a process ended.
 struct Ending {
@@ -27,7 +16,8 @@ struct Ending {
 };
 
 /// Starts the command in the process group of this process, with the standard streams as given (-1
-/// leaves a stream as it is), and returns once it runs. Raises StartError.
+/// leaves a stream as it is), and returns once it runs. Raises StatusError: 127 if the command
+/// isn't there, 126 if it is but can't be run.
 [[nodiscard]] pid_t StartChild(const Launch& launch, const Signals& signals, int output, int error);
 
 /// How the child has ended, if it has; it stays in the process table until it is reaped.

@@ -1,53 +1,20 @@
 #include "post/kqu-run/CommandLine.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
 namespace kqu::run {
 
 namespace {
-enum Option {
-    After = 256,
-    Destination,
-    Kind,
-    Named,
-    NoStart,
-    Notify,
-    OnSystemBus,
-    Percent,
-    Pid,
-    ShowFiles,
-    Verbose,
-    Version,
-    Volume
-};
-
-constexpr std::array<option, 15> options{{{"after", required_argument, nullptr, After},
-                                          {"destination", required_argument, nullptr, Destination},
-                                          {"help", no_argument, nullptr, 'h'},
-                                          {"name", required_argument, nullptr, Named},
-                                          {"no-start", no_argument, nullptr, NoStart},
-                                          {"notify", optional_argument, nullptr, Notify},
-                                          {"pid", required_argument, nullptr, Pid},
-                                          {"percent", optional_argument, nullptr, Percent},
-                                          {"show-files", no_argument, nullptr, ShowFiles},
-                                          {"system", no_argument, nullptr, OnSystemBus},
-                                          {"tool", required_argument, nullptr, Kind},
-                                          {"verbose", no_argument, nullptr, Verbose},
-                                          {"version", no_argument, nullptr, Version},
-                                          {"volume", required_argument, nullptr, Volume},
-                                          {}}};
-
-std::string WishOf(const std::string& value) {
-    if (value != "sleep" && value != "shutdown")
-        throw UsageError("--after is sleep or shutdown, not " + value);
-    return value;
-}
-
-Request::Notifies WhenOf(const char* value) {
-    if (value != nullptr && std::string(value) != "failure")
-        throw UsageError(std::string("--notify is for any end or =failure, not ") + value);
-    return value == nullptr ? Request::Notifies::Always : Request::Notifies::Failure;
+/// One of the words, of which the first may stand for no value; its place among them.
+int Choice(const std::string& option, const char* value, const std::vector<std::string>& words) {
+    const auto found = std::find(words.begin(), words.end(), value != nullptr ? value : "");
+    if (found == words.end())
+        throw UsageError(option + " is " + words[words.size() - 2] +
+                         (words[words.size() - 2].empty() ? "without a value, or =" : " or ") +
+                         words.back() + ", not " + value);
+    return static_cast<int>(found - words.begin());
 }
 
 pid_t ProcessOf(const std::string& value) {
@@ -58,72 +25,43 @@ pid_t ProcessOf(const std::string& value) {
     return process;
 }
 
-int StreamOf(const char* value) {
-    if (value != nullptr && std::string(value) != "stderr")
-        throw UsageError(std::string("--percent reads the output or =stderr, not ") + value);
-    return value == nullptr ? 1 : 2;
-}
-
-const post::Tool* ToolOf(const std::string& value) {
-    const post::Tool* tool = post::FindTool(value);
-    if (tool == nullptr)
-        throw UsageError("unknown tool " + value + " (there are scanner, backup and defragmenter)");
-    return tool;
-}
-
-void Take(Request& request, int option, const char* value) {
-    switch (option) {
-    case After:
-        request.after = WishOf(value);
-        break;
-    case Destination:
-        request.destination = value;
-        break;
-    case Kind:
-        request.tool = ToolOf(value);
-        break;
-    case Named:
-        request.name = value;
-        break;
-    case NoStart:
-        request.startsMessenger = false;
-        break;
-    case Notify:
-        request.notifies = WhenOf(value);
-        break;
-    case Percent:
-        request.percentStream = StreamOf(value);
-        break;
-    case Pid:
-        request.process = ProcessOf(value);
-        break;
-    case OnSystemBus:
-        request.onSystemBus = true;
-        break;
-    case ShowFiles:
-        request.showsFiles = true;
-        break;
-    case Verbose:
-        request.isVerbose = true;
-        break;
-    case Volume:
-        request.volume = value;
-        break;
-    default:
-        request.action = option == Version ? Request::Action::Version : Request::Action::Help;
-    }
-}
+using Option = post::Option<Request>;
+constexpr std::array<Option, 12> options{
+    {{"after", required_argument,
+      [](Request& to, const char* value) {
+          Choice("--after", value, {"sleep", "shutdown"});
+          to.after = value;
+      }},
+     {"destination", required_argument,
+      [](Request& to, const char* value) { to.destination = value; }},
+     {"name", required_argument, [](Request& to, const char* value) { to.name = value; }},
+     {"no-start", no_argument, [](Request& to, const char*) { to.startsMessenger = false; }},
+     {"notify", optional_argument,
+      [](Request& to, const char* value) {
+          const bool always = Choice("--notify", value, {"", "failure"}) == 0;
+          to.notifies = always ? Request::Notifies::Always : Request::Notifies::Failure;
+      }},
+     {"percent", optional_argument,
+      [](Request& to, const char* value) {
+          to.percentStream = Choice("--percent", value, {"", "stderr"}) + 1;
+      }},
+     {"pid", required_argument,
+      [](Request& to, const char* value) { to.process = ProcessOf(value); }},
+     {"show-files", no_argument, [](Request& to, const char*) { to.showsFiles = true; }},
+     {"system", no_argument, [](Request& to, const char*) { to.onSystemBus = true; }},
+     {"tool", required_argument,
+      [](Request& to, const char* value) { to.tool = post::ToolOf(value); }},
+     {"verbose", no_argument, [](Request& to, const char*) { to.isVerbose = true; }},
+     {"volume", required_argument, [](Request& to, const char* value) { to.volume = value; }}}};
 } // namespace
 
 Request ParseCommandLine(std::span<char*> arguments) {
     Request request;
-    const auto command =
-        post::ReadOptions(arguments, "+", options.data(),
-                          [&](int option, const char* value) { Take(request, option, value); });
+    const auto command = post::ReadOptions(arguments, "+", options, request);
     request.command.assign(command.begin(), command.end());
     if (request.process != 0 && !request.command.empty())
         throw UsageError("with --pid no command is run");
-    if (request.action == Request::Action::Run && request.command.empty() && request.process == 0)
+    if (request.command.empty() && request.process == 0)
         throw UsageError("no command was given; see kqu-run --help");
     return request;
 }
@@ -143,7 +81,7 @@ Runs a command and shows it in the panel of the KQU Messenger while it runs.
   --system            post on the system bus, as is done for root
   --show-files        post names of files there too, where every user can read them
   --no-start          don't start the messenger
-  --verbose           tell why the row can't be shown
+  --verbose           report why the row can't be shown
   --help              show this text
   --version           show the version
 

@@ -15,8 +15,6 @@ using post::UsageError;
 
 /// What the command line asks for.
 struct Request {
-    enum class Action { Run, Help, Version };
-    Action action = Action::Run;
     const post::Tool* tool = nullptr;
     std::optional<std::string> volume, destination, name;
     /// "sleep", "shutdown" or empty.

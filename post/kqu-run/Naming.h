@@ -32,7 +32,4 @@ struct Name {
 /// Several names in one: "a", "a and b" or "a and 3 more".
 [[nodiscard]] std::string Joined(std::span<const std::string> names);
 
-/// A name as udev writes it in the names of its links, where \x20 is a blank.
-[[nodiscard]] std::string WithoutEscapes(std::string_view name);
-
 } // namespace kqu::run

@@ -18,18 +18,6 @@ constexpr std::size_t longestName = 15;
 files::path FolderOf(pid_t process) {
     return files::path("/proc") / std::to_string(process);
 }
-
-std::optional<std::uint64_t> FieldOf(const files::path& path, std::string_view field) {
-    std::ifstream file(path);
-    std::string name;
-    std::uint64_t value = 0;
-    while (file >> name) {
-        if (name == field && file >> value)
-            return value;
-        file.ignore(256, '\n');
-    }
-    return std::nullopt;
-}
 } // namespace
 
 std::vector<pid_t> Family(pid_t root) {
@@ -58,18 +46,12 @@ pid_t FindProcess(pid_t root, std::string_view name) {
     return 0;
 }
 
-std::optional<std::uint64_t> PositionOf(pid_t process, int descriptor) {
-    return FieldOf(FolderOf(process) / "fdinfo" / std::to_string(descriptor), "pos:");
-}
-
-std::optional<std::uint64_t> BytesReadBy(pid_t process) {
-    return FieldOf(FolderOf(process) / "io", "rchar:");
-}
-
-std::optional<std::uint64_t> BytesMovedBy(pid_t process) {
-    const auto read = BytesReadBy(process);
-    const auto written = FieldOf(FolderOf(process) / "io", "wchar:");
-    return read && written ? std::optional(*read + *written) : std::nullopt;
+std::optional<Amounts> AmountsOf(pid_t process) {
+    std::ifstream file(FolderOf(process) / "io");
+    Amounts amounts;
+    std::string field;
+    file >> field >> amounts.read >> field >> amounts.written;
+    return file ? std::optional(amounts) : std::nullopt;
 }
 
 std::vector<std::string> ArgumentsOf(pid_t process) {

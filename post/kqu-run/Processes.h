@@ -18,14 +18,15 @@ namespace kqu::run {
 /// The process and all that descend from it.
 [[nodiscard]] std::vector<pid_t> Family(pid_t root);
 
-/// Where in its file a descriptor of a process is, in bytes.
-[[nodiscard]] std::optional<std::uint64_t> PositionOf(pid_t process, int descriptor);
 /// The arguments of a process, and the folder that its relative paths begin at.
 [[nodiscard]] std::vector<std::string> ArgumentsOf(pid_t process);
 [[nodiscard]] std::string WorkingFolderOf(pid_t process);
-/// How many bytes a process has read, of all files; and with those that it has written.
-[[nodiscard]] std::optional<std::uint64_t> BytesReadBy(pid_t process);
-[[nodiscard]] std::optional<std::uint64_t> BytesMovedBy(pid_t process);
+
+/// How many bytes a process has read and written, of all files.
+struct Amounts {
+    double read = 0, written = 0;
+};
+[[nodiscard]] std::optional<Amounts> AmountsOf(pid_t process);
 
 struct OpenFile {
     int descriptor = 0;

@@ -1,10 +1,12 @@
 #include "post/kqu-run/RowPoster.h"
 
+#include "post/posting/SeatUser.h"
 #include "post/posting/StartMessenger.h"
 
 #include <condition_variable>
 #include <cstdio>
 #include <exception>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -16,6 +18,7 @@ using Clock = std::chrono::steady_clock;
 
 /// How long a bus that did not take a post is left alone.
 constexpr std::chrono::seconds pause{3};
+constexpr std::chrono::minutes untilGivenUp{1};
 } // namespace
 
 struct RowPoster::Shared {
@@ -30,7 +33,9 @@ struct RowPoster::Shared {
 
     // The thread's own.
     std::optional<post::Connection> connection;
-    Clock::time_point pauseEnds{};
+    Clock::time_point pauseEnds{}, nextStart{};
+    /// Since when the messenger is started for a session at the seat; long ago once it listened.
+    std::map<std::string, Clock::time_point> starts;
 
     post::Notification Take() {
         std::unique_lock held(lock);
@@ -43,12 +48,29 @@ struct RowPoster::Shared {
         return taken;
     }
 
+    /// Once in each session, since a panel that was closed stays closed. A session that has just
+    /// begun may not have a display yet, and is asked again for a while.
+    void StartIfNeeded() {
+        const auto now = Clock::now();
+        if (!startsMessenger || now < nextStart)
+            return;
+        nextStart = now + pause;
+        const auto session = post::SessionAtSeat();
+        auto& first = starts.try_emplace(session ? session->name : "", now).first->second;
+        const bool mayTry = now - first < untilGivenUp;
+        if (mayTry && (post::StartMessenger(*connection) || !session))
+            first = now - untilGivenUp;
+    }
+
     void Post(const post::Notification& notification) {
         if (Clock::now() < pauseEnds)
             return;
         try {
-            if (!connection)
+            if (!connection) {
                 connection = post::Connect(bus);
+                starts.clear();
+            }
+            StartIfNeeded();
             post::Send(*connection, notification);
         } catch (const std::exception& error) {
             connection.reset();
@@ -68,9 +90,6 @@ RowPoster::RowPoster(post::Bus bus, bool startsMessenger, bool isVerbose)
 }
 
 void RowPoster::Work(const std::shared_ptr<Shared>& shared) {
-    // It may take seconds, in which the tool runs already; only the newest post waits.
-    if (shared->startsMessenger)
-        post::StartMessenger(shared->bus);
     while (true)
         shared->Post(shared->Take());
 }

@@ -1,18 +1,18 @@
 #include "post/kqu-run/RowText.h"
 
-#include "post/posting/Utf8.h"
+#include "post/posting/Pattern.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <strings.h>
+#include <cstring>
 
 namespace kqu::run {
 
 namespace {
 constexpr std::size_t longestText = 512;
-constexpr std::string_view nameMark = "KQS_disk";
+constexpr const char* nameMark = "KQS_disk";
 
 /// The length of the character that the text begins with; 0 if it is none.
 std::size_t CharacterLength(std::string_view text) {
@@ -22,24 +22,14 @@ std::size_t CharacterLength(std::string_view text) {
     return 0;
 }
 
-/// Marks that turn the direction of the text around them or break the line: U+061C, U+200E, U+200F,
-/// U+2028 to U+202E, U+2066 to U+2069 (Unicode Standard Annex 9, section 2).
-bool IsFormat(std::string_view character) {
-    if (character == "\xD8\x9C")
-        return true;
-    if (character.size() != 3 || !character.starts_with("\xE2"))
-        return false;
-    const auto last = static_cast<unsigned char>(character[2]);
-    if (character[1] == '\x80')
-        return last == 0x8E || last == 0x8F || (last >= 0xA8 && last <= 0xAE);
-    return character[1] == '\x81' && last >= 0xA6 && last <= 0xA9;
-}
-
+/// Control characters, and marks that turn the direction of the text around them or break the line:
+/// U+061C, U+200E, U+200F, U+2028 to U+202E, U+2066 to U+2069 (Unicode Standard Annex 9, section
+/// 2).
 bool IsControl(std::string_view character) {
-    const auto first = static_cast<unsigned char>(character.front());
-    const bool isHighControl =
-        character.size() == 2 && first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
-    return first < ' ' || first == 0x7F || isHighControl || IsFormat(character);
+    static const post::Pattern controls(
+        "^([\x01-\x1F\x7F]|\xC2[\x80-\x9F]|\xD8\x9C|\xE2\x80[\x8E\x8F\xA8-\xAE]|"
+        "\xE2\x81[\xA6-\xA9])$");
+    return character.front() == '\0' || !controls.In(character).empty();
 }
 
 std::string Number(double value, int decimals) {
@@ -117,10 +107,9 @@ std::string CleanText(std::string_view text) {
 }
 
 std::string TaskName(std::string_view name) {
-    const auto found = std::search(name.begin(), name.end(), nameMark.begin(), nameMark.end(),
-                                   [](char a, char b) { return strncasecmp(&a, &b, 1) == 0; });
     const std::string clean = CleanText(name);
-    return found != name.end() ? clean : std::string(nameMark) + "." + clean;
+    return strcasestr(clean.c_str(), nameMark) != nullptr ? clean
+                                                          : std::string(nameMark) + "." + clean;
 }
 
 post::Notification MakeNotification(const std::string& name, const Row& row,

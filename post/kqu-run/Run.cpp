@@ -2,7 +2,7 @@
 
 #include "post/kqu-run/Processes.h"
 #include "post/kqu-run/RowText.h"
-#include "post/kqu-run/tools/Recognise.h"
+#include "post/kqu-run/tools/Tool.h"
 #include "post/posting/DesktopNotification.h"
 
 #include <algorithm>
@@ -22,8 +22,12 @@ namespace {
 constexpr std::chrono::milliseconds betweenLooks{250};
 /// What has been read is made sense of this often, however much it is.
 constexpr std::chrono::milliseconds betweenReads{50};
-/// What doesn't change is told again all the same: the messenger or the bus may have come later.
-constexpr std::chrono::seconds untilRepeated{5};
+/// Changes are posted three times a second at most, so that the last post, which never waits, makes
+/// the fourth.
+constexpr std::chrono::milliseconds betweenPosts{334};
+/// What doesn't change is posted again all the same, so that a messenger or a bus that has come
+/// later knows it within five seconds.
+constexpr std::chrono::seconds untilRepeated{4};
 /// How long the last post may hold up the end; a bus that is there takes a millisecond.
 constexpr std::chrono::milliseconds lastPatience{300};
 
@@ -101,17 +105,11 @@ Ending Run::Follow(pid_t process) {
     const Descriptor job(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
     launch_.arguments = ArgumentsOf(process);
     if (!job || launch_.arguments.empty())
-        throw StartError("there is no command with the number " + std::to_string(process), 1);
+        throw post::StatusError("there is no command with the number " + std::to_string(process),
+                                1);
     process_ = child_ = process;
     // What the job calls its operands begins there; without the right to it they stay unknown.
     static_cast<void>(chdir(WorkingFolderOf(process).c_str()));
-    tool_ = Recognise(launch_);
-    tool_->Prepare(launch_);
-    // Nothing of what it prints can be read, nor can it be asked.
-    if (launch_.stream != 0 || launch_.channel >= 0) {
-        tool_ = MakeCommand(launch_.tool);
-        tool_->Prepare(launch_);
-    }
     NameRow();
     BeginPosting();
     std::array<pollfd, 2> polled{{{job.Number(), POLLIN, 0}, {signals_.Number(), POLLIN, 0}}};
@@ -124,7 +122,7 @@ Ending Run::Follow(pid_t process) {
             else if (signal.ssi_signo == SIGTSTP)
                 ActOn(SIGTSTP);
         Show([this] {
-            tool_->Look(process_);
+            tool_->Look(process_, false);
             PostIfDue(false);
         });
     }
@@ -132,7 +130,14 @@ Ending Run::Follow(pid_t process) {
 }
 
 void Run::NameRow() {
+    tool_ = Recognise(launch_);
+    tool_->Prepare(launch_);
     row_ = tool_->GetRow();
+    // No row is empty, whoever reads it.
+    if (row_.volume.full.empty())
+        row_.volume.full = ToolName(launch_);
+    if (row_.volume.open.empty())
+        row_.volume.open = ToolName(launch_);
     row_.tool = request_.tool != nullptr ? request_.tool : row_.tool;
     if (request_.volume)
         row_.volume = OpenName(*request_.volume);
@@ -148,8 +153,6 @@ void Run::Start() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         launch_.terminal[static_cast<std::size_t>(stream)] = isatty(stream) != 0;
     launch_.percentStream = request_.percentStream;
-    tool_ = Recognise(launch_);
-    tool_->Prepare(launch_);
     NameRow();
 
     Stream stream = OpenStream();
@@ -231,7 +234,7 @@ int Run::Timeout() const {
     const auto now = Clock::now();
     auto next = nextLook_;
     if (reported_ != tool_->GetProgress())
-        next = std::min(next, throttle_.Next(now));
+        next = std::min(next, nextPost_);
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - now).count();
     return static_cast<int>(std::clamp<long>(left, 0, betweenLooks.count()));
 }
@@ -313,7 +316,7 @@ void Run::LookAtTool() {
         const pid_t found = FindProcess(child_, ToolName(launch_));
         process_ = found != 0 ? found : child_;
     }
-    tool_->Look(process_);
+    tool_->Look(process_, relay_ || launch_.channel >= 0);
 }
 
 /// What is posted of the tool's progress. A bar never goes back within a phase, is full only when
@@ -341,11 +344,11 @@ void Run::PostIfDue(bool isLast) {
     const auto now = Clock::now();
     const bool isNew =
         reported_ != tool_->GetProgress() || postedProcess_ != process_ || now >= repeated_;
-    if (!isLast && (!isNew || throttle_.Next(now) > now))
+    if (!isLast && (!isNew || nextPost_ > now))
         return;
     const Progress progress = Assessed(isLast);
     poster_->Post(MakeNotification(name_, row_, progress, process_, request_.after));
-    throttle_.Posted(now);
+    nextPost_ = now + betweenPosts;
     postedProcess_ = process_;
     repeated_ = now + untilRepeated;
 }

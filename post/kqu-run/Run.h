@@ -8,7 +8,6 @@
 #include "post/kqu-run/RowPoster.h"
 #include "post/kqu-run/Signals.h"
 #include "post/kqu-run/Terminal.h"
-#include "post/kqu-run/Throttle.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <functional>
@@ -25,9 +24,9 @@ class Run {
   public:
     explicit Run(Request request);
 
-    /// Raises StartError.
+    /// Raises StatusError.
     Ending Execute();
-    /// Shows a command that runs already until it ends, or a signal ends this. Raises StartError.
+    /// Shows a command that runs already until it ends, or a signal ends this. Raises StatusError.
     Ending Follow(pid_t process);
 
   private:
@@ -72,7 +71,7 @@ class Run {
     bool askedToStop_ = false;
 
     std::optional<RowPoster> poster_;
-    Throttle throttle_;
+    Clock::time_point nextPost_{};
     /// The tool's own words behind what was posted.
     std::optional<Progress> reported_;
     Rate rate_;

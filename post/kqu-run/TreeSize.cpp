@@ -32,39 +32,32 @@ constexpr int openFolders = 32;
 
 /// The walk hands nothing of its caller's over to the function that it calls for each file.
 thread_local std::set<std::pair<dev_t, ino_t>> linked;
-thread_local std::uint64_t sum = 0;
+thread_local double sum = 0;
 
 int Add(const char* /*path*/, const struct stat* status, int kind, struct FTW* /*place*/) {
     if (kind == FTW_F && S_ISREG(status->st_mode) &&
         (status->st_nlink == 1 || linked.emplace(status->st_dev, status->st_ino).second))
-        sum += static_cast<std::uint64_t>(status->st_size);
+        sum += static_cast<double>(status->st_size);
     return 0;
 }
 
-/// Folders are read piece by piece, so that the walk takes no memory for their files.
-std::uint64_t Size(const std::vector<std::string>& paths, bool staysOnVolume) {
-    for (const std::string& path : paths)
-        nftw(path.c_str(), Add, openFolders, FTW_PHYS | (staysOnVolume ? FTW_MOUNT : 0));
-    return sum;
-}
 } // namespace
 
-TreeSize::TreeSize(std::vector<std::string> paths, bool staysOnVolume)
-    : sum_(std::make_shared<Sum>()) {
+std::shared_ptr<const std::atomic<double>> SizeOfTrees(std::vector<std::string> paths,
+                                                       bool staysOnVolume) {
+    auto size = std::make_shared<std::atomic<double>>(0);
     try {
-        std::thread([sum = sum_, roots = std::move(paths), staysOnVolume] {
+        std::thread([size, roots = std::move(paths), staysOnVolume] {
             MakeWay();
-            sum->bytes = Size(roots, staysOnVolume);
-            sum->isWhole = true;
+            // Folders are read piece by piece, so that the walk takes no memory for their files.
+            for (const std::string& root : roots)
+                nftw(root.c_str(), Add, openFolders, FTW_PHYS | (staysOnVolume ? FTW_MOUNT : 0));
+            *size = sum;
         }).detach();
     } catch (const std::system_error&) {
         // No more threads may be made: the size stays unknown, and the tool runs all the same.
-        return;
     }
-}
-
-std::optional<std::uint64_t> TreeSize::Bytes() const {
-    return sum_->isWhole ? std::optional(sum_->bytes.load()) : std::nullopt;
+    return size;
 }
 
 } // namespace kqu::run

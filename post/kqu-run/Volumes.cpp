@@ -5,17 +5,14 @@
 #include "post/posting/Descriptor.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <libmount.h>
-#include <sys/ioctl.h>
-#include <sys/mount.h>
+#include <mntent.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
+#include <systemd/sd-device.h>
 
 namespace kqu::run {
 
@@ -28,36 +25,33 @@ constexpr std::size_t extLabelAt = extSuperblock + 120;
 constexpr std::size_t extLabelSize = 16;
 constexpr std::uint64_t sector = 512;
 
-std::string FirstLine(const files::path& path) {
-    std::ifstream file(path);
-    std::string line;
-    std::getline(file, line);
-    line.erase(line.find_last_not_of(" \t") + 1);
-    return line;
+using Device = platform::CPointer<sd_device, sd_device_unref>;
+
+Device DeviceOf(dev_t number) {
+    sd_device* device = nullptr;
+    sd_device_new_from_devnum(&device, 'b', number);
+    return Device(device);
 }
 
-std::string NumberOf(dev_t device) {
-    return std::to_string(major(device)) + ":" + std::to_string(minor(device));
+/// What one of the functions of sd-device knows of a device, which may be nil.
+std::string Known(auto get, sd_device* device, auto... arguments) {
+    const char* text = nullptr;
+    const bool isKnown = device != nullptr && get(device, arguments..., &text) >= 0;
+    std::string known = isKnown && text != nullptr ? text : "";
+    known.erase(known.find_last_not_of(" \t") + 1);
+    return known;
 }
 
-files::path SysFolder(dev_t device) {
-    return files::path("/sys/dev/block") / NumberOf(device);
-}
-
-std::string KernelName(dev_t device) {
-    std::error_code failure;
-    return files::canonical(SysFolder(device), failure).filename().string();
-}
-
-/// The label in the links that udev makes.
-std::string LinkedLabel(dev_t device) {
-    std::error_code failure;
-    for (const auto& link : files::directory_iterator("/dev/disk/by-label", failure)) {
-        struct stat status {};
-        if (stat(link.path().c_str(), &status) == 0 && status.st_rdev == device)
-            return WithoutEscapes(link.path().filename().string());
+/// A text as udev writes it, where \x20 is a blank.
+std::string WithoutEscapes(const std::string& text) {
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool isEscape = text.compare(i, 2, "\\x") == 0 && i + 4 <= text.size();
+        plain +=
+            isEscape ? static_cast<char>(std::stoi(text.substr(i + 2, 2), nullptr, 16)) : text[i];
+        i += isEscape ? 3 : 0;
     }
-    return {};
+    return plain;
 }
 
 std::string LabelIn(const std::string& path) {
@@ -69,33 +63,40 @@ std::string LabelIn(const std::string& path) {
 }
 
 /// The disk's maker's name; a part of it has the kernel's name behind that.
-std::string Model(dev_t device) {
-    const std::string own = FirstLine(SysFolder(device) / "device/model");
-    const std::string whole = FirstLine(SysFolder(device) / "../device/model");
-    const std::string kernelName = KernelName(device);
-    return !own.empty() ? own : !whole.empty() ? whole + " (" + kernelName + ")" : kernelName;
+std::string Model(sd_device* device, const std::string& kernelName) {
+    constexpr const char* model = "device/model";
+    sd_device* parent = nullptr;
+    const std::string own = Known(sd_device_get_sysattr_value, device, model);
+    if (!own.empty() || device == nullptr || sd_device_get_parent(device, &parent) < 0)
+        return own.empty() ? kernelName : own;
+    const std::string whole = Known(sd_device_get_sysattr_value, parent, model);
+    return whole.empty() ? kernelName : whole + " (" + kernelName + ")";
 }
 
 /// Where a block device is mounted first.
 std::string MountPointOf(dev_t device) {
-    const platform::CPointer<libmnt_table, mnt_unref_table> table(
-        mnt_new_table_from_file("/proc/self/mountinfo"));
-    libmnt_fs* const mount =
-        table ? mnt_table_find_devno(table.get(), device, MNT_ITER_FORWARD) : nullptr;
-    return mount != nullptr ? mnt_fs_get_target(mount) : "";
+    const platform::CPointer<FILE, endmntent> table(setmntent("/proc/self/mounts", "r"));
+    struct stat status {};
+    while (const mntent* const mount = table ? getmntent(table.get()) : nullptr)
+        if (stat(mount->mnt_fsname, &status) == 0 && S_ISBLK(status.st_mode) &&
+            status.st_rdev == device)
+            return mount->mnt_dir;
+    return {};
 }
 
-Volume Described(dev_t device, const std::string& path) {
+Volume Described(dev_t number, const std::string& path) {
+    const Device device = DeviceOf(number);
     Volume volume;
-    volume.disk = KernelName(device);
-    volume.mountPoint = MountPointOf(device);
-    volume.name = LinkedLabel(device);
+    volume.disk = Known(sd_device_get_sysname, device.get());
+    volume.mountPoint = MountPointOf(number);
+    volume.name =
+        WithoutEscapes(Known(sd_device_get_property_value, device.get(), "ID_FS_LABEL_ENC"));
     if (volume.name.empty())
         volume.name = LabelIn(path);
     if (volume.name.empty() && !volume.mountPoint.empty())
         volume.name = LastComponent(volume.mountPoint);
     if (volume.name.empty())
-        volume.name = Model(device);
+        volume.name = Model(device.get(), volume.disk);
     struct statvfs status {};
     if (!volume.mountPoint.empty() && statvfs(volume.mountPoint.c_str(), &status) == 0)
         volume.filesInUse = status.f_files - status.f_ffree;
@@ -117,7 +118,8 @@ std::optional<Volume> VolumeOfFile(const std::string& path) {
         return std::nullopt;
     if (major(status.st_dev) == 0) // a file system that is on no single disk
         return std::nullopt;
-    return Described(status.st_dev, "/dev/block/" + NumberOf(status.st_dev));
+    return Described(status.st_dev, "/dev/block/" + std::to_string(major(status.st_dev)) + ":" +
+                                        std::to_string(minor(status.st_dev)));
 }
 
 std::optional<Volume> VolumeOfDisk(const std::string& path) {
@@ -155,6 +157,34 @@ Name FolderNames(const std::vector<std::string>& paths) {
     return {Joined(full), Joined(open)};
 }
 
+Name LocalDestination(const std::string& path) {
+    std::error_code failure;
+    std::string whole = files::weakly_canonical(path, failure).string();
+    if (failure || whole.empty())
+        return {path, {}};
+    // A relative path of which nothing is there yet stays relative.
+    if (!whole.starts_with('/'))
+        whole = files::absolute(whole, failure).lexically_normal().string();
+    while (whole.size() > 1 && whole.ends_with('/'))
+        whole.pop_back();
+    // What is not there yet will be on the volume of the folder above it.
+    files::path nearest = whole;
+    while (!files::exists(nearest, failure) && nearest.has_relative_path())
+        nearest = nearest.parent_path();
+    const auto volume = VolumeOfFile(nearest.string());
+    const std::string open = volume ? volume->name : "";
+    return {volume && volume->mountPoint == whole ? open : whole, open};
+}
+
+Name Destination(const std::string& place) {
+    const char* home = std::getenv("HOME");
+    const Name name = PlaceName(place, home != nullptr ? home : "~");
+    const bool isNamedLocal = place.starts_with("local:") || place.starts_with("file://");
+    if (name.full.empty() || (IsElsewhere(place) && !isNamedLocal))
+        return name;
+    return LocalDestination(name.full);
+}
+
 std::optional<std::uint64_t> SizeOf(const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0)
@@ -163,7 +193,8 @@ std::optional<std::uint64_t> SizeOf(const std::string& path) {
         return static_cast<std::uint64_t>(status.st_size);
     if (!S_ISBLK(status.st_mode))
         return std::nullopt;
-    const std::string sectors = FirstLine(SysFolder(status.st_rdev) / "size");
+    const std::string sectors =
+        Known(sd_device_get_sysattr_value, DeviceOf(status.st_rdev).get(), "size");
     return std::strtoull(sectors.c_str(), nullptr, 10) * sector;
 }
 

@@ -37,6 +37,12 @@ struct Volume {
 [[nodiscard]] Name FolderName(const std::string& path);
 [[nodiscard]] Name FolderNames(const std::vector<std::string>& paths);
 
+/// The volume's name where the path is where one is mounted, else the absolute path without links
+/// and without a slash at its end.
+[[nodiscard]] Name LocalDestination(const std::string& path);
+/// The same of a place that may as well be on another machine, see PlaceName; empty stays empty.
+[[nodiscard]] Name Destination(const std::string& place);
+
 /// The size of a regular file or block device in bytes.
 [[nodiscard]] std::optional<std::uint64_t> SizeOf(const std::string& path);
 

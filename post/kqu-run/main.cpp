@@ -2,7 +2,6 @@
 #include "post/kqu-run/Run.h"
 #include "post/posting/Program.h"
 
-#include <cstdio>
 #include <unistd.h>
 #include <utility>
 
@@ -11,7 +10,8 @@
 namespace {
 constexpr int failed = 125;
 
-int RunCommand(kqu::run::Request request) {
+int Do(std::span<char*> arguments) {
+    kqu::run::Request request = kqu::run::ParseCommandLine(arguments);
     const pid_t process = request.process;
     kqu::run::Run run(std::move(request));
     const kqu::run::Ending ending = process != 0 ? run.Follow(process) : run.Execute();
@@ -21,29 +21,9 @@ int RunCommand(kqu::run::Request request) {
     // container outlives its own signals.
     _exit(ending.signal != 0 ? 128 + ending.signal : ending.status);
 }
-
-int Do(std::span<char*> arguments) {
-    using kqu::run::Request;
-    Request request = kqu::run::ParseCommandLine(arguments);
-    switch (request.action) {
-    case Request::Action::Help:
-        std::fputs(kqu::run::HelpText().c_str(), stdout);
-        break;
-    case Request::Action::Version:
-        std::puts("kqu-run " KQU_VERSION);
-        break;
-    case Request::Action::Run:
-        try {
-            return RunCommand(std::move(request));
-        } catch (const kqu::run::StartError& error) {
-            return kqu::post::Complain("kqu-run", error.what(), error.status);
-        }
-    }
-    return 0;
-}
 } // namespace
 
 int main(int count, char** values) {
-    return kqu::post::RunProgram("kqu-run", {values, static_cast<std::size_t>(count)}, Do, failed,
-                                 failed);
+    return kqu::post::RunProgram({"kqu-run", KQU_VERSION, kqu::run::HelpText, Do, failed, failed},
+                                 count, values);
 }

@@ -1,18 +1,16 @@
 #include "post/posting/Connection.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace kqu::post {
 
 namespace {
-void Check(int result, const char* what) {
-    if (result < 0)
-        throw PostError(std::string(what) + ": " + std::strerror(-result));
-}
-
 /// Tools that are started on a schedule have no session's environment; the user's bus is at its
 /// usual place all the same.
 bool IsSessionBusNamed() {
@@ -20,26 +18,42 @@ bool IsSessionBusNamed() {
            secure_getenv("XDG_RUNTIME_DIR") != nullptr;
 }
 
-BusPointer ConnectToUsersBus() {
+BusPointer Open(Bus kind, const char* failure) {
     sd_bus* bus = nullptr;
-    Check(sd_bus_new(&bus), "no session bus");
+    if (kind == Bus::System || IsSessionBusNamed()) {
+        Check(kind == Bus::System ? sd_bus_open_system(&bus) : sd_bus_open_user(&bus), failure);
+        return BusPointer(bus);
+    }
+    Check(sd_bus_new(&bus), failure);
     BusPointer owned(bus);
     const std::string address = "unix:path=/run/user/" + std::to_string(getuid()) + "/bus";
-    Check(sd_bus_set_address(bus, address.c_str()), "no session bus");
-    Check(sd_bus_set_bus_client(bus, 1), "no session bus");
-    Check(sd_bus_start(bus), "no session bus");
+    Check(sd_bus_set_address(bus, address.c_str()), failure);
+    Check(sd_bus_set_bus_client(bus, 1), failure);
+    Check(sd_bus_start(bus), failure);
     return owned;
 }
 } // namespace
 
-Connection Connect(Bus kind) {
-    const bool onSystemBus = kind == Bus::System;
-    if (!onSystemBus && !IsSessionBusNamed())
-        return {kind, ConnectToUsersBus()};
-    sd_bus* bus = nullptr;
-    const int result = onSystemBus ? sd_bus_open_system(&bus) : sd_bus_open_user(&bus);
-    Check(result, onSystemBus ? "no system bus" : "no session bus");
-    return {kind, BusPointer(bus)};
+void Check(int result, const std::string& what) {
+    if (result < 0)
+        throw PostError(what + ": " + std::strerror(-result));
+}
+
+Connection Connect(Bus kind, std::chrono::milliseconds most) {
+    const char* const failure = kind == Bus::System ? "no system bus" : "no session bus";
+    const auto deadline = std::chrono::steady_clock::now() + most;
+    BusPointer bus = Open(kind, failure);
+    while (sd_bus_is_ready(bus.get()) == 0) {
+        const int more = sd_bus_process(bus.get(), nullptr);
+        Check(more, failure);
+        const std::chrono::microseconds left =
+            std::chrono::duration_cast<std::chrono::microseconds>(deadline -
+                                                                  std::chrono::steady_clock::now());
+        Check(left.count() > 0 ? 0 : -ETIMEDOUT, failure);
+        if (more == 0)
+            Check(sd_bus_wait(bus.get(), static_cast<std::uint64_t>(left.count())), failure);
+    }
+    return {kind, std::move(bus)};
 }
 
 } // namespace kqu::post

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <string>
 #include <systemd/sd-bus.h>
 
 namespace kqu::post {
@@ -28,7 +29,10 @@ struct Connection {
 /// How long a bus, or somebody on it, may take over a message before it counts as not there.
 constexpr std::chrono::seconds patience{10};
 
-/// Connects to a bus. Raises PostError.
-[[nodiscard]] Connection Connect(Bus kind);
+/// Connects to a bus and waits until it has greeted. Raises PostError.
+[[nodiscard]] Connection Connect(Bus kind, std::chrono::milliseconds most = patience);
+
+/// Raises PostError with this text if an sd-bus function has returned an error.
+void Check(int result, const std::string& what);
 
 } // namespace kqu::post

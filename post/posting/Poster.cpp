@@ -31,11 +31,6 @@ constexpr std::chrono::seconds stay{10};
 
 constexpr const char* notTaken = "the bus has not taken the message";
 
-void Check(int result, const std::string& what) {
-    if (result < 0)
-        throw PostError(what + ": " + std::strerror(-result));
-}
-
 MessagePointer MakeSignal(sd_bus* bus, const Notification& notification) {
     const std::string failed = "the message can't be made";
     sd_bus_message* signal = nullptr;
@@ -50,35 +45,6 @@ MessagePointer MakeSignal(sd_bus* bus, const Notification& notification) {
     return owned;
 }
 
-/// Asks something that costs the bus nothing and that every bus allows. The question's serial
-/// number.
-std::uint64_t AskBus(sd_bus* bus) {
-    sd_bus_message* made = nullptr;
-    Check(sd_bus_message_new_method_call(bus, &made, busName, busPath, busName, "GetId"), notTaken);
-    const MessagePointer question(made);
-    std::uint64_t serial = 0;
-    Check(sd_bus_send(bus, made, &serial), notTaken);
-    return serial;
-}
-
-/// The next message that comes in, waiting for it until the deadline.
-MessagePointer Receive(sd_bus* bus, std::chrono::steady_clock::time_point deadline) {
-    while (true) {
-        sd_bus_message* received = nullptr;
-        const int result = sd_bus_process(bus, &received);
-        MessagePointer message(received);
-        Check(result, notTaken);
-        if (message)
-            return message;
-        if (result > 0)
-            continue;
-        const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
-            deadline - std::chrono::steady_clock::now());
-        Check(left.count() > 0 ? 0 : -ETIMEDOUT, notTaken);
-        Check(sd_bus_wait(bus, static_cast<std::uint64_t>(left.count())), notTaken);
-    }
-}
-
 /// A bus drops a broadcast that its policy forbids without a word. What holds for the broadcast
 /// holds for the same kind of signal to oneself, and that comes back or it doesn't.
 void SendToSelf(sd_bus* bus) {
@@ -91,20 +57,25 @@ void SendToSelf(sd_bus* bus) {
     Check(sd_bus_send(bus, made, nullptr), notTaken);
 }
 
-/// The bus answers in order: its answer to a question that was asked behind the signal tells that
-/// it has dealt with the signal.
+/// The bus answers in order: its answer to a question that was asked behind the signal says that it
+/// has dealt with the signal. What came before the answer waits to be processed.
 void AwaitTaken(sd_bus* bus) {
     SendToSelf(bus);
-    const std::uint64_t question = AskBus(bus);
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    std::uint64_t answered = 0;
+    const auto most = std::chrono::microseconds(patience).count();
+    Check(sd_bus_set_method_call_timeout(bus, static_cast<std::uint64_t>(most)), notTaken);
+    sd_bus_message* answer = nullptr;
+    const int result =
+        sd_bus_call_method(bus, busName, busPath, busName, "GetId", nullptr, &answer, "");
+    const MessagePointer answered(answer);
+    Check(result, notTaken);
     bool mayPost = false;
-    MessagePointer message;
-    do {
-        message = Receive(bus, deadline);
-        mayPost |= sd_bus_message_is_signal(message.get(), interfaceName, member) > 0;
-    } while (sd_bus_message_get_reply_cookie(message.get(), &answered) < 0 || answered != question);
-    Check(-sd_bus_message_get_errno(message.get()), notTaken);
+    for (int more = 1; more > 0;) {
+        sd_bus_message* received = nullptr;
+        more = sd_bus_process(bus, &received);
+        const MessagePointer message(received);
+        Check(more, notTaken);
+        mayPost |= message && sd_bus_message_is_signal(received, interfaceName, member) > 0;
+    }
     Check(mayPost ? 0 : -EACCES, notTaken);
 }
 

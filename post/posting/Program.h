@@ -1,9 +1,12 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <getopt.h>
 #include <span>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace kqu::post {
 
@@ -12,23 +15,58 @@ class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// What a command does with its arguments, of which the first is its name; returns its exit status.
-using Action = int (*)(std::span<char*> arguments);
+/// The command ends with this status; the message is one line for the user.
+class StatusError : public std::runtime_error {
+  public:
+    StatusError(const std::string& message, int exitStatus)
+        : std::runtime_error(message), status(exitStatus) {}
+    int status;
+};
 
-/// Reads options by getopt_long(3) and hands each one's `val` and value over. `order` is "+" where
-/// the first operand ends the options; else options and operands may be mixed, and the operands are
-/// moved to the end. Returns the operands. Raises UsageError.
-std::span<char*> ReadOptions(std::span<char*> arguments, const char* order, const option* options,
+/// One of the two commands.
+struct Program {
+    const char* name;
+    const char* version;
+    std::string (*help)();
+    /// What it does with its arguments, of which the first is its name; returns its exit status.
+    int (*run)(std::span<char*> arguments);
+    int failed, wrongUsage;
+};
+
+/// An option of a command line, whether it has a value (see getopt_long(3)), and what it does.
+template <class Request>
+struct Option {
+    const char* name;
+    int hasValue;
+    void (*take)(Request& request, const char* value);
+};
+
+/// Reads options by getopt_long(3) and hands each one's `val` and value over. --help and --version
+/// end the reading and are answered by RunProgram. `order` is "+" where the first operand ends the
+/// options; else options and operands may be mixed, and the operands are moved to the end. Returns
+/// the operands. Raises UsageError.
+std::span<char*> ReadOptions(std::span<char*> arguments, const char* order,
+                             std::vector<option> options,
                              const std::function<void(int option, const char* value)>& take);
+
+/// The same by a table.
+template <class Request, std::size_t Size>
+std::span<char*> ReadOptions(std::span<char*> arguments, const char* order,
+                             const std::array<Option<Request>, Size>& table, Request& request) {
+    std::vector<option> options;
+    for (const Option<Request>& entry : table)
+        options.push_back({entry.name, entry.hasValue, nullptr, static_cast<int>(options.size())});
+    return ReadOptions(arguments, order, std::move(options), [&](int option, const char* value) {
+        table[static_cast<std::size_t>(option)].take(request, value);
+    });
+}
 
 /// The frame of a command's main function. Closed standard streams are filled first, so that
 /// nothing that is opened later takes their place. An exception is reported in one line on
-/// standard error, as is output that can't be written. Returns the exit status: `wrongUsage` after
-/// a UsageError, `failed` after anything else.
-[[nodiscard]] int RunProgram(const char* name, std::span<char*> values, Action action, int failed,
-                             int wrongUsage);
+/// standard error, as is output that can't be written. Returns the exit status.
+[[nodiscard]] int RunProgram(const Program& program, int count, char** values);
 
 /// Reports an error in one line on standard error, whatever it quotes, and returns the status.
-int Complain(const char* name, const char* reason, int status);
+int Complain(const char* name, const std::string& reason, int status);
 
 } // namespace kqu::post

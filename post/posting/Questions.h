@@ -51,8 +51,6 @@ class Questions {
     /// Whether a name has an owner at present; nobody is started for the question.
     [[nodiscard]] bool HasOwner(const char* name);
 
-    [[nodiscard]] bool IsOver() const { return std::chrono::steady_clock::now() >= deadline_; }
-
   private:
     [[nodiscard]] bool MayAsk();
 

@@ -91,23 +91,16 @@ void Mark(const std::string& path) {
 }
 
 /// Root never touches what belongs to a user, and a session bus refuses it: the command is run as
-/// that user, told nothing but where the user's bus is.
-bool StartAtSeat(sd_bus& systemBus) {
+/// that user.
+bool StartAtSeat() {
+    const auto session = SessionAtSeat();
+    const std::string mark = "/run/kqu-post.silent." + std::to_string(session ? session->user : 0);
+    if (!session || IsRecent(mark))
+        return false;
     const Moment deadline = std::chrono::steady_clock::now() + patienceWithUser;
-    Questions bus(systemBus, deadline);
-    const auto user = UserAtSeat(bus);
-    if (!user)
-        return false;
-    const std::string number = std::to_string(*user);
-    const std::string folder = "/run/user/" + number;
-    const std::string mark = "/run/kqu-post.silent." + number;
-    if (IsRecent(mark))
-        return false;
-    const bool isStarted = RunAs(
-        *user, {FolderOfProgram() + command, "--start-only"},
-        {"XDG_RUNTIME_DIR=" + folder, "DBUS_SESSION_BUS_ADDRESS=unix:path=" + folder + "/bus"},
-        deadline);
-    if (bus.IsOver())
+    const bool isStarted =
+        RunAs(session->user, {FolderOfProgram() + command, "--start-only"}, patienceWithUser);
+    if (std::chrono::steady_clock::now() >= deadline)
         Mark(mark);
     return isStarted;
 }
@@ -117,13 +110,9 @@ bool StartMessenger(const Connection& connection) {
     if (connection.kind == Bus::Session)
         return StartInSession(*connection.bus, std::chrono::steady_clock::now() + patience);
     if (geteuid() == 0)
-        return StartAtSeat(*connection.bus);
-    return StartMessenger(Bus::Session);
-}
-
-bool StartMessenger(Bus bus) {
+        return StartAtSeat();
     try {
-        return StartMessenger(Connect(bus));
+        return StartMessenger(Connect(Bus::Session));
     } catch (const PostError&) {
         return false;
     }

@@ -16,7 +16,5 @@ namespace kqu::post {
 /// Raises nothing, and may be called by any thread. Root's start makes a child process for a
 /// moment.
 bool StartMessenger(const Connection& connection);
-/// The same over a connection of its own.
-bool StartMessenger(Bus bus);
 
 } // namespace kqu::post

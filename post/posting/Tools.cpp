@@ -1,5 +1,7 @@
 #include "post/posting/Tools.h"
 
+#include "post/posting/Program.h"
+
 #include <algorithm>
 #include <array>
 
@@ -26,6 +28,19 @@ const Tool* FindTool(std::string_view name) {
     const auto* found = std::find_if(tools.begin(), tools.end(),
                                      [&](const Tool& tool) { return tool.name == name; });
     return found != tools.end() ? found : nullptr;
+}
+
+std::string ToolNames() {
+    std::string names;
+    for (const Tool& tool : tools)
+        names += (names.empty() ? "" : ", ") + std::string(tool.name);
+    return names;
+}
+
+const Tool* ToolOf(const char* name) {
+    if (const Tool* tool = FindTool(name))
+        return tool;
+    throw UsageError(std::string("unknown tool ") + name + " (there are " + ToolNames() + ")");
 }
 
 bool HasKey(const Tool& tool, std::string_view key) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace kqu::post {
@@ -17,6 +18,10 @@ struct Tool {
 [[nodiscard]] std::span<const Tool> Tools();
 /// The tool of that name, or nil.
 [[nodiscard]] const Tool* FindTool(std::string_view name);
+/// The same for a command line: raises UsageError if there is none.
+[[nodiscard]] const Tool* ToolOf(const char* name);
+/// "scanner, backup, defragmenter".
+[[nodiscard]] std::string ToolNames();
 [[nodiscard]] bool HasKey(const Tool& tool, std::string_view key);
 
 } // namespace kqu::post

@@ -7,7 +7,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <linux/keyctl.h>
-#include <poll.h>
 #include <pwd.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -22,6 +21,7 @@ namespace {
 /// The group of the account "nobody", for a user that no account describes.
 constexpr gid_t groupOfNobody = 65534;
 constexpr int cannotBeRun = 127;
+constexpr const char* timeout = "/usr/bin/timeout";
 constexpr const char* setpriv = "/usr/bin/setpriv";
 
 /// What a user gets from the system at most, where root may have more.
@@ -31,13 +31,16 @@ constexpr std::array<std::pair<__rlimit_resource, rlim_t>, 5> limits{{{RLIMIT_NI
                                                                       {RLIMIT_MEMLOCK, 8U << 20U},
                                                                       {RLIMIT_NOFILE, 1024}}};
 
-std::vector<std::string> OptionsFor(uid_t user) {
+std::vector<std::string> PrefixFor(uid_t user, std::chrono::milliseconds most) {
     std::vector<char> texts(std::size_t{1} << 16);
     passwd entry{};
     passwd* account = nullptr;
     getpwuid_r(user, &entry, texts.data(), texts.size(), &account);
     const gid_t group = account != nullptr ? account->pw_gid : groupOfNobody;
-    return {setpriv,
+    return {timeout,
+            "--signal=KILL",
+            std::to_string(std::chrono::duration<double>(most).count()),
+            setpriv,
             "--reuid=" + std::to_string(user),
             "--regid=" + std::to_string(group),
             account != nullptr ? "--init-groups" : "--clear-groups",
@@ -73,22 +76,6 @@ bool CloseAllBut(std::initializer_list<int> kept) {
     }
     return close_range(first, UINT_MAX, 0) == 0;
 }
-
-/// Waits until the child has ended; kills it at the deadline.
-void Await(pid_t child, std::chrono::steady_clock::time_point deadline) {
-    const int handle = static_cast<int>(syscall(SYS_pidfd_open, child, 0));
-    pollfd ended{handle, POLLIN, 0};
-    int result = -1;
-    do {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(
-            deadline - std::chrono::steady_clock::now());
-        result = poll(&ended, 1, static_cast<int>(std::max<long>(left.count(), 0)));
-    } while (result < 0 && errno == EINTR);
-    if (result <= 0 || handle < 0)
-        kill(child, SIGKILL);
-    if (handle >= 0)
-        close(handle);
-}
 } // namespace
 
 bool LeaveCaller(std::initializer_list<int> kept) {
@@ -109,14 +96,16 @@ bool LeaveCaller(std::initializer_list<int> kept) {
            sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
 }
 
-bool RunAs(uid_t user, const std::vector<std::string>& command,
-           std::vector<std::string> environment, std::chrono::steady_clock::time_point deadline) {
+bool RunAs(uid_t user, const std::vector<std::string>& command, std::chrono::milliseconds most) {
     // To the system calls that change a user it means "leave as it is".
     if (user == static_cast<uid_t>(-1))
         return false;
-    std::vector<std::string> whole = OptionsFor(user);
+    std::vector<std::string> whole = PrefixFor(user, most);
     whole.insert(whole.end(), command.begin(), command.end());
     const std::vector<char*> arguments = Pointers(whole);
+    const std::string folder = "/run/user/" + std::to_string(user);
+    std::vector<std::string> environment{"XDG_RUNTIME_DIR=" + folder,
+                                         "DBUS_SESSION_BUS_ADDRESS=unix:path=" + folder + "/bus"};
     const std::vector<char*> variables = Pointers(environment);
     const pid_t child = fork();
     if (child == 0) {
@@ -126,7 +115,6 @@ bool RunAs(uid_t user, const std::vector<std::string>& command,
     }
     if (child < 0)
         return false;
-    Await(child, deadline);
     int status = 0;
     pid_t reaped = 0;
     do {

@@ -6,8 +6,6 @@ import signal
 import subprocess
 import time
 
-import dbus
-
 from support import ROOT, DesktopTest, hold, needs_root, wait_until
 from support.panel import ROW
 from support.processes import ProcessFacts
@@ -24,6 +22,7 @@ PATIENCE = 10
 SILENT_BUS = """
 import os, socket, subprocess, sys, time
 subprocess.run(["mount", "-t", "tmpfs", "none", "/run"], check=True)
+os.makedirs("/run/systemd")
 os.makedirs(f"/run/user/{sys.argv[1]}")
 bus = socket.socket(socket.AF_UNIX)
 bus.bind(f"/run/user/{sys.argv[1]}/bus")
@@ -142,21 +141,12 @@ class StartBySessionBus(StartTest):
 
 
 class StartByRoot(StartTest):
-    options = {"window_manager": None, "logind": True}
-
-    def setUp(self):
-        super().setUp()
-        self.mock = dbus.Interface(self.desktop.system_bus.connection().get_object(
-            "org.freedesktop.login1", "/org/freedesktop/login1", introspect=False),
-            "org.freedesktop.DBus.Mock")
-
-    def log_in(self, session, user, of_class="user"):
-        """A session that the seat shows from now on."""
-        self.mock.AddSession(session, "seat0", dbus.UInt32(user), "somebody", True)
-        dbus.Interface(self.desktop.system_bus.connection().get_object(
-            "org.freedesktop.login1", f"/org/freedesktop/login1/session/{session}",
-            introspect=False), "org.freedesktop.DBus.Mock").UpdateProperties(
-                "org.freedesktop.login1.Session", {"Class": of_class})
+    @staticmethod
+    def log_in(prefix, session, user, of_class="user"):
+        """A session that the seat shows from now on, as sd-login reads it."""
+        subprocess.run([*prefix, "sh", "-ec", "cd /run/systemd; mkdir -p seats sessions; echo \"$1\" >seats/seat0; "
+                        f"echo \"$2\" >sessions/{session}", "sh", f"ACTIVE={session}\nACTIVE_UID={user}",
+                        f"CLASS={of_class}\nSTATE=active"], check=True)
 
     def assert_not_started(self, prefix=()):
         self.assertLess(self.post(1, "--system", prefix=prefix), AT_ONCE)
@@ -172,13 +162,13 @@ class StartByRoot(StartTest):
         (units / UNIT).write_text(self.made(UNIT))
         manager = UserManager(self.desktop, NOBODY, units)
         prefix = manager.inside()
-        self.log_in("own", NOBODY)
+        self.log_in(prefix, "own", NOBODY)
         self.assert_not_started(prefix)  # as long as the manager knows no display
         manager.tell_display()
         for session, user, of_class in (("greeter", NOBODY, "greeter"), ("other", NOBODY - 1, "user")):
-            self.log_in(session, user, of_class)
+            self.log_in(prefix, session, user, of_class)
             self.assert_not_started(prefix)
-        self.log_in("again", NOBODY)
+        self.log_in(prefix, "again", NOBODY)
         self.post(1, "--system", prefix=prefix)
         self.panel.wait_visible()
         running = self.started()
@@ -198,7 +188,7 @@ class StartByRoot(StartTest):
         prefix = ["nsenter", "--mount", f"--target={holder.pid}"]
         wait_until("the silent bus", lambda: subprocess.run(
             [*prefix, "test", "-S", f"/run/user/{NOBODY}/bus"], check=False).returncode == 0)
-        self.log_in("own", NOBODY)
+        self.log_in(prefix, "own", NOBODY)
         first = self.post(1, "--system", prefix=prefix)
         self.assertLess(first, PATIENCE - 1)
         self.assertLess(self.post(1, "--system", prefix=prefix), first)

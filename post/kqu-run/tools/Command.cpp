@@ -1,75 +1,104 @@
-#include "post/kqu-run/Activity.h"
 #include "post/kqu-run/Arguments.h"
 #include "post/kqu-run/Naming.h"
-#include "post/kqu-run/TreeSize.h"
 #include "post/kqu-run/Volumes.h"
-#include "post/kqu-run/tools/Destination.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
+#include <fstream>
 
 namespace kqu::run {
 
 namespace {
 namespace files = std::filesystem;
 
-/// Commands whose first words say what they do. Of any other command no word is posted but names of
-/// files that exist, since it may be a password, and others can read it.
-constexpr std::string_view withSubcommand =
-    "bcachefs borg borgbackup btrfs restic rclone zfs zpool snapper";
-constexpr std::string_view subcommands =
-    "backup balance check checksum copy create defragment device filesystem move prune receive "
-    "replace resilver restore scrub send start sync verify";
-constexpr std::string_view scans = "check checksum cmp scrub verify xfs_repair ntfsfix";
-constexpr std::string_view scanParts = "fsck scrub check";
-constexpr std::string_view defragmentations = "balance defragment xfs_fsr";
-/// The last operand is where they write to.
-constexpr std::string_view copies = "cp mv ddrescue install";
+/// What is known of a command beside what the kernel reports.
+struct Known {
+    std::string_view name;
+    /// Its options that take a value in an argument of their own.
+    std::string_view withValue = {};
+    /// Which of its operands, counted from 1, it writes to; -1 for the last.
+    int destination = 0;
+    /// What of its output is read: the stream, the option without which it prints nothing, and the
+    /// pattern, whose group is a percentage or a text.
+    int stream = 0;
+    std::string_view onlyWith = {};
+    const char* share = nullptr;
+    const char* text = nullptr;
+};
 
-bool IsIn(std::string_view word, std::string_view words) {
-    const auto all = Words(words);
-    return std::find(all.begin(), all.end(), word) != all.end();
-}
+constexpr std::string_view ofCopies = "S t g m o suffix target-directory group mode owner";
+constexpr std::array<Known, 10> known{
+    {{"cp", ofCopies, -1},
+     {"mv", ofCopies, -1},
+     {"install", ofCopies, -1},
+     {"shred", "n s iterations size random-source"},
+     {"fstrim", "I l m o t listed-in length minimum offset types"},
+     {"xfs_fsr", "f m p t"},
+     {"xfs_repair", "c l m o r t", 0, 2, "", nullptr, "^(Phase [0-9].*)"},
+     {"ddrescue",
+      "a b B c C E e H i K L m o O P Q r s T X Z binary-prefixes cluster-size input-position "
+      "max-error-rate max-errors output-position retry-passes sector-size size timeout",
+      2, 1, "", "pct rescued: +([0-9.]+%)"},
+     {"rclone", "", -1, 1, "P progress", "^Transferred: .*, ([0-9]+%), .*ETA"},
+     {"mdadm", "c e l n s x z"}}};
+
+/// Words behind a command's name that say what it does. Of any other command no word is posted but
+/// names of files that exist, since it may be a password, and others can read it.
+constexpr const char* subcommands =
+    "^((bcachefs|btrfs|rclone|snapper|zfs|zpool) (backup|balance|bisync|check|checksum|copy|"
+    "copyto|create|cryptcheck|defragment|delete|device|filesystem|move|moveto|prune|receive|"
+    "replace|"
+    "resilver|restore|resume|scrub|send|start|sync|verify)|"
+    "mdadm (--wait|-W|--grow|-G|--create|-C|--action=[a-z]+))$";
+constexpr const char* scans = "fsck|scrub|check|verify|^cmp|sum$|^mdadm|xfs_repair|ntfsfix";
+constexpr const char* defragmentations = "defrag|balance|xfs_fsr";
 
 /// Any command: its name, what it does and its operands, and how far it is by the kernel.
 class Command : public Tool {
   public:
-    explicit Command(std::size_t program) : program_(program) {}
-
     void Prepare(Launch& launch) override {
-        name_ = LastComponent(launch.arguments[program_]);
-        std::vector<std::string> words{name_};
-        std::size_t at = program_ + 1;
-        while (IsIn(name_, withSubcommand) && at < launch.arguments.size() &&
-               IsIn(launch.arguments[at], subcommands))
-            words.push_back(launch.arguments[at++]);
-        std::error_code failure;
-        for (; at < launch.arguments.size(); ++at)
-            if (!launch.arguments[at].starts_with('-') &&
-                files::exists(launch.arguments[at], failure))
-                operands_.push_back(launch.arguments[at]);
-        if (IsIn(name_, copies) && launch.arguments.size() > program_ + 2) {
-            row_.destination = LocalDestination(launch.arguments.back());
-            if (!operands_.empty() && operands_.back() == launch.arguments.back())
-                operands_.pop_back();
-        }
-        NameRow(words);
-        launch.stream = launch.percentStream;
+        name_ = LastComponent(launch.arguments[launch.tool]);
+        const auto* const entry = std::find_if(known.begin(), known.end(),
+                                               [&](const Known& one) { return one.name == name_; });
+        const Known nothing;
+        const Known& knows = entry != known.end() ? *entry : nothing;
+        const Arguments arguments(launch, knows.withValue);
+        FindOperands(launch, arguments);
+        if (knows.destination != 0)
+            TakeDestination(arguments, knows.destination);
+        NameRow();
+        FindWork(arguments);
+        const bool prints = knows.onlyWith.empty() || arguments.Has(knows.onlyWith);
+        launch.stream = launch.percentStream != 0 ? launch.percentStream
+                        : prints                  ? knows.stream
+                                                  : 0;
+        if (launch.percentStream != 0)
+            share_.emplace("^(.*)$");
+        else if (knows.share != nullptr)
+            share_.emplace(knows.share);
+        if (knows.text != nullptr)
+            text_.emplace(knows.text);
     }
 
-    /// Of what any command prints, the percentage that comes last.
     void Read(std::string_view line) override {
-        if (const auto share = LastPercentage(line); share && *share <= 1)
-            progress_.share = share;
+        using Groups = std::vector<std::string_view>;
+        const Groups share = share_ ? share_->In(line) : Groups{};
+        const Groups text = text_ ? text_->In(line) : Groups{};
+        if (const auto read = share.empty() ? std::nullopt : LastPercentage(share[1]);
+            read && *read <= 1)
+            progress_.share = read;
+        if (!text.empty())
+            progress_.text = text[1];
     }
 
-    void Look(pid_t process) override {
-        if (IsIn(name_, "cp mv") && hasFolder_)
-            LookAtTree(process);
+    void Look(pid_t process, bool isRead) override {
+        if (name_.starts_with("mdadm") || name_.starts_with("mdcheck"))
+            ReadArrays();
         else
-            activity_.Look(process, progress_);
+            Tool::Look(process, isRead);
         if (!progress_.done)
             return;
         // The first line holds the name already.
@@ -78,61 +107,88 @@ class Command : public Tool {
     }
 
   private:
-    void NameRow(const std::vector<std::string>& words) {
-        std::string name;
-        bool isScan = name_.ends_with("sum"),
-             isDefragmentation = name_.find("defrag") != name_.npos;
-        for (const std::string& word : words) {
-            name += (name.empty() ? "" : " ") + word;
-            isScan = isScan || IsIn(word, scans);
-            isDefragmentation = isDefragmentation || IsIn(word, defragmentations);
+    void FindOperands(const Launch& launch, const Arguments& arguments) {
+        static const Pattern isSubcommand(subcommands);
+        title_ = name_;
+        for (const std::string& word : std::span(launch.arguments).subspan(launch.tool + 1)) {
+            if (isSubcommand.In(name_ + " " + word).empty())
+                break;
+            title_ += " " + word;
         }
-        for (const std::string_view part : Words(scanParts))
-            isScan = isScan || name_.find(part) != name_.npos;
+        std::error_code failure;
+        for (const std::string& operand : arguments.Operands())
+            if (files::exists(operand, failure))
+                operands_.push_back(operand);
+    }
+
+    void TakeDestination(const Arguments& arguments, int which) {
+        const std::vector<std::string>& all = arguments.Operands();
+        const auto at = which < 0 ? all.size() - 1 : static_cast<std::size_t>(which - 1);
+        const auto folder = arguments.Value("t target-directory");
+        if (all.size() < 2 && !folder)
+            return;
+        const std::string place = folder ? *folder : all[std::min(at, all.size() - 1)];
+        row_.destination = Destination(place);
+        operands_.erase(std::remove(operands_.begin(), operands_.end(), place), operands_.end());
+    }
+
+    void NameRow() {
+        const bool isDefragmentation = !Pattern(defragmentations).In(title_).empty();
+        const bool isScan = !isDefragmentation && !Pattern(scans).In(title_).empty();
         row_.tool = post::FindTool(isDefragmentation ? "defragmenter"
                                    : isScan          ? "scanner"
                                                      : "backup");
-        row_.volume = OpenName(name);
-        progress_.text = name;
-        const Name places = FolderNames(operands_);
-        if (!places.full.empty()) {
-            row_.volume.full += " " + places.full;
+        std::vector<std::string> shown;
+        for (const std::string& operand : operands_)
+            shown.push_back(FolderName(operand).full);
+        row_.volume = OpenName(title_);
+        progress_.text = title_;
+        if (!operands_.empty()) {
+            row_.volume.full += " " + Joined(shown);
             progress_.file = Joined(operands_);
+            auto volume = VolumeOfDisk(operands_.front());
+            volume = volume && !volume->disk.empty() ? volume : VolumeOfFile(operands_.front());
+            row_.disk = volume ? volume->disk : "";
         }
-        if (const auto volume = operands_.empty() ? std::nullopt : VolumeOfFile(operands_.front()))
-            row_.disk = volume->disk;
         // The panel names a defragmenter's volume after its disk, which may be none.
         if (isDefragmentation && row_.disk.empty())
-            row_.disk = name;
-        for (const std::string& operand : operands_)
-            hasFolder_ = hasFolder_ || files::is_directory(operand);
+            row_.disk = title_;
     }
 
-    /// What a copy of whole folders has read, of what is in them.
-    void LookAtTree(pid_t process) {
-        if (!total_)
-            total_.emplace(operands_, false);
-        const auto read = BytesReadBy(process);
-        const auto whole = total_->Bytes();
-        if (!read || !whole || *whole == 0)
+    /// Copies of whole folders, and what is written over and over.
+    void FindWork(const Arguments& arguments) {
+        const bool hasFolder =
+            std::any_of(operands_.begin(), operands_.end(),
+                        [](const auto& path) { return files::is_directory(path); });
+        if ((name_ == "cp" || name_ == "mv") && hasFolder)
+            work_ = {true, true, false, 0, operands_, false, 1};
+        if (name_ != "shred" || operands_.size() != 1)
             return;
-        progress_.done = static_cast<double>(std::min(*read, *whole));
-        progress_.whole = static_cast<double>(*whole);
-        progress_.share = Share(*progress_.done, *progress_.whole);
-        progress_.file = Joined(operands_);
+        const double size = static_cast<double>(SizeOf(operands_[0]).value_or(0));
+        const double passes = Count(arguments.Value("n iterations").value_or("3"));
+        work_ = {true, false, true, size, {}, false, passes + (arguments.Has("z zero") ? 1 : 0)};
     }
 
-    std::size_t program_;
-    std::string name_;
+    /// "[==>......]  recovery = 12.6% (37043392/292945152) finish=127.5min speed=33440K/sec": what
+    /// the kernel does with an array of disks.
+    void ReadArrays() {
+        static const Pattern doing("\\] +([a-z]+) = +([0-9.]+%)");
+        std::ifstream arrays("/proc/mdstat");
+        for (std::string line; std::getline(arrays, line);)
+            if (const auto parts = doing.In(line); !parts.empty()) {
+                progress_.text = parts[1];
+                progress_.share = LastPercentage(parts[2]);
+            }
+    }
+
+    std::string name_, title_;
     std::vector<std::string> operands_;
-    bool hasFolder_ = false;
-    Activity activity_;
-    std::optional<TreeSize> total_;
+    std::optional<Pattern> share_, text_;
 };
 } // namespace
 
-std::unique_ptr<Tool> MakeCommand(std::size_t program) {
-    return std::make_unique<Command>(program);
+std::unique_ptr<Tool> MakeCommand() {
+    return std::make_unique<Command>();
 }
 
 } // namespace kqu::run

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace kqu::run {
@@ -13,10 +11,8 @@ namespace kqu::run {
 /// The last percentage in the text, from 0 to 1: "  12.5%", "12,5 %".
 [[nodiscard]] std::optional<double> LastPercentage(std::string_view text);
 
-/// The whole number that the text begins with; moves the text behind it.
-[[nodiscard]] std::optional<std::uint64_t> TakeNumber(std::string_view& text);
-/// Whether the text begins with the mark; moves the text behind it.
-bool TakeMark(std::string_view& text, std::string_view mark);
+/// The digits of the text as one number, whatever stands between them: "8,700,000".
+[[nodiscard]] double Count(std::string_view text);
 
 /// An amount such as "56.267 MiB" or "1,2 GB" at the beginning of the text, in bytes.
 [[nodiscard]] std::optional<double> Amount(std::string_view text);

@@ -1,5 +1,6 @@
-#include "post/kqu-run/tools/Recognise.h"
+#include "post/kqu-run/tools/Tool.h"
 
+#include "post/kqu-run/Arguments.h"
 #include "post/kqu-run/Naming.h"
 
 #include <algorithm>
@@ -22,26 +23,27 @@ struct Prefix {
     bool isolates = false;
 };
 
-constexpr std::array<Prefix, 15> prefixes{{
-    {"sudo", "-u -g -h -p -C -r -t -T -U -D -R --user --group --chdir", 0, true, true},
-    {"doas", "-u -C", 0, false, true},
-    {"nice", "-n --adjustment", 0},
-    {"ionice", "-c -n --class --classdata", 0},
-    {"env", "-u -C --unset --chdir", 0, true},
-    {"time", "-f -o --format --output", 0},
-    {"stdbuf", "-i -o -e --input --output --error", 0},
-    {"nohup", "", 0},
-    {"timeout", "-k -s --kill-after --signal", 1},
-    {"chrt", "-T -P -D", 1},
-    {"taskset", "", 1},
-    {"setpriv",
-     "--reuid --regid --ruid --euid --rgid --egid --groups --inh-caps --ambient-caps "
-     "--bounding-set --securebits --pdeathsig --selinux-label --apparmor-profile",
-     0, false, true},
-    {"flock", "-E -w --conflict-exit-code --timeout --wait", 1},
-    {"setsid", "", 0},
-    {"systemd-inhibit", "--what --who --why --mode", 0, false, true},
-}};
+constexpr std::array<Prefix, 17> prefixes{
+    {{"sudo", "u g h p C r t T U D R user group chdir", 0, true, true},
+     {"doas", "u C", 0, false, true},
+     {"runuser", "u g G w user group supp-group", 0, false, true},
+     {"nice", "n adjustment"},
+     {"ionice", "c n class classdata"},
+     {"env", "u C unset chdir", 0, true},
+     {"time", "f o format output"},
+     {"stdbuf", "i o e input output error"},
+     {"nohup", ""},
+     {"timeout", "k s kill-after signal", 1},
+     {"chrt", "T P D", 1},
+     {"taskset", "", 1},
+     {"setpriv",
+      "reuid regid ruid euid rgid egid groups inh-caps ambient-caps bounding-set securebits "
+      "pdeathsig selinux-label apparmor-profile",
+      0, false, true},
+     {"flock", "E w conflict-exit-code timeout wait", 1},
+     {"setsid", ""},
+     {"xargs", "a d E I L n P s arg-file delimiter max-procs max-chars", 0, false, true},
+     {"systemd-inhibit", "what who why mode", 0, false, true}}};
 
 using Maker = std::unique_ptr<Tool> (*)();
 constexpr std::array<std::pair<std::string_view, Maker>, 14> makers{{{"rsync", MakeRsync},
@@ -65,44 +67,24 @@ auto Find(const Items& items, std::string_view name, auto key) {
                         [&](const auto& item) { return item.*key == name; });
 }
 
-bool IsWord(std::string_view word, std::string_view words) {
-    while (!words.empty()) {
-        const std::size_t end = std::min(words.find(' '), words.size());
-        if (words.substr(0, end) == word)
-            return true;
-        words.remove_prefix(std::min(end + 1, words.size()));
-    }
-    return false;
-}
-
-/// Whether the option's value is the next argument: "-u", or "-nu", but not "-uroot".
-bool TakesNext(const std::string& option, std::string_view withValue) {
-    if (option.starts_with("--"))
-        return IsWord(option, withValue);
-    for (std::size_t i = 1; i < option.size(); ++i)
-        if (IsWord(std::string("-") + option[i], withValue))
-            return i + 1 == option.size();
-    return false;
-}
-
 /// Where the command behind the prefix begins; the arguments' end if there is none.
-std::size_t Behind(const Prefix& prefix, const std::vector<std::string>& arguments,
-                   std::size_t at) {
+std::size_t Behind(const Prefix& prefix, const Launch& launch, std::size_t at) {
+    const auto behind = std::span(launch.arguments).subspan(at + 1);
+    Arguments arguments(std::span<const std::string>{}, prefix.withValue);
     std::size_t operands = prefix.operands;
-    for (++at; at < arguments.size(); ++at) {
-        const std::string& argument = arguments[at];
-        if (argument == "--")
+    for (auto rest = behind; !rest.empty();) {
+        const std::string& next = rest.front();
+        at = launch.arguments.size() - rest.size();
+        if (next == "--")
             return at + 1 + operands;
-        if (argument.starts_with("-") && argument.size() > 1)
-            at += TakesNext(argument, prefix.withValue) ? 1U : 0U;
-        else if (prefix.takesAssignments && argument.find('=') != std::string::npos)
+        const bool isAssignment = prefix.takesAssignments && next.find('=') != std::string::npos;
+        if (arguments.Take(rest) || isAssignment)
             continue;
-        else if (operands > 0)
-            --operands;
-        else
+        if (operands == 0)
             return at;
+        --operands;
     }
-    return at;
+    return launch.arguments.size();
 }
 } // namespace
 
@@ -123,9 +105,10 @@ std::unique_ptr<Tool> Recognise(Launch& launch) {
         if (prefix == prefixes.end())
             break;
         launch.isForeign = launch.isForeign || prefix->isolates;
-        at = Behind(*prefix, launch.arguments, at);
+        at = Behind(*prefix, launch, at);
     }
-    return MakeCommand(at < launch.arguments.size() ? at : 0);
+    launch.tool = at < launch.arguments.size() ? at : 0;
+    return MakeCommand();
 }
 
 } // namespace kqu::run

@@ -1,13 +1,12 @@
 #include "post/kqu-run/Arguments.h"
-#include "post/kqu-run/Naming.h"
 #include "post/kqu-run/Volumes.h"
-#include "post/kqu-run/tools/Destination.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/RsyncFilter.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace kqu::run {
 
@@ -41,30 +40,28 @@ class Rsync : public Tool {
         row_.folder = true;
         if (!places.empty()) {
             row_.destination = Destination(places.back());
-            row_.volume = FolderNames({places.begin(), places.end() - 1});
+            NameSources({places.begin(), places.end() - 1});
         }
-        if (!IsElsewhere(places.empty() ? "" : places.front()))
-            if (const auto volume = VolumeOfFile(places.empty() ? "." : places.front()))
-                row_.disk = volume->disk;
         launch.stream = 1;
         AskForProgress(launch, arguments);
     }
 
     void Read(std::string_view line) override {
+        static const Pattern done("^ *([0-9.,']+) ");
         if (RsyncProgressLength(line) == 0) {
             if (!IsMessage(line))
                 progress_.file = line;
             return;
         }
-        const bool hasCounts = line.find("to-chk=") != std::string_view::npos;
         const auto percentage = LastPercentage(line);
         if (isOfAll_ && percentage)
             progress_.share = percentage;
-        if (isOfAll_)
-            ReadDone(Words(line).front());
-        ReadChecked(line);
+        // "8.70M" says too little.
+        if (const auto parts = done.In(line); isOfAll_ && !parts.empty())
+            progress_.done = Count(parts[1]);
+        const bool isWhole = ReadChecked(line);
         if (!isOfAll_ && all_ > 0)
-            progress_.share = (checked_ + (hasCounts ? 0 : percentage.value_or(0))) / all_;
+            progress_.share = (checked_ + (isWhole ? 0 : percentage.value_or(0))) / all_;
     }
 
   private:
@@ -84,48 +81,28 @@ class Rsync : public Tool {
         isOfAll_ = launch.filters = true;
     }
 
-    /// "8,700,000", with the marks of any language; "8.70M" says too little.
-    void ReadDone(std::string_view word) {
-        std::string digits;
-        for (const char c : word)
-            if (c >= '0' && c <= '9')
-                digits += c;
-            else if (c != ',' && c != '.' && c != '\'')
-                return;
-        std::string_view number = digits;
-        if (const auto done = TakeNumber(number))
-            progress_.done = static_cast<double>(*done);
-    }
-
-    /// "(xfr#3, to-chk=28/34)": files that are still to be looked at, of all.
-    void ReadChecked(std::string_view line) {
-        std::string_view count = line.substr(std::min(line.find("xfr#"), line.size()));
-        TakeMark(count, "xfr#");
-        const double transferred = static_cast<double>(TakeNumber(count).value_or(0));
-        const std::size_t at = line.find("-chk=");
-        if (at == std::string_view::npos)
-            return;
-        const bool isWhole = line.substr(0, at).ends_with("to");
-        line.remove_prefix(at + 5);
-        const auto left = TakeNumber(line);
-        const bool divided = TakeMark(line, "/");
-        const auto all = TakeNumber(line);
-        if (!left || !divided || !all || !TakeMark(line, ")") || *left > *all)
-            return;
-        const auto checked = static_cast<double>(*all - *left);
-        // The bytes are counted of all files, those that need no transfer included: where most are
-        // left out, only the number of files says how far it is.
-        constexpr double most = 0.5;
+    /// "(xfr#3, to-chk=28/34)": files that are still to be looked at, of all. Returns whether all
+    /// are known.
+    bool ReadChecked(std::string_view line) {
+        static const Pattern counts("xfr#([0-9]+), (to|ir)-chk=([0-9]+)/([0-9]+)\\)");
+        const auto parts = counts.In(line);
+        if (parts.empty())
+            return false;
+        const double all = Count(parts[4]), checked = all - Count(parts[3]);
+        const bool isWhole = parts[2] == "to";
         if (isWhole) {
             checked_ = checked;
-            all_ = static_cast<double>(*all);
+            all_ = all;
         }
-        if (isWhole && isOfAll_ && transferred < most * checked)
-            progress_.share = std::max(Share(checked, static_cast<double>(*all)), progress_.share);
+        // The bytes are counted of all files, those that need no transfer included: where most are
+        // left out, only the number of files says how far it is.
+        if (isWhole && isOfAll_ && Count(parts[1]) < checked / 2)
+            progress_.share = std::max(Share(checked, all), progress_.share);
         if (isOfAll_)
             progress_.file.clear();
-        progress_.text = std::to_string(*all - *left) + " of " + std::to_string(*all) +
+        progress_.text = std::to_string(std::lround(checked)) + " of " + std::string(parts[4]) +
                          (isWhole ? " files" : " files so far");
+        return isWhole;
     }
 
     bool isOfAll_ = false;

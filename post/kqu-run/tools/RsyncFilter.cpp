@@ -1,63 +1,18 @@
 #include "post/kqu-run/tools/RsyncFilter.h"
 
-#include <algorithm>
+#include "post/posting/Pattern.h"
 
 namespace kqu::run {
 
 namespace {
 constexpr std::size_t longestProgress = 256;
-
-/// Reads the parts of a progress line one after the other.
-class Scanner {
-  public:
-    explicit Scanner(std::string_view text) : text_(text) {}
-
-    /// At least `least` characters of the set.
-    bool Run(std::string_view set, std::size_t least = 1) {
-        const std::size_t end = std::min(text_.find_first_not_of(set, at_), text_.size());
-        const bool isLong = end - at_ >= least;
-        at_ = end;
-        return isLong;
-    }
-    bool Mark(std::string_view mark) {
-        if (!text_.substr(at_).starts_with(mark))
-            return false;
-        at_ += mark.size();
-        return true;
-    }
-    [[nodiscard]] std::size_t At() const { return at_; }
-    void GoTo(std::size_t at) { at_ = at; }
-
-  private:
-    std::string_view text_;
-    std::size_t at_ = 0;
-};
-
-constexpr std::string_view digits = "0123456789";
-constexpr std::string_view amount = "0123456789.,'KMGTP";
-constexpr std::string_view rate = "0123456789.,kKMGTPB/s";
-
-bool Counts(Scanner& scan) {
-    return scan.Mark("(xfr#") && scan.Run(digits) && scan.Mark(", ") &&
-           (scan.Mark("to-chk=") || scan.Mark("ir-chk=")) && scan.Run(digits) && scan.Mark("/") &&
-           scan.Run(digits) && scan.Mark(")");
-}
 } // namespace
 
 std::size_t RsyncProgressLength(std::string_view text) {
-    Scanner scan(text);
-    scan.Run(" ", 0);
-    if (!scan.Run(amount) || !scan.Run(" ") || !scan.Run(digits) || !scan.Mark("%") ||
-        !scan.Run(" ") || !scan.Run(rate) || !scan.Run(" ") || !scan.Run("0123456789:?"))
-        return 0;
-    scan.Run(" ", 0);
-    const std::size_t withoutCounts = scan.At();
-    if (!Counts(scan)) {
-        scan.GoTo(withoutCounts);
-        return withoutCounts;
-    }
-    scan.Run(" ", 0);
-    return scan.At();
+    static const post::Pattern progress("^ *[0-9.,'KMGTP]+ +[0-9]+% +[0-9.,kKMGTPB/s]+ +[0-9:?]+ *"
+                                        "(\\(xfr#[0-9]+, (to|ir)-chk=[0-9]+/[0-9]+\\) *)?");
+    const auto found = progress.In(text);
+    return found.empty() ? 0 : found[0].size();
 }
 
 void RsyncFilter::Pass(std::string_view bytes, std::string& out) {

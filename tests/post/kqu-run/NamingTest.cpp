@@ -1,7 +1,7 @@
 #include "post/kqu-run/Naming.h"
 #include "post/kqu-run/RowText.h"
 #include "post/kqu-run/Volumes.h"
-#include "post/posting/Utf8.h"
+#include "post/posting/Pattern.h"
 
 #include <gtest/gtest.h>
 #include <vector>
@@ -41,7 +41,6 @@ TEST(Naming, PlacesAreSaidAsAPersonWould) {
     EXPECT_EQ(Joined(std::vector<std::string>{"a", "b", "c"}), "a and 2 more");
     EXPECT_EQ(LastComponent("/home/me//"), "me");
     EXPECT_EQ(LastComponent("/"), "/");
-    EXPECT_EQ(WithoutEscapes(R"(My\x20Disk\x)"), R"(My Disk\x)");
 }
 
 TEST(Naming, VolumesAreKnownByTheirSuperblock) {

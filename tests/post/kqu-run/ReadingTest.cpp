@@ -1,7 +1,6 @@
 #include "post/kqu-run/LineReader.h"
 #include "post/kqu-run/Rate.h"
 #include "post/kqu-run/Relay.h"
-#include "post/kqu-run/Throttle.h"
 #include "post/kqu-run/tools/RsyncFilter.h"
 
 #include <array>
@@ -47,23 +46,6 @@ TEST(LineReader, AFloodLeavesTheNewestWholeLines) {
     EXPECT_EQ(Take(reader), Lines{});
     reader.Add("x\nnext\n");
     EXPECT_EQ(Take(reader), Lines{"next"});
-}
-
-TEST(Throttle, NeverMoreThanFourInASecondEvenWithTheLastOne) {
-    Throttle throttle;
-    const Throttle::Time start{};
-    std::vector<Throttle::Time> posts;
-    for (auto now = start; now < start + 10s; now += 1ms) {
-        if (throttle.Next(now) > now)
-            continue;
-        throttle.Posted(now);
-        posts.push_back(now);
-    }
-    EXPECT_EQ(posts[1], start + 250ms) << "what follows a burst comes soon";
-    EXPECT_EQ(posts.size(), 30U);
-    for (std::size_t i = 3; i < posts.size(); ++i)
-        EXPECT_GE(posts[i] - posts[i - 3], 1s);
-    EXPECT_EQ(throttle.Next(start + 20s), start + 20s);
 }
 
 TEST(Rate, SaysSpeedAndTimeLeftOnceTheyAreSteadyAndThatNothingMoves) {

@@ -3,10 +3,9 @@
 #include "post/kqu-run/Rate.h"
 #include "post/kqu-run/RowText.h"
 #include "post/kqu-run/tools/Numbers.h"
-#include "post/kqu-run/tools/Recognise.h"
+#include "post/kqu-run/tools/Tool.h"
 
 #include <array>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -83,12 +82,12 @@ const std::vector<Case> recorded{
      "Checking for bad blocks (read-only test):   0.00% done, 0:00 elapsed. (0/0/0 "
      "errors)\b\b\b"
      " 12.50% done, 0:05 elapsed. (0/0/0 errors)\b\b\b",
-     0.125, "125 of 1000"},
+     0.125, ""},
     {"badblocks -sw /dev/none 1000",
      "Testing with pattern 0xaa: 100.00% done, 0:05 elapsed. (0/0/0 errors)\b\bdone   \n"
      "Reading and comparing:   0.00% done, 0:05 elapsed. (0/0/0 errors)\b\b"
      " 50,00% done, 0:05 elapsed. (0/0/0 errors)\b\b",
-     0.1875, "500 of 1000"},
+     0.1875, ""},
     {"e2fsck -f /dev/none", "1 25 25 Data\n2 0 17 Data\n2 17 34 Data\n", 0.8,
      "Pass 2 of 5: directory structure"},
     {"e2fsck -C0 /dev/none", "Data: |==                    |  2.8%   \r", 0.028, ""},
@@ -108,7 +107,7 @@ const std::vector<Case> recorded{
     {"restic -r rep backup --json src",
      R"({"percent_done":1,"current_files":["\u00fc\u20ac\ud83d\ude00\u0026\t\ud83dx\\"]})", 1,
      "\u00fc\u20ac\U0001F600&\t\uFFFDx\\"},
-    {"badblocks -w -t 0 -t 1 -p 2 /dev/none 1000", "50% done", 0.0625, "500 of 1000"},
+    {"badblocks -w -t 0 -t 1 -p 2 /dev/none 1000", "50% done", 0.0625, ""},
     {"badblocks -b 0 -s /dev/none 5 9", "50% done", 0.5, ""},
     {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "1 kB of 1 kB"},
     {"borg check -p rep", "Checking segments 12.5%\r", 0.0625, "Checking segments"},
@@ -118,7 +117,7 @@ const std::vector<Case> recorded{
      "Analyzing archive"},
     {"restic -r rep check",
      "[0:00] 100.00%  1 / 1 index files loaded\n[0:01] 11.00%  11 / 100 snapshots\n", 0.11,
-     "restic check"},
+     "restic check, 11 of 100 snapshots"},
     {"rsync -a src/ dst/", "\r      8,700,000   4%  217.52MB/s    0:00:00 (xfr#2, to-chk=17/34)",
      0.5, "17 of 34 files, 9 MB"},
     {"e4defrag /a /b",
@@ -237,19 +236,6 @@ TEST_F(ToolsInFolder, SayWhereTheyWrite) {
     EXPECT_EQ(zeros.tool->GetRow().destination.full, "standard output");
     EXPECT_EQ(zeros.tool->GetRow().volume.full, "");
     EXPECT_EQ(Prepared("tar xf me@nas:/a.tar").tool->GetRow().volume.full, "/a.tar on nas");
-}
-
-/// The test itself stands for the tool: it has the file open that a link leads to.
-TEST_F(ToolsInFolder, AreFollowedInFilesBehindLinks) {
-    const int file = open("file", O_RDONLY | O_CLOEXEC);
-    ASSERT_EQ(lseek(file, 1000, SEEK_SET), 1000);
-    for (const std::string command : {"tar xf ../link"}) {
-        const Prepared prepared(command);
-        prepared.tool->Look(getpid());
-        EXPECT_NEAR(prepared.tool->GetProgress().share.value_or(-1), 0.5, 0.0001) << command;
-    }
-    EXPECT_EQ(Prepared("tar xf ../link").tool->GetRow().volume.full, "link");
-    close(file);
 }
 
 TEST(Numbers, AreReadAsToolsWriteThem) {
