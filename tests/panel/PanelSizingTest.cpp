@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace kqu {
 namespace {
 
@@ -96,6 +98,13 @@ TEST_F(PanelSizing, GrowsWithItsRowsWhereTheScreenHasRoom) {
     Die(13);
     EXPECT_FALSE(machine.windows.window->IsVisible());
     EXPECT_EQ(machine.Panel().LastDictcount, 0);
+    // When the grace is over a row is shown once more, and the program goes on.
+    Come();
+    machine.windows.calls.clear();
+    machine.Advance(10s);
+    const auto& calls = machine.windows.calls;
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "alpha 1"), 1);
+    EXPECT_FALSE(machine.HasEnded());
 }
 
 TEST_F(PanelSizing, IsShortOfRoomOnePixelBelow) {

@@ -63,7 +63,6 @@ void SimulatedWindow::Show() {
 }
 
 void SimulatedWindow::BeginDrag(platform::Point start) {
-    ++drags;
     system_.calls.push_back("drag" + Numbers({start.x, start.y}));
 }
 
@@ -131,13 +130,6 @@ void SimulatedWindows::ChangeFromOutside(const platform::Rect& content) {
     Inject([content, this](platform::NativeWindowOwner& told) {
         window->content = content;
         told.ContentChanged(content);
-    });
-}
-
-void SimulatedWindows::LoseDisplay() {
-    events_.push_back([this] {
-        if (lost_)
-            lost_();
     });
 }
 

@@ -51,7 +51,6 @@ class SimulatedWindow final : public platform::NativeWindow {
     bool collapsed = false;
     int tileUpdates = 0;
     int presents = 0;
-    int drags = 0;
 
   private:
     SimulatedWindows& system_;
@@ -69,7 +68,7 @@ class SimulatedWindows final : public platform::WindowSystem, public platform::E
     [[nodiscard]] std::vector<platform::Rect> Screens() override { return screens; }
     [[nodiscard]] platform::Point PointerPosition() override { return pointer; }
     [[nodiscard]] bool PrimaryButtonDown() override { return buttonDown; }
-    void OnDisplayLost(std::function<void()> handler) override { lost_ = std::move(handler); }
+    void OnDisplayLost(std::function<void()> /*handler*/) override {}
 
     [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
     bool Collect(platform::EventQueue& queue) override;
@@ -79,7 +78,6 @@ class SimulatedWindows final : public platform::WindowSystem, public platform::E
     void Release();
     /// The window manager moves or resizes the window.
     void ChangeFromOutside(const platform::Rect& content);
-    void LoseDisplay();
     void Inject(std::function<void(platform::NativeWindowOwner&)> event);
 
     std::vector<platform::Rect> screens{{0, 0, 1280, 800}};
@@ -95,7 +93,6 @@ class SimulatedWindows final : public platform::WindowSystem, public platform::E
   private:
     friend class SimulatedWindow;
     std::deque<std::function<void()>> events_;
-    std::function<void()> lost_;
 };
 
 } // namespace kqu::simulation

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,7 +15,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <system_error>
 
 namespace kqu {
 namespace {
@@ -96,20 +94,6 @@ TEST_F(FolderItemTest, ALinkIsReplacedByANewFileAndNeverFollowed) {
     }
     EXPECT_EQ(Item("/target")->OpenAsTextFile()->ReadAll(), "kept");
     EXPECT_FALSE(Item("/nowhere")->Exists());
-}
-
-TEST_F(FolderItemTest, OpenFilesAreClosedInCommandsThatAreStarted) {
-    const auto out = Item("/file")->CreateTextFile();
-    const auto text = Item("/file")->OpenAsTextFile();
-    const auto binary = Item("/file")->OpenAsBinaryFile();
-    int found = 0;
-    std::error_code gone;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
-        if (std::filesystem::read_symlink(entry, gone) == tree.Root() / "file") {
-            ++found;
-            EXPECT_NE(fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC, 0);
-        }
-    EXPECT_EQ(found, 3);
 }
 
 TEST_F(FolderItemTest, PreferencesFolderFollowsTheBaseDirectoryRules) {

@@ -65,9 +65,9 @@ TEST(WireDecoder, EveryMessageHasAMeaning) {
         {Of("ssa{sv}", "n", "o", 7, "y", "y", 255, "b", "b", 0, "n", "n", -32768, "q", "q", 65535,
             "i", "i", std::numeric_limits<int>::min(), "u", "u", 4294967295U, "d", "d", infinity),
          "'n' 'o' {y:255 b:false n:-32768 q:65535 i:-2147483648 u:4294967295 d:inf }"},
-        {Of("ssa{sv}", "n", "o", 2, "x", "x", std::numeric_limits<std::int64_t>::min(), "t", "t",
-            std::numeric_limits<std::uint64_t>::max()),
-         "'n' 'o' {x:-9.2233720368547758e+18 t:1.8446744073709552e+19 }"},
+        {Of("ssa{sv}", "n", "o", 3, "x", "x", std::numeric_limits<std::int64_t>::min(), "t", "t",
+            std::numeric_limits<std::uint64_t>::max(), "b", "b", 1),
+         "'n' 'o' {x:-9.2233720368547758e+18 t:1.8446744073709552e+19 b:true }"},
         // Values of other kinds do not disturb what follows.
         {Of("ssa{sv}", "n", "o", 8, "o", "o", "/p", "g", "g", "a{sv}", "h", "h", STDERR_FILENO,
             "ay", "ay", 2, 1, 2, "as", "as", 1, "x", "r", "(ia{sv})", 1, 1, "k", "i", 2, "e", "ad",

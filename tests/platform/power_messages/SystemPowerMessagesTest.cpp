@@ -164,6 +164,16 @@ TEST_F(SystemPowerMessagesTest, EachServiceIsAskedWithATextThatTheBusTakes) {
     EXPECT_TRUE(UntilHeld(""));
 }
 
+TEST_F(SystemPowerMessagesTest, AnotherReasonIsPassedOnAfterAPause) {
+    const auto began = std::chrono::steady_clock::now();
+    Run("a");
+    ASSERT_TRUE(UntilHeld(all));
+    Run("b");
+    ASSERT_TRUE(UntilCalls(8));
+    EXPECT_GE(std::chrono::steady_clock::now() - began, Inhibitor::pause);
+    EXPECT_TRUE(Until([this] { return services->reason == "b"; }));
+}
+
 TEST_F(SystemPowerMessagesTest, AnAnswerThatComesTooLateIsGivenBackAtOnce) {
     services->isSlow = true;
     Run("a");

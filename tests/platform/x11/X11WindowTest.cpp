@@ -70,6 +70,8 @@ TEST_F(X11WindowTest, WhatAManagerReadsIsWrittenBeforeWhatItActsOn) {
         ExpectBefore({"WM_NORMAL_HINTS", "WM_HINTS", "_NET_WM_STATE", "_NET_WM_WINDOW_TYPE",
                       "_NET_WM_USER_TIME"},
                      mapped);
+        const Words hints = PropertyOf(XCB_ATOM_WM_HINTS);
+        EXPECT_EQ(Words({hints.at(0) & 1U, hints.at(1)}), (Words{1, 0})) << "it takes no focus";
         window->Hide();
         RoundTrip();
         EXPECT_FALSE(IsViewable());
