@@ -1,9 +1,7 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <string_view>
 
 namespace kqu::fuzz {
 
@@ -13,10 +11,6 @@ inline void Expect(bool holds, const char* file = __builtin_FILE(), int line = _
         return;
     std::fprintf(stderr, "%s:%d: does not hold\n", file, line);
     std::abort();
-}
-
-[[nodiscard]] inline bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return c >= 0; });
 }
 
 } // namespace kqu::fuzz

@@ -1,9 +1,12 @@
+#include "framework/values/Text.h"
 #include "platform/CDeleter.h"
 #include "platform/dbus/WireDecoder.h"
+#include "platform/text/PlainText.h"
 #include "tests/fuzz/Expect.h"
 #include "tests/support/ShownNotification.h"
 
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <optional>
@@ -12,6 +15,7 @@
 
 // Any bytes as the arguments of a posted signal of one of many types, sent by a real socket to a
 // real connection. What is no message at all ends the connection, and the next input has a new one.
+// Each text that comes out of it goes through what rows do with texts.
 
 using namespace kqu::platform;
 using kqu::fuzz::Expect;
@@ -23,6 +27,15 @@ namespace {
 constexpr std::size_t perMessage = 4096;
 
 std::optional<PostedNotification> decoded;
+
+void Use(const std::string& text) {
+    Expect(!std::isnan(kqu::Val(text)));
+    Expect(PlainText(text).places.back().inSource == text.size());
+    const std::string part(StartOf(text, text.size() / 4));
+    Expect(text.empty() || kqu::InStr(text, part) == 1);
+    Expect(part.empty() || kqu::CountFields(text, part) > 1);
+    Expect(kqu::EqualsIgnoringCase(kqu::ReplaceAll(text, part, part), text));
+}
 
 int Receive(sd_bus_message* message, void* /*unused*/, sd_bus_error* /*error*/) {
     decoded = DecodePosted(*message);
@@ -101,8 +114,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     int result = 0;
     while ((result = sd_bus_process(wire->bus.get(), nullptr)) > 0)
         ;
-    if (decoded)
+    if (decoded) {
         Expect(SizeInMemory(*decoded) <= perMessage + 16 * message.size());
+        for (const auto& [key, value] : decoded->userInfo.value_or(WireDictionary()))
+            if (const auto* text = std::get_if<std::string>(&value))
+                Use(*text);
+    }
     if (result < 0)
         wire.reset();
     return 0;
