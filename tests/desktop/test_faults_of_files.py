@@ -58,8 +58,8 @@ class OddPreferences(DesktopTest):
         room.mkdir()
         return self.desktop.launch_messenger(*mounts.with_new_file(file, PREFERENCES, room))
 
-    def assert_counts_for_nothing(self, file):
-        self.launch_with(file)
+    def test_a_device_without_an_end_counts_for_nothing(self):
+        self.launch_with("/dev/urandom")
         self.desktop.wait_listening()
         self.assertLess(int(self.desktop.messenger_facts().field("VmHWM")) * 1024, LARGE)
         self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
@@ -67,17 +67,6 @@ class OddPreferences(DesktopTest):
         self.assertEqual(self.panel.title(), "Brackwater Scheduled Task")
         wait_for_value("the locks", lambda: sorted(
             lock[3] for lock in self.desktop.logind.inhibitors()), ["block", "block"])
-
-    def test_a_file_beyond_all_measure_counts_for_nothing(self):
-        file = self.desktop.folder / "preferences"
-        file.write_bytes(
-            b"<plist version=\"1.0\">\n<dict>\n<key>ParentLocation</key>\n"
-            b"<string>/Applications/Marlstone.app</string>\n<key>SleepOnAC</key>\n<true/>\n" +
-            b" " * LARGE + b"</dict></plist>")
-        self.assert_counts_for_nothing(file)
-
-    def test_a_device_without_an_end_counts_for_nothing(self):
-        self.assert_counts_for_nothing("/dev/urandom")
 
     def test_a_request_to_terminate_is_heard_while_nobody_writes_them(self):
         file = self.desktop.folder / "preferences"

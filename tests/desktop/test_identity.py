@@ -4,7 +4,6 @@ import os
 
 from support import DesktopTest, needs_root
 from support.panel import ROW
-from support.waiting import wait_until
 
 USER, ROOT = 1000, 0
 
@@ -46,25 +45,3 @@ class Identity(DesktopTest):
         facts = self.start_under(ROOT, PATH=f"{command.parent}:{os.environ['PATH']}")
         self.assertEqual(facts.ids("Uid"), [ROOT] * 4)
         self.assertFalse(ran.exists())
-
-    def test_a_link_in_the_place_of_its_file_is_not_followed(self):
-        """A user could plant one for the program that runs as root."""
-        there, missing = self.desktop.folder / "there", self.desktop.folder / "missing"
-        there.write_text("precious")
-        place = self.desktop.folder / "config" / "com.brackwater.KQU_Messenger.plist"
-        for target in (there, missing):
-            with self.subTest(target.name):
-                place.unlink(missing_ok=True)
-                place.symlink_to(target)
-                self.start_under(ROOT)
-                self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
-                self.panel.wait_visible()
-                at = self.panel.geometry()
-                self.desktop.pointer.drag((at.x + 50, at.y + 20), (at.x + 21, at.y + 133))
-                self.desktop.pointer.release()
-                wait_until("the place to be kept, or the end", lambda: (
-                    not place.is_symlink() or self.desktop.messenger.poll() is not None))
-                self.desktop.messenger.terminate()
-                self.assertEqual(self.desktop.wait_exit(), 0)
-        self.assertEqual(there.read_text(), "precious")
-        self.assertFalse(missing.exists())

@@ -2,7 +2,6 @@
 reparenting window managers and with none."""
 
 import subprocess
-import time
 
 from support import DesktopTest, posting
 from support.panel import ROW
@@ -68,34 +67,6 @@ class PanelWithoutManager(DesktopTest):
         bar = 340 - 11
         self.panel.wait_pixels("the scroll bar", lambda seen: seen.pixel(bar + 4, 20) not in (
             (255, 255, 255), (241, 245, 250)))
-
-    def frames(self, seconds, at_least):
-        """What the panel shows during that time, and longer where pictures of it are slow."""
-        taken = []
-        end = time.monotonic() + seconds
-        while time.monotonic() < end or len(taken) < at_least:
-            self.assertLess(time.monotonic(), end + 20)
-            if self.panel.is_visible():
-                taken.append(self.panel.screenshot())
-        return taken
-
-    def test_no_frame_shows_a_row_that_is_not_its_own(self):
-        """New rows appear as a whole: whatever frame is caught, each row shows its own icon."""
-        self.listen()
-        tools = ("scanner", "backup", "defragmenter")
-        icon = [(x, y) for x in range(10, 58, 6) for y in range(9, 57, 6)]
-        frames = []
-        for number in range(9):
-            self.desktop.post(f"KQS_disk.{number}", tools[number % 3], PID=self.job.pid)
-            if number % 2 == 0:
-                frames += self.frames(0.4, at_least=3)
-        self.panel.wait_height(9 * ROW)
-        last = self.panel.screenshot()
-        for frame in frames:
-            for row in range(frame.height // ROW):
-                shown = [frame.pixel(x, row * ROW + y) for x, y in icon]
-                self.assertEqual(shown, [last.pixel(x, row * ROW + y) for x, y in icon],
-                                 f"row {row} of {frame.height // ROW}")
 
 
 class ManagedPanel:

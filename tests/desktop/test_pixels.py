@@ -22,51 +22,37 @@ ROWS = (
 class Pixels(DesktopTest):
     options = {"window_manager": None}
 
-    def off_screen(self, rows, height):
+    def off_screen(self):
         lines = "".join("\t".join([f"KQS_disk.{number}", OBJECTS[tool],
                                    *(f"{key}={value}" for key, value in info.items())]) + "\n"
-                        for number, (tool, info) in enumerate(rows))
-        pixmap = subprocess.run([self.desktop.build / "tests" / "kqu_paint", str(height)],
+                        for number, (tool, info) in enumerate(ROWS))
+        pixmap = subprocess.run([self.desktop.build / "tests" / "kqu_paint"],
                                 input=lines.encode(), capture_output=True, check=True,
                                 timeout=60).stdout
         magic, size, depth, pixels = pixmap.split(b"\n", 3)
         self.assertEqual((magic, depth), (b"P6", b"255"))
         return Screenshot(*map(int, size.split()), pixels)
 
-    def compare(self, rows, height):
+    def test_all_kinds_of_rows_are_what_is_painted(self):
         self.desktop.start_messenger()
         self.desktop.wait_listening()
-        for number, (tool, info) in enumerate(rows):
+        for number, (tool, info) in enumerate(ROWS):
             self.desktop.post(f"KQS_disk.{number}", tool, **info)
-        expected = self.off_screen(rows, height)
+        expected = self.off_screen()
+        self.assertEqual(expected.height, len(ROWS) * ROW)
         self.panel.wait_height(expected.height)
         self.panel.wait_pixels("the same pixels", lambda seen: seen == expected)
-
-    def test_all_kinds_of_rows_without_a_scroll_bar(self):
-        self.compare(ROWS, 768)
-        self.assertEqual(self.panel.geometry().height, len(ROWS) * ROW)
 
 
 class PixelsOfSixteenBits(Pixels):
     options = {"window_manager": None, "screen": (800, 600, 16)}
 
-    def off_screen(self, rows, height):
+    def off_screen(self):
         """The nearest colours that such a screen has, of 5, 6 and 5 bits."""
-        full = super().off_screen(rows, height)
+        full = super().off_screen()
         rgb = bytearray(full.rgb)
         for channel, bits in enumerate((5, 6, 5)):
             levels = bytes(((value * ((1 << bits) - 1) + 127) // 255) << (8 - bits)
                            for value in range(256))
             rgb[channel::3] = rgb[channel::3].translate(levels)
         return Screenshot(full.width, full.height, bytes(rgb))
-
-
-class PixelsOnASmallScreen(Pixels):
-    options = {"window_manager": None, "screen": (1024, 300)}
-
-    def test_all_kinds_of_rows_without_a_scroll_bar(self):
-        self.compare(ROWS[:3], 300)
-
-    def test_all_kinds_of_rows_with_a_scroll_bar(self):
-        self.compare(ROWS, 300)
-        self.assertEqual(self.panel.geometry().height, 3 * ROW)

@@ -8,7 +8,7 @@ import subprocess
 from support import DesktopTest, needs_root
 from support.buses import Logind
 from support.power import LoginManager, power_manager, session_manager
-from support.waiting import PROMPTLY, hold, wait_for_value, wait_until
+from support.waiting import PROMPTLY, wait_for_value
 
 WHO = "KQU Messenger"
 OWN, OTHER, ROOT = (pwd.getpwnam(name).pw_uid for name in ("daemon", "nobody", "root"))
@@ -23,9 +23,9 @@ def locks(why):
 class Power(DesktopTest):
     options = {"window_manager": None}
 
-    def start_row(self, number=1, volume="Data"):
+    def start_row(self):
         job = self.desktop.start_job()
-        self.desktop.post(f"KQS_disk.{number}", "scanner", PID=job.pid, VolName=volume)
+        self.desktop.post("KQS_disk.1", "scanner", PID=job.pid, VolName="Data")
         return job
 
 
@@ -36,11 +36,7 @@ class WithTheLoginManager(Power):
     def setUp(self):
         super().setUp()
         self.logind = LoginManager(self.desktop)
-        self.start()
-
-    def start(self, *prefix):
-        self.desktop.start_messenger(*prefix, "setpriv", f"--reuid={OWN}", f"--regid={OWN}",
-                                     "--clear-groups")
+        self.desktop.start_messenger("setpriv", f"--reuid={OWN}", f"--regid={OWN}", "--clear-groups")
         self.desktop.wait_listening()
 
     def wait_locks(self, why=None):
@@ -79,19 +75,6 @@ class WithTheLoginManager(Power):
         for service in (session, power):
             wait_for_value("the session", service.held, [], PROMPTLY)
 
-    def test_a_lock_that_a_sleep_refused_is_there_when_it_is_over(self):
-        # While somebody delays a sleep, the login manager refuses further locks on it.
-        delaying = self.desktop.processes.start(
-            ["systemd-inhibit", "--what=sleep", "--mode=delay", "sleep", "600"], self.desktop.env)
-        wait_until("the delay", self.logind.inhibitors)
-        self.logind.suspend()
-        self.start_row()
-        wait_until("the other lock", lambda: len(self.logind.inhibitors()) == 2)
-        self.desktop.processes.end(delaying)
-        wait_for_value("the locks", self.logind.inhibitors, locks("Scanning Data")[:1])
-        self.logind.end_job()
-        self.wait_locks("Scanning Data")
-
     def test_the_locks_come_back_with_a_login_manager_that_was_killed(self):
         names = self.desktop.system_bus.names_of(self.desktop.messenger.pid)
         # Once with a question under way, and once with locks that were held.
@@ -104,79 +87,8 @@ class WithTheLoginManager(Power):
             self.wait_locks("Scanning Data")
         self.assertEqual(self.desktop.system_bus.names_of(self.desktop.messenger.pid), names)
 
-    def test_one_that_hangs_holds_nothing_up(self):
-        power = power_manager(self.desktop)
-        self.logind.process.send_signal(signal.SIGSTOP)
-        job = self.start_row()
-        self.panel.wait_visible()
-        wait_until("the power manager", power.held)
-        self.desktop.end_job(job)
-        wait_for_value("the power manager", power.held, [])
-        self.logind.process.send_signal(signal.SIGCONT)
-        # What it was asked for comes first.
-        self.wait_locks()
-
-    def test_a_policy_that_forbids_the_request_costs_nothing_else(self):
-        bus = self.desktop.system_bus
-        bus.forbid("org.freedesktop.login1.Manager", "Inhibit")
-        power = power_manager(self.desktop)
-        before = bus.names_of(self.desktop.messenger.pid)
-        job = self.start_row()
-        wait_until("the power manager", power.held)
-        self.assertEqual(self.logind.inhibitors(), [])
-        # Longer than it takes to try a bus again that was lost.
-        hold("the connections", lambda: bus.names_of(self.desktop.messenger.pid) == before, 4)
-        self.desktop.end_job(job)
-        wait_for_value("the power manager", power.held, [])
-
-    def test_no_lock_outlives_the_process_in_a_child_of_it_either(self):
-        self.desktop.messenger.terminate()
-        self.desktop.wait_exit()
-        # A list of processes that takes until somebody writes.
-        slow, end = self.desktop.folder / "ps", self.desktop.folder / "end"
-        os.mkfifo(end)
-        slow.write_text(f"#!/bin/sh\nexec cat {end}\n")
-        slow.chmod(0o755)
-        self.start("unshare", "--mount", "sh", "-c",
-                   f'mount --bind {slow} /bin/ps && exec "$0" "$@"')
-        self.start_row()
-        self.wait_locks("Scanning Data")
-        wait_until("a child", self.desktop.messenger_facts().children)
-        self.desktop.messenger.kill()
-        self.desktop.messenger.wait(10)
-        self.wait_locks()
-        end.write_text("")
-
 
 class WithTheSession(Power):
-    def test_a_service_is_asked_whenever_it_is_there_and_what_it_gave_is_given_back(self):
-        self.desktop.start_messenger()
-        self.desktop.wait_listening()
-        job = self.start_row()
-        self.panel.wait_visible()
-        session = session_manager(self.desktop)
-        wait_until("the session manager", session.held)
-        other = self.start_row(2, "Home")
-        wait_for_value("the reason", session.held,
-                       ["com.brackwater.KQU_Messenger 0 Scanning Data, Scanning Home 5"])
-        self.desktop.processes.end(session.process, signal.SIGKILL)
-        session = session_manager(self.desktop)
-        wait_until("the session manager", session.held)
-        # It answers when nobody waits for it any more.
-        power = power_manager(self.desktop)
-        wait_until("the power manager", power.held)
-        for ended in (job, other):
-            self.desktop.end_job(ended)
-        wait_for_value("the sessions", lambda: session.held() + power.held(), [])
-        session.process.send_signal(signal.SIGSTOP)
-        job = self.start_row(3)
-        wait_until("the power manager", power.held)
-        self.desktop.end_job(job)
-        wait_for_value("the power manager", power.held, [])
-        session.process.send_signal(signal.SIGCONT)
-        wait_for_value("the session manager", session.held, [])
-        self.assertEqual(self.desktop.messenger_output(), "")
-
     def test_the_locks_come_back_with_a_bus_that_went_away(self):
         self.desktop.start_messenger()
         self.desktop.wait_listening()

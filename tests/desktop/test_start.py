@@ -19,17 +19,6 @@ NOBODY = 65534
 AT_ONCE = 5
 # What one that hangs is given.
 PATIENCE = 10
-SILENT_BUS = """
-import os, socket, subprocess, sys, time
-subprocess.run(["mount", "-t", "tmpfs", "none", "/run"], check=True)
-os.makedirs("/run/systemd")
-os.makedirs(f"/run/user/{sys.argv[1]}")
-bus = socket.socket(socket.AF_UNIX)
-bus.bind(f"/run/user/{sys.argv[1]}/bus")
-os.chmod(f"/run/user/{sys.argv[1]}/bus", 0o777)
-bus.listen()
-time.sleep(600)
-"""
 
 
 class StartTest(DesktopTest):
@@ -180,15 +169,3 @@ class StartByRoot(StartTest):
         self.desktop.end_job(job)
         self.panel.wait_height(ROW)  # so it can list processes under its unit's limits
         self.assertEqual(self.started(), running)
-
-    @needs_root
-    def test_a_silent_bus_of_the_user_is_waited_for_once(self):
-        holder = self.desktop.processes.start(
-            ["unshare", "--mount", "python3", "-c", SILENT_BUS, str(NOBODY)], self.desktop.env)
-        prefix = ["nsenter", "--mount", f"--target={holder.pid}"]
-        wait_until("the silent bus", lambda: subprocess.run(
-            [*prefix, "test", "-S", f"/run/user/{NOBODY}/bus"], check=False).returncode == 0)
-        self.log_in(prefix, "own", NOBODY)
-        first = self.post(1, "--system", prefix=prefix)
-        self.assertLess(first, PATIENCE - 1)
-        self.assertLess(self.post(1, "--system", prefix=prefix), first)

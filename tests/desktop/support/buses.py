@@ -82,13 +82,6 @@ class Bus:
             self._connection.set_exit_on_disconnect(False)
         return self._connection
 
-    def forbid(self, interface, member):
-        """From now on nobody may send this message."""
-        rule = f'<deny send_interface="{interface}" send_member="{member}"/>'
-        text = self._configuration.read_text()
-        self._configuration.write_text(text.replace("</policy>", rule + "</policy>"))
-        self._daemon_interface("org.freedesktop.DBus").ReloadConfig()
-
     def _daemon_interface(self, interface):
         return dbus.Interface(self.connection().get_object(
             "org.freedesktop.DBus", "/org/freedesktop/DBus", introspect=False), interface)

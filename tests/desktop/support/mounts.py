@@ -14,14 +14,9 @@ def with_mounts(script, *arguments):
             *(str(argument) for argument in arguments)]
 
 
-def with_file(file, path):
-    """The program sees `file` at `path`, which must exist."""
-    return with_mounts('mount --bind "$1" "$2"', file, path)
-
-
 def with_new_file(file, path, room):
-    """The same where there is nothing at `path`, whose first folder must not exist either. The empty
-    folder `room` becomes the root of a tree that is the machine's but for that."""
+    """The program sees `file` at `path`, where there is nothing; its first folder must not exist either.
+    The empty folder `room` becomes the root of a tree that is the machine's but for that."""
     return with_mounts('''
         mount -t tmpfs none "$3"
         for entry in /*; do

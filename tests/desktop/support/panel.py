@@ -104,14 +104,11 @@ class Pointer:
     def move(self, x, y):
         self._do("mousemove", x, y)
 
-    def press(self, button=1):
-        self._do("mousedown", button)
+    def release(self):
+        self._do("mouseup", 1)
 
-    def release(self, button=1):
-        self._do("mouseup", button)
-
-    def click(self, x, y, button=1):
-        self._do("mousemove", x, y, "click", button)
+    def click(self, x, y):
+        self._do("mousemove", x, y, "click", 1)
 
     def wheel(self, direction, times=1):
         self._do("click", "--repeat", times, "--delay", 20, self.BUTTONS[direction])

@@ -9,7 +9,7 @@ PATH = "/com/brackwater/DistributedNotifications"
 INTERFACE = "com.brackwater.DistributedNotifications"
 MEMBER = "Posted"
 OBJECTS = {"scanner": "KQMS", "backup": "KQBackup", "defragmenter": "KQDefrag"}
-CLIENTS = ("dbus-send", "gdbus", "busctl", "kqu-post")
+CLIENTS = ("dbus-send", "gdbus", "kqu-post")
 
 
 def command_of(client, bus, name, tool, info, kqu_post="kqu-post"):
@@ -28,11 +28,6 @@ def command_of(client, bus, name, tool, info, kqu_post="kqu-post"):
         pairs = ", ".join(f"{_gvariant(key)}: <{_gvariant(value)}>" for key, value in text.items())
         return ["gdbus", "emit", f"--{bus.kind}", "--object-path", PATH, "--signal",
                 f"{INTERFACE}.{MEMBER}", _gvariant(name), _gvariant(OBJECTS[tool]), f"{{{pairs}}}"]
-    if client == "busctl":
-        pairs = [part for key, value in text.items() for part in (key, "s", value)]
-        whose = "--user" if bus.kind == "session" else "--system"
-        return ["busctl", whose, "emit", PATH, INTERFACE, MEMBER, "ssa{sv}", name, OBJECTS[tool],
-                str(len(text)), *pairs]
     raise ValueError(f"no client {client}")
 
 

@@ -108,10 +108,6 @@ class LoginManager:
         return sorted(tuple(str(part) for part in lock[:4])
                       for lock in self._interface().ListInhibitors())
 
-    def suspend(self):
-        """By root, whom nothing holds off but a lock of its own. It lasts until end_job."""
-        self._interface().Suspend(False)
-
     def end_job(self):
         """What the system was told to do is done, and over."""
         self._systemd.mock().EmitSignal(
