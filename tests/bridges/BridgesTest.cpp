@@ -53,24 +53,13 @@ class FileBridgesTest : public testing::Test {
     std::vector<std::u16string> namesLookedUp;
 };
 
-TEST_F(FileBridgesTest, TheOwnerOfAPathIsReadAndOfNoneIsZero) {
-    owners["/dev/console"] = 1000;
-    owners["/top"] = 4294967295;
-    using Case = std::pair<const char*, std::uint32_t>;
-    for (const auto& [path, owner] :
-         {Case{"/dev/console", 1000}, Case{"/top", 4294967295}, Case{"/missing", 0}, Case{"", 0}}) {
-        const auto status = machine.app->GetLStat(path);
-        EXPECT_EQ(status->Size(), 88U) << path;
-        EXPECT_EQ(status->UInt32Value(12), owner) << path;
-    }
-}
-
 TEST_F(FileBridgesTest, TheOwnerOfAnItemIsThatOfItsPathOrMarkedAsFailed) {
     machine.tree.Write("a/file", "");
     owners["/a/file"] = 1000;
     owners["/media/My Disk"] = 7;
     EXPECT_EQ(machine.app->GetLStat(Item("/a/file"))->UInt32Value(12), 1000U);
     EXPECT_EQ(machine.app->GetLStat(Volume(1))->UInt32Value(12), 7U);
+    EXPECT_EQ(machine.app->GetLStat("/missing")->UInt32Value(12), 0U);
     // Without a reference there is nothing to be asked about.
     EXPECT_THROW(static_cast<void>(machine.app->GetLStat(Item("/missing"))), NilObjectException);
 
@@ -141,23 +130,6 @@ TEST_F(VolumeBridgesTest, TheNumberOfFilesIsWrittenOnlyIfInformationIsWanted) {
     // Its place has gone, as that of a device that was pulled out.
     std::filesystem::remove(machine.tree.Root() / "media/My Disk");
     EXPECT_EQ(numberWritten(photos, 0xFFFF), std::pair(false, false));
-}
-
-TEST_F(VolumeBridgesTest, VolumesAreItemsWithNamesOfTheirOwn) {
-    ASSERT_EQ(VolumeCount(), 2);
-    const Ref<FolderItem> photos = Volume(1);
-    EXPECT_EQ(photos->Name(), "Photos");
-    EXPECT_EQ(photos->MacDirID(), 1);
-    EXPECT_NE(photos->MacVRefNum(), Volume(0)->MacVRefNum());
-    EXPECT_EQ(photos->Parent(), nullptr);
-    // What lies below is known by its path, from the one root of all paths on.
-    EXPECT_EQ(photos->Child("x")->MacVRefNum(), Volume(0)->MacVRefNum());
-    EXPECT_EQ(Volume(-1), nullptr);
-    // It may have gone since it was counted.
-    machine.tree.UnmountAll();
-    EXPECT_EQ(Volume(1), nullptr);
-    machine.functions.Remove<functions::MountedVolumes>();
-    EXPECT_EQ(VolumeCount(), 0);
 }
 
 } // namespace

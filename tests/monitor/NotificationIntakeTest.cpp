@@ -80,23 +80,6 @@ TEST_F(NotificationIntakeTest, ALookupFileThatCannotBeOpenedEndsTheProgram) {
     EXPECT_TRUE(machine.HasEnded());
 }
 
-TEST_F(NotificationIntakeTest, ALookupFileIsReadUpToSixteenMebibytes) {
-    const std::size_t most = std::size_t{16} << 20U;
-    const std::string line = "\rsdc7:Photos:5";
-    // Each line but the last is another disk's; the second file is one byte too long.
-    for (const auto& [size, volume] : {std::pair{most, "Photos"}, {most + 1, "sdc7"}}) {
-        std::string text;
-        for (int disk = 0; text.size() + 100 < size; ++disk)
-            text += "disk" + std::to_string(disk) + ":x:1\r";
-        text.resize(size - line.size(), ' ');
-        machine.WriteFile("/Application Support/Brackwater Utilties Support/BSDLookup",
-                          text + line);
-        Post(volume + std::string("KQS_disk"), "KQDefrag", {{"BSD", "sdc7"}});
-        EXPECT_EQ(machine.Row(volume + std::string("KQS_disk"))->Value("volume").StringValue(),
-                  volume);
-    }
-}
-
 TEST_F(NotificationIntakeTest, ARowKeepsOfALongTextWhatItCanShow) {
     const std::string text = "start" + std::string(1 << 20, 'x') + "end";
     Post("KQS_disk.1", "KQBackup",
@@ -111,18 +94,6 @@ TEST_F(NotificationIntakeTest, ARowKeepsOfALongTextWhatItCanShow) {
         EXPECT_LT(kept.size(), 10000U) << key;
         EXPECT_TRUE(kept.find("startx") != std::string::npos && kept.ends_with("xend")) << key;
     }
-}
-
-TEST_F(NotificationIntakeTest, TheDefragmentersFileIsStoredBeforeItsProgressIsRead) {
-    const Ref<Dictionary> row = std::make_shared<Dictionary>();
-    machine.Panel().MyWindowEventList->MyDict->SetValue("KQS_disk", row);
-    machine.centre.Post(PostedNotification{"KQS_disk", "KQDefrag",
-                                           WireDictionary{{"status", "defrag"},
-                                                          {"FileName", "a"},
-                                                          {"FileProgress", OtherWireValue()}}});
-    machine.Advance();
-    EXPECT_TRUE(machine.HasEnded());
-    EXPECT_EQ(row->Value("Status").StringValue(), "File: a");
 }
 
 TEST_F(NotificationIntakeTest, WhatRunsIsNamedAndItsChangeTold) {

@@ -150,18 +150,6 @@ TEST_F(PanelSizing, TheWheelScrollsByARowOverTheList) {
     }
 }
 
-TEST_F(PanelSizing, ScreenUpdatesAreShownAsOneChange) {
-    Start(800, 1);
-    const int before = machine.windows.window->presents;
-    machine.screenUpdates.Disable();
-    machine.Panel().ChangeWindowSize(400, 73, false, false);
-    machine.Advance();
-    EXPECT_EQ(machine.windows.window->presents, before);
-    machine.screenUpdates.Enable();
-    machine.Advance();
-    EXPECT_EQ(machine.windows.window->presents, before + 1);
-}
-
 TEST_F(PanelSizing, ADragBeginsAtThePointerWithinSixteenBits) {
     machine.Start();
     for (const auto& [left, start] : {std::pair{-70000, -4434}, {100, 130}, {32767, -32739}}) {

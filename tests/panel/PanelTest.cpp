@@ -65,32 +65,6 @@ TEST(PanelOpening, MissingArtworkEndsTheProgramQuietly) {
     appResourceForkGetter()->Restore();
 }
 
-TEST(PanelOpening, CanvasesKeepTheirSettingsAndMenuHandlersAreAskedFor) {
-    SimulatedMachine machine;
-    struct MenuWindow : Window {
-        WindowLayout Layout() override { return {}; }
-        void CreateControls() override { made = std::make_unique<Canvas>(*this, Settings()); }
-        void AddMenuHandlers(Window& window) override {
-            asked = made != nullptr && &window == this && !opened;
-        }
-        void Event_Open() override { opened = true; }
-        static CanvasSettings Settings() {
-            CanvasSettings settings;
-            settings.UseFocusRing = settings.EraseBackground = false;
-            settings.AcceptTabs = true;
-            return settings;
-        }
-        using Window::Create;
-        std::unique_ptr<Canvas> made;
-        bool asked = false;
-        bool opened = false;
-    } window;
-    window.Create();
-    EXPECT_TRUE(window.asked && window.opened);
-    EXPECT_TRUE(window.made->AcceptTabs);
-    EXPECT_FALSE(window.made->UseFocusRing || window.made->EraseBackground);
-}
-
 class PanelGeometry : public testing::Test {
   protected:
     /// The window manager moves the panel, and the place is looked at a second later.
@@ -156,27 +130,6 @@ TEST_F(PanelGeometry, IsSavedASecondAfterAChangeAndNotAgain) {
     std::filesystem::create_directories(file.parent_path());
     machine.Advance(5s);
     EXPECT_FALSE(std::filesystem::exists(file));
-}
-
-TEST_F(PanelGeometry, TheFileIsReplacedAndNotWrittenOver) {
-    machine.Start();
-    MoveTo(100, 100);
-    std::filesystem::create_hard_link(file, machine.root / "link");
-    const std::string former = machine.ReadFile("/link");
-    MoveTo(-5, 120);
-    EXPECT_NE(former, "");
-    EXPECT_EQ(machine.ReadFile("/link"), former);
-    EXPECT_TRUE(std::filesystem::exists(file));
-}
-
-TEST_F(PanelGeometry, ALinkThatLeadsNowhereIsNoFileAndIsReplaced) {
-    std::filesystem::create_directories(file.parent_path());
-    std::filesystem::create_symlink(machine.root / "nowhere", file);
-    machine.Start();
-    EXPECT_EQ(machine.Panel().Top(), 42);
-    MoveTo(100, 100);
-    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(file)));
-    EXPECT_FALSE(std::filesystem::exists(machine.root / "nowhere"));
 }
 
 TEST_F(PanelGeometry, AFileThatCannotBeOpenedEndsTheProgramAtStart) {

@@ -12,18 +12,10 @@ namespace {
 
 using namespace simulation;
 
-/// A sprite whose parts are told apart by their colours, and a mask that differs between track and
-/// fill: the columns of the fill (f), of the track's slices (l m r) and of the tick (1 2).
+/// A sprite whose parts are told apart by their colours: the columns of the fill (f), of the
+/// track's slices (l m r) and of the tick (1 2).
 class ProgressBarTest : public testing::Test {
   protected:
-    void SetMask(int track) {
-        artwork.Set(171, 47, height,
-                    [](int x, int) { return ColourOf("???ffflmr12"[x < 45 ? x / 5 : x - 36]); });
-        artwork.Set(172, 47, height, [track](int x, int) {
-            return Grey(x >= 30 && x < 45 ? track : x < 45 ? 0 : 255);
-        });
-        DropPictures();
-    }
     static Colour ColourOf(char letter) { return RGB(0, letter, 255 - letter); }
 
     Ref<Picture> Bar(std::int32_t width, double value, double maximum = 100.0) {
@@ -37,14 +29,6 @@ class ProgressBarTest : public testing::Test {
         for (int x = 0; x < bar->Width(); ++x) {
             const Colour colour = bar->Graphics().Pixel(x, height - 1);
             letters += colour == Grey(255) ? ' ' : static_cast<char>(colour.Green());
-        }
-        return letters;
-    }
-    static std::string MaskOf(const Ref<Picture>& bar) {
-        std::string letters;
-        for (int x = 0; x < bar->Width(); ++x) {
-            const int grey = bar->Mask(MaskCreation::IfThere)->Graphics().Pixel(x, 0).Red();
-            letters += grey == 255 ? ' ' : grey == 0 ? 'f' : 't';
         }
         return letters;
     }
@@ -65,7 +49,8 @@ TEST_F(ProgressBarTest, TrackFillAndTicksStandWhereTheyBelong) {
     const char* const full = "fffff12fff12fff12fff12fff12fff12fff12fff12fff12fff";
     const char* const track = "lllllmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmrrrrr";
     // Not transparent, so that the ticks' own colours can be read off.
-    SetMask(0);
+    artwork.Set(171, 47, height,
+                [](int x, int) { return ColourOf("???ffflmr12"[x < 45 ? x / 5 : x - 36]); });
     artwork.Set(172, 47, height, [](int, int) { return Grey(0); });
     machine.Start();
     for (const auto& [width, value, letters] : {
@@ -92,17 +77,6 @@ TEST_F(ProgressBarTest, TrackFillAndTicksStandWhereTheyBelong) {
     EXPECT_EQ(Letters(Bar(50, 25, 50)), Letters(Bar(50, 50)));
     for (const int width : {0, -2})
         EXPECT_THROW(Bar(width, 10), RuntimeException);
-}
-
-TEST_F(ProgressBarTest, TheFillsMaskTakesThePlaceOfTheTracks) {
-    SetMask(128);
-    machine.Start();
-    EXPECT_EQ(MaskOf(Bar(20, 50)), "fffffffffftttttttttt");
-    EXPECT_EQ(MaskOf(Bar(20, -2)), "tttttttttttttttttttt");
-    EXPECT_EQ(MaskOf(Bar(20, -1)), "                    ");
-    // The track is blended with the white of the bar through its mask.
-    const int thinned = Bar(20, -2)->Graphics().Pixel(0, 0).Green();
-    EXPECT_NEAR(thinned, (255 + 'l') / 2, 1);
 }
 
 } // namespace

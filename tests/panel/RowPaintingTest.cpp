@@ -1,11 +1,15 @@
+#include "framework/ui/drawing/Plane.h"
 #include "framework/values/Exceptions.h"
 #include "platform/functions/Functions.h"
+#include "platform/interfaces/DeviceScale.h"
 #include "tests/support/Artwork.h"
 #include "tests/support/SimulatedMachine.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <map>
+#include <sstream>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -16,99 +20,33 @@ namespace {
 using namespace simulation;
 using Values = std::vector<std::pair<const char*, Variant>>;
 
-/// A row as it must look. Texts are as they are drawn: those that may be shortened in brackets.
+/// A row as it must look: the pictures of the icon, of the sibling's icon and of that which gives
+/// the slot its width; the texts at the baselines 50, 65 and 18 and the percentage, where those
+/// that may be shortened are in brackets; and the badge.
 struct Painted {
     Values values;
-    /// The pictures of the icon, of the sibling's icon and of that which gives the slot its width.
-    int icon, siblingIcon, reference;
-    /// At the baselines 50, 65 and 18.
-    std::string heading, status, top;
-    std::string percent;
-    int badge;
+    std::string look;
 };
 
+const Values backup = {
+    {"task", 6}, {"destination", "/B"}, {"Status", "Copying"}, {"volume", "Home"}};
 const Values folder = {{"task", 6}, {"FolderBackup", true}, {"type", 4.9}, {"Extra", "Sleep"}};
+const Values image = {{"task", 6}, {"destination", ""}, {"type", 4.0}, {"progress", -10.0}};
+const Values sectors = {{"task", 1}, {"Status", "/a"}, {"volume", ""}};
+const Values files = {{"task", 1}, {"type", "0"}, {"Status", "/a"}, {"Extra", "sleeping"}};
+const Values forked = {{"task", 2}, {"fileprogress", "Defragging Fork: 5 % Complete"}};
+const Values defrag = {{"task", 2}, {"Status", "File: x"}, {"volume", "Data"}, {"progress", 1e6}};
 const std::vector<Painted> rows = {
-    {{{"task", 6},
-      {"destination", "/B"},
-      {"type", 4.0},
-      {"Status", "Copying"},
-      {"volume", "Home"},
-      {"progress", 456.0},
-      {"Extra", "shutdown"}},
-     177,
-     183,
-     177,
-     "To Image File on: [/B]",
-     "[Status: Copying]",
-     "[Backing up: Home]",
-     "45.60 %",
-     169},
-    {folder, 179, 181, 177, "To Image File: [unknown]", "", "", "", 170},
-    {{{"task", 6}, {"destination", ""}, {"type", "3"}, {"progress", -10.0}},
-     177,
-     183,
-     177,
-     "Destination: ",
-     "",
-     "",
-     "-1.00 %",
-     0},
-    {{{"task", 1}, {"Status", "/a"}, {"volume", ""}},
-     173,
-     185,
-     173,
-     "Scanning Sectors...",
-     "[Item: /a]",
-     "[Volume: ]",
-     "",
-     0},
-    {{{"task", 1}, {"type", "0"}, {"Status", "/a"}, {"Extra", "sleeping"}},
-     173,
-     185,
-     173,
-     "Scanning File Sectors...",
-     "[File: /a]",
-     "",
-     "",
-     0},
+    {backup, "177 183 177|Destination: [/B]|[Status: Copying]|[Backing up: Home]||0"},
+    {folder, "179 181 177|To Image File: [unknown]||||170"},
+    {image, "177 183 177|To Image File on: |||-1.00 %|0"},
+    {sectors, "173 185 173|Scanning Sectors...|[Item: /a]|[Volume: ]||0"},
+    {files, "173 185 173|Scanning File Sectors...|[File: /a]|||0"},
     {{{"task", 1}, {"type", "00"}, {"Status", "7"}},
-     173,
-     185,
-     173,
-     "Scanning Volume Sectors...",
-     "[Sector: 7]",
-     "",
-     "",
-     0},
-    {{{"task", 2}, {"Status", "File: x"}, {"volume", "Data"}, {"progress", 1e6}},
-     175,
-     187,
-     175,
-     "[Defragging Files...]",
-     "[File: x]",
-     "[Volume: Data]",
-     "100000.00 %",
-     0},
-    {{{"task", 2}, {"fileprogress", "Defragging Fork: 5 % Complete"}},
-     175,
-     187,
-     175,
-     "[Defragging Fork: 5 % Complete]",
-     "",
-     "",
-     "",
-     0},
-    {{{"task", 5}, {"progress", 999.96}, {"Extra", "SHUTDOWN"}},
-     0,
-     0,
-     0,
-     "",
-     "",
-     "",
-     "100.00 %",
-     169},
-};
+     "173 185 173|Scanning Volume Sectors...|[Sector: 7]|||0"},
+    {defrag, "175 187 175|[Defragging Files...]|[File: x]|[Volume: Data]|100000.00 %|0"},
+    {forked, "175 187 175|[Defragging Fork: 5 % Complete]||||0"},
+    {{{"task", 5}, {"progress", 999.96}, {"Extra", "SHUTDOWN"}}, "0 0 0||||100.00 %|169"}};
 
 /// With the program's own artwork and texts.
 class PaintedPanel : public testing::Test {
@@ -169,18 +107,25 @@ class RowPaintingTest : public PaintedPanel {
     }
     /// The row's own part of what must be seen, with its top there.
     void Expect(Graphics& g, const Painted& row, int top) {
-        const int slot = row.reference == 0 ? 0 : sizes[row.reference].width + 10;
-        const int icon = Module1.ParentIsMarlstone ? row.siblingIcon : row.icon;
+        std::istringstream look(row.look);
+        int icons[2], reference = 0, badge = 0;
+        std::string heading, status, above, percent;
+        look >> icons[0] >> icons[1] >> reference;
+        look.ignore();
+        for (std::string* text : {&heading, &status, &above, &percent})
+            std::getline(look, *text, '|');
+        look >> badge;
+        const int slot = 10 + (reference == 0 ? 0 : sizes[reference].width + 10);
+        const int icon = icons[Module1.ParentIsMarlstone ? 1 : 0];
         Fill(g, 10, top + 10, sizes[icon].width / 2, sizes[icon].height, IconColour(icon));
-        Text(g, row.heading, 10 + slot, top + 50);
-        Text(g, row.status, 10 + slot, top + 65);
-        Text(g, row.top, 10 + slot, top + 18);
+        Text(g, heading, slot, top + 50);
+        Text(g, status, slot, top + 65);
+        Text(g, above, slot, top + 18);
         // Which is empty at -1.
-        if (!row.percent.empty() && row.percent != "-1.00 %")
-            Fill(g, 10 + slot, top + 25, listWidth - 20 - slot, barHeight, barColour);
-        Text(g, row.percent, listWidth - 10 - static_cast<int>(g.StringWidth(row.percent)),
-             top + 50);
-        const platform::Size whole = sizes[169], stencil = sizes[row.badge];
+        if (!percent.empty() && percent != "-1.00 %")
+            Fill(g, slot, top + 25, listWidth - 10 - slot, barHeight, barColour);
+        Text(g, percent, listWidth - 10 - static_cast<int>(g.StringWidth(percent)), top + 50);
+        const platform::Size whole = sizes[169], stencil = sizes[badge];
         Fill(g, 20, top + 73 - (whole.height + 10), std::min(whole.width, stencil.width),
              std::min(whole.height, stencil.height), RGB(101, 124, 157));
     }
@@ -261,7 +206,6 @@ TEST_F(PaintedPanel, TheGripIsPaintedOnTheStripeWithEachPaint) {
 }
 
 TEST_F(PaintedPanel, MissingArtworkEndsOnlyTheRowsThatNeedIt) {
-    const Values backup = {{"task", 6}};
     const Values bar = {{"progress", 1}};
     const Values sleep = {{"Extra", "sleep"}};
     using Case = std::tuple<int, Values, bool>;
@@ -282,6 +226,39 @@ TEST_F(PaintedPanel, MissingArtworkEndsOnlyTheRowsThatNeedIt) {
         else
             EXPECT_NO_THROW(Paint()) << missing;
     }
+}
+
+TEST_F(PaintedPanel, AtTwoTheListIsTheSameAndSharp) {
+    AddRow({{"task", 6}, {"destination", "Data"}, {"progress", 450.0}, {"Extra", "sleep"}});
+    AddRow({{"task", 2}, {"FileName", "a file"}, {"progress", 45.0}});
+    panel.ChangeWindowSize(340, 146, true, true);
+    const Ref<Picture> one = Paint();
+    platform::DeviceScale() = 2;
+    list.ProgressSep = list.WhitePict = nullptr;
+    const Ref<Picture> two = Paint();
+    platform::DeviceScale() = 1;
+
+    ASSERT_EQ(two->Width(), one->Width());
+    const drawing::Plane& fine = two->Colours();
+    ASSERT_EQ(fine.Width(), 2 * one->Width());
+    double difference = 0;
+    for (int y = 0; y < one->Height(); ++y)
+        for (int x = 0; x < one->Width(); ++x) {
+            int sum = 0;
+            for (const int part : {0, 1, 2, 3})
+                sum += static_cast<int>(fine.At(2 * x + part % 2, 2 * y + part / 2) & 0xFF);
+            difference += std::abs(sum / 4.0 - static_cast<int>(one->Colours().At(x, y) & 0xFF));
+        }
+    EXPECT_LT(difference / (one->Width() * one->Height()), 3.0);
+    // The separator is two device pixels high, and so is the way from one stripe to the next.
+    const drawing::Pixel white = 0xFFFFFF, tint = RGB(241, 245, 250).value;
+    const drawing::Pixels middle = fine.Width() / 2;
+    drawing::Pixels first = drawing::Pixels{2} * 60;
+    while (fine.At(middle, first) == white)
+        ++first;
+    EXPECT_EQ(first % 2, 0);
+    EXPECT_NE(fine.At(middle, first + 1), tint);
+    EXPECT_EQ(fine.At(middle, first + 2), tint);
 }
 
 TEST_F(PaintedPanel, ShorteningIsLookedUpForEveryTextThatIsNotEmpty) {

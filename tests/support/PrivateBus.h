@@ -8,19 +8,18 @@
 
 namespace kqu::testing_support {
 
-/// A private message bus that allows everything to everybody, but for what is denied in its own
-/// notation. It keeps its address when it is started anew.
+/// A private message bus that allows everything to everybody. It keeps its address when it is
+/// started anew.
 class PrivateBus {
   public:
     using Connection = platform::CPointer<sd_bus, sd_bus_flush_close_unref>;
 
-    explicit PrivateBus(const std::string& denied = "") {
+    PrivateBus() {
         std::filesystem::permissions(folder_.Root(), std::filesystem::perms(0755));
         folder_.Write("bus.conf", "<busconfig><type>session</type><listen>" + Address() +
                                       R"(</listen><auth>EXTERNAL</auth><policy context="default">
             <allow user="*"/><allow own="*"/><allow send_destination="*" eavesdrop="true"/>
-            <allow eavesdrop="true"/>)" +
-                                      denied + "</policy></busconfig>");
+            <allow eavesdrop="true"/></policy></busconfig>)");
     }
     [[nodiscard]] std::string Socket() const { return folder_.Root() / "bus"; }
     [[nodiscard]] std::string Address() const { return "unix:path=" + Socket(); }

@@ -4,9 +4,9 @@
 #include <sstream>
 #include <string>
 
-// Paints the panel without any window system, for comparison with a real screen: the height of the
-// screen is the argument, each line of the input one notification ("NAME\tOBJECT\tKEY=VALUE\t..."),
-// and the output the panel's content as a portable pixmap.
+// Paints the panel without any window system, for comparison with a real screen: each line of the
+// input is one notification ("NAME\tOBJECT\tKEY=VALUE\t..."), and the output is the panel's content
+// as a portable pixmap.
 
 namespace {
 
@@ -38,9 +38,8 @@ void WritePixmap(const SimulatedWindow& window) {
 
 } // namespace
 
-int main(int count, char** arguments) {
+int main() {
     SimulatedMachine machine;
-    machine.windows.screens = {{0, 0, 1024, count > 1 ? std::stoi(arguments[1]) : 768}};
     machine.Start();
     for (std::string line; std::getline(std::cin, line);) {
         machine.centre.Post(Parse(line));

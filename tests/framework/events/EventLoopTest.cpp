@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -83,22 +82,6 @@ TEST_F(EventLoopTest, RepeatingTimerKeepsItsPhaseAndCollapsesMissedPeriods) {
     RunFor(22s);
     // The second pass lasts from 6 to 16: what was missed comes once, at once, and then 18 again.
     EXPECT_EQ(fired, (std::vector<double>{3.0, 6.0, 16.0, 18.0, 21.0}));
-}
-
-TEST_F(EventLoopTest, TimerComesDueAgainInsideItsOwnActionAndMayDropItselfThere) {
-    std::unique_ptr<LoopTimer> timer;
-    timer = std::make_unique<LoopTimer>(loop, [&] {
-        const Nested nested(*this);
-        waiting.Pass(1s);
-        if (depth < 3)
-            loop.DoEvents();
-        else
-            timer.reset();
-    });
-    timer->Start(1s, LoopTimer::Repeat::Always);
-    RunFor(50s);
-    EXPECT_EQ(deepest, 3);
-    EXPECT_EQ(timer, nullptr);
 }
 
 TEST_F(EventLoopTest, OnePumpLooksOnceAtEverySourceHoweverMuchItHas) {

@@ -175,18 +175,5 @@ TEST_F(DBusNotificationCentreTest, TheNameWaitsForASystemBusThatHangsButNotForLo
     EXPECT_FALSE(centre.Sources()[2]->Due());
 }
 
-TEST_F(DBusNotificationCentreTest, ANameThatIsDeniedChangesNothing) {
-    PrivateBus strict("<deny own='com.brackwater.KQU_Messenger'/>");
-    strict.Run();
-    setenv("DBUS_SESSION_BUS_ADDRESS", strict.Address().c_str(), 1);
-    const Poster poster(strict);
-    Listen();
-    AwaitListening(poster);
-    ASSERT_TRUE(pump.Until([&] { return !centre.Sources()[2]->Due(); }));
-    AwaitListening(poster);
-    EXPECT_EQ(poster.Owner(), "");
-    EXPECT_TRUE(heard.empty());
-}
-
 } // namespace
 } // namespace kqu::platform

@@ -1,13 +1,11 @@
 #include "platform/functions/IdentityFunctions.h"
 
 #include "platform/functions/Functions.h"
-#include "tests/support/MadeUpTree.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
@@ -16,7 +14,6 @@
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace kqu::platform {
 namespace {
@@ -65,25 +62,6 @@ std::string Identity() {
 }
 
 const bool runsAsRoot = geteuid() == 0;
-
-TEST(IdentityFunctionsTest, TheRecordHoldsTheOwnerAndNothingElse) {
-    const simulation::MadeUpTree tree;
-    // A link is described itself, not what it points to.
-    tree.Link("link", "/nowhere/at/all");
-    const std::string link = tree.Root() / "link";
-    const std::uint32_t owner = runsAsRoot ? 4294967294U : getuid();
-    ASSERT_EQ(lchown(link.c_str(), owner, static_cast<gid_t>(-1)), 0);
-    for (const std::string& path : {link, std::string("/nowhere")})
-        for (const std::size_t size : {88U, 16U, 15U}) {
-            const bool succeeds = path == link && size >= 16;
-            std::vector<std::byte> expected(size, std::byte{0x5A});
-            std::vector<std::byte> record = expected;
-            if (succeeds)
-                std::memcpy(expected.data() + 12, &owner, sizeof owner);
-            EXPECT_EQ(Call<functions::lstat>(path, record.data(), size), succeeds ? 0 : -1);
-            EXPECT_EQ(record, expected) << path << " " << size;
-        }
-}
 
 TEST(IdentityFunctionsTest, FromRootEverythingIsGivenUpForGood) {
     if (!runsAsRoot) {

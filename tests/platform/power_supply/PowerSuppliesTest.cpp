@@ -1,6 +1,5 @@
-#include "platform/power_supply/PowerSupplyFunctions.h"
+#include "platform/power_supply/PowerSupplies.h"
 
-#include "platform/functions/Functions.h"
 #include "tests/support/MadeUpTree.h"
 
 #include <gtest/gtest.h>
@@ -67,23 +66,6 @@ TEST(PowerSuppliesTest, WhatProvidesPower) {
         Plug(tree, supplies);
         EXPECT_EQ(PowerSupplies(tree.Root()).ProvidingSource(), source) << supplies;
     }
-}
-
-TEST(PowerSuppliesTest, ABlobTellsOfTheMomentAtWhichItWasTaken) {
-    const MadeUpTree tree;
-    FunctionTable table;
-    Handles handles;
-    RegisterPowerSupplyFunctions(table, handles, PowerSupplies(tree.Root()));
-    const auto copyInfo = *table.Find<functions::IOPSCopyPowerSourcesInfo>();
-    const auto sourceOf = *table.Find<functions::IOPSGetProvidingPowerSourceType>();
-    const std::int32_t before = copyInfo();
-    Plug(tree, discharging);
-    const std::int32_t after = copyInfo();
-    EXPECT_EQ(*handles.Text(sourceOf(before)), "AC Power");
-    EXPECT_EQ(*handles.Text(sourceOf(after)), "Battery Power");
-    handles.Release(after);
-    for (const std::int32_t none : {after, 0, sourceOf(before)})
-        EXPECT_EQ(sourceOf(none), 0);
 }
 
 } // namespace

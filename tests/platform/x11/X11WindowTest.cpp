@@ -155,38 +155,6 @@ TEST_F(X11WindowTest, OnlyWhatIsToldBeforeTheManagerCanHaveFinishedIsItsAnswerTo
     EXPECT_EQ(ToldAfterMovesTo(40).y, 40);
 }
 
-TEST_F(X11WindowTest, AnAnswerComesInItsPlaceAmongTheEvents) {
-    const xcb_atom_t state = Atom("WM_STATE");
-    const std::uint32_t iconic = 3;
-    Appear();
-    RunFor(300ms);
-    xcb_grab_server(looker.get());
-    xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, state, state, 32, 1, &iconic);
-    Sync();
-    RunFor(50ms);
-    // More than are taken in at once.
-    xcb_client_message_event_t close{};
-    close.response_type = XCB_CLIENT_MESSAGE;
-    close.format = 32;
-    close.window = id;
-    close.type = Atom("WM_PROTOCOLS");
-    close.data.data32[0] = Atom("WM_DELETE_WINDOW");
-    for (int count = 1; count <= 300; ++count)
-        xcb_send_event(looker.get(), 0, id, 0, reinterpret_cast<const char*>(&close));
-    xcb_ungrab_server(looker.get());
-    Sync();
-    // Waits for what comes behind all that.
-    static_cast<void>(system->PointerPosition());
-    Await(
-        [this] {
-            Round();
-            return window->IsCollapsed() || closes == 300;
-        },
-        false);
-    EXPECT_EQ(closes, 300);
-    Await([this] { return window->IsCollapsed(); });
-}
-
 TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
     const xcb_atom_t state = Atom("WM_STATE");
     Appear();
@@ -298,15 +266,6 @@ TEST_F(X11WindowTest, ABorderIsNoPartOfTheContent) {
     // Place is that of the border's corner.
     Await([this] { return Place() == Rect{97, 47, 340, 73}; });
     EXPECT_EQ(ToldAfterMovesTo(30).y, 33);
-}
-
-TEST_F(X11WindowTest, WhatIsMappedWithoutBeingWantedIsUnmapped) {
-    Appear();
-    window->SetAlpha(0.0F);
-    RoundTrip();
-    xcb_map_window(looker.get(), id);
-    Sync();
-    Await([this] { return !IsViewable(); });
 }
 
 TEST(X11WindowSystemTest, WithoutMonitorsTheWholeScreenIsOne) {
