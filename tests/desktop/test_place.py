@@ -1,10 +1,8 @@
-"""Where the panel stands: the same place however often it hides, and on the main monitor of two."""
+"""Where the panel stands: the same place however often it hides."""
 
-import os
 import unittest
 
-from support import Desktop, DesktopTest
-from support.panel import ROW
+from support import Desktop
 from support.waiting import wait_until
 
 CYCLES = 20
@@ -39,21 +37,3 @@ class Place(unittest.TestCase):
                 desktop.panel.wait_visible()
                 wait_until(f"the same place under {manager}",
                            lambda: desktop.panel.geometry() == places[manager])
-
-
-class TwoMonitors(DesktopTest):
-    options = {"window_manager": "openbox", "screen": (1600, 800)}
-
-    def test_stands_on_the_main_monitor_and_ends_at_its_bottom(self):
-        self.desktop.output("xrandr", "--setmonitor", "left", "600/150x800/200+0+0", "none")
-        self.desktop.output("xrandr", "--setmonitor", "*right", "1000/250x400/100+600+300",
-                            "screen")
-        self.desktop.start_messenger()
-        self.desktop.wait_listening()
-        self.desktop.post("KQS_disk.0", "scanner", PID=os.getpid())
-        self.panel.wait_visible()
-        at = self.panel.geometry()
-        self.assertEqual((at.x, at.y), (600 + (1000 - 340) // 2, 300 + 42))
-        for number in range(1, 6):
-            self.desktop.post(f"KQS_disk.{number}", "scanner", PID=os.getpid())
-        self.panel.wait_height(4 * ROW)

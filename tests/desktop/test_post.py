@@ -12,7 +12,7 @@ import dbus.bus
 import dbus.mainloop.glib
 from gi.repository import GLib
 
-from support import ROOT, hold, wait_until
+from support import ROOT, hold
 from support.buses import Bus
 from support.posting import INTERFACE, MEMBER, OBJECTS, PATH
 from support.processes import Processes

@@ -34,7 +34,8 @@ using Owned = CPointer<T, std::free>;
 /// that sees what anybody can see and does what a manager does.
 class X11WindowTest : public testing::Test, public EventQueue, public NativeWindowOwner {
   protected:
-    X11WindowTest() {
+    explicit X11WindowTest(const std::string& depth = "24")
+        : server("Xvfb -displayfd 1 -nolisten tcp -ac -noreset -screen 0 1024x768x" + depth) {
         setenv("DISPLAY", (":" + server.Told()).c_str(), 1);
         looker.reset(xcb_connect(nullptr, nullptr));
         root = xcb_setup_roots_iterator(xcb_get_setup(looker.get())).data->root;
@@ -198,8 +199,7 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
                 std::min(height, extent.height - top), extent.width};
     }
 
-    testing_support::ServerProcess server{
-        "Xvfb -displayfd 1 -nolisten tcp -ac -noreset -screen 0 1024x768x24"};
+    testing_support::ServerProcess server;
     CPointer<xcb_connection_t, xcb_disconnect> looker;
     xcb_window_t root = 0;
     std::unique_ptr<X11WindowSystem> system;

@@ -1,5 +1,5 @@
 """Who keeps the machine awake: the distribution's own login manager beside a system that only says
-it sleeps, and stand-ins for the two services of a session."""
+it sleeps."""
 
 import os
 
@@ -14,10 +14,6 @@ SYSTEMD = ("org.freedesktop.systemd1", "/org/freedesktop/systemd1",
            "org.freedesktop.systemd1.Manager")
 POLKIT = ("org.freedesktop.PolicyKit1", "/org/freedesktop/PolicyKit1/Authority",
           "org.freedesktop.PolicyKit1.Authority")
-SESSION_MANAGER = ("org.gnome.SessionManager", "/org/gnome/SessionManager",
-                   "org.gnome.SessionManager")
-POWER_MANAGER = ("org.freedesktop.PowerManagement", "/org/freedesktop/PowerManagement/Inhibit",
-                 "org.freedesktop.PowerManagement.Inhibit")
 JOB = "/org/freedesktop/systemd1/job/1"
 
 
@@ -38,30 +34,6 @@ class Mock:
     def interface(self, name=None):
         return dbus.Interface(self.bus.connection().get_object(
             *self.service[:2], introspect=False), name or self.service[2])
-
-
-class SessionService(Mock):
-    """One that hands out numbers, and takes each back once."""
-
-    def __init__(self, desktop, service, arguments, give_back):
-        super().__init__(desktop, desktop.session_bus, service, [
-            ("Inhibit", arguments, "u",
-             "ret = self.last = getattr(self, 'last', 0) + 1\n"
-             "self.held = {**getattr(self, 'held', {}), ret: ' '.join(map(str, args))}"),
-            (give_back, "u", "", "del self.held[int(args[0])]"),
-            ("Held", "", "as", "ret = list(getattr(self, 'held', {}).values())")])
-
-    def held(self):
-        """The arguments of each request that has not been given back."""
-        return [str(held) for held in self.interface().Held()]
-
-
-def session_manager(desktop):
-    return SessionService(desktop, SESSION_MANAGER, "susu", "Uninhibit")
-
-
-def power_manager(desktop):
-    return SessionService(desktop, POWER_MANAGER, "ss", "UnInhibit")
 
 
 class LoginManager:

@@ -275,6 +275,19 @@ TEST(X11WindowSystemTest, WithoutMonitorsTheWholeScreenIsOne) {
     EXPECT_EQ(X11WindowSystem::Open()->Screens(), (std::vector<Rect>{{0, 0, 800, 600}}));
 }
 
+struct X11WindowOfSixteenBits : X11WindowTest {
+    X11WindowOfSixteenBits() : X11WindowTest("16") {}
+};
+
+TEST_F(X11WindowOfSixteenBits, ShowsTheNearestColoursThatTheScreenHas) {
+    Appear();
+    for (const auto& [colour, pixel] : {std::pair{0x3366CCU, 0x3339U}, {0xF1F5FAU, 0xEFBEU}}) {
+        Fill(colour, 0, content.height);
+        RoundTrip();
+        EXPECT_EQ(PixelAt(200, 100) & 0xFFFFU, pixel);
+    }
+}
+
 TEST_F(X11WindowTest, AnswersPingsAndOffersIcons) {
     const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
     xcb_change_window_attributes(looker.get(), root, XCB_CW_EVENT_MASK, &events);
