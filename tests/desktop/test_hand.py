@@ -110,6 +110,20 @@ class HandWithoutManager(DesktopTest):
             wait_until("the same place", lambda: self.panel.geometry() == at)
         hold("the file", lambda: self.saved() == saved, 1.5)
 
+    def test_hidden_and_shown_again_it_has_not_moved_by_a_pixel(self):
+        at = None
+        for cycle in range(10):
+            job = self.desktop.start_job()
+            self.desktop.post(f"KQS_disk.{cycle}", "scanner", PID=job.pid)
+            self.panel.wait_visible()
+            if at is None:
+                first = self.panel.geometry()
+                at = first._replace(x=first.x - 29, y=first.y + 113)
+                self.drag((50, 20), (-29, 113))
+            wait_until("the same place", lambda: self.panel.geometry() == at)
+            self.desktop.end_job(job)
+            self.panel.wait_hidden()
+
 
 class HandUnderOpenbox(HandWithoutManager):
     options = {**HandWithoutManager.options, "window_manager": "openbox"}

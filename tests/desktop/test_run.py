@@ -392,10 +392,12 @@ class TerminalTest(RunCase):
             return re.search(text.encode(), self.seen)
         found = wait_until(f"{text!r} on the terminal, after {self.seen[-400:]!r}", come)
         self.seen = self.seen[found.end():]
-        return found[0].decode()
 
-    def type(self, text):
-        os.write(self.terminal, text.encode())
+    def converse(self, *steps):
+        """Types each first text, and waits for the second one on the terminal."""
+        for typed, expected in steps:
+            os.write(self.terminal, typed.encode())
+            self.expect(expected)
 
     def test_a_terminal_stays_one(self):
         # A shell that starts one command after the other loses a ^Z between fork and exec.
@@ -409,58 +411,30 @@ class TerminalTest(RunCase):
                       "print(\"[1/2]got\", input(), flush=True)\n"
                       "while True: time.sleep(0.05)'")
         termios.tcsetwinsize(self.terminal, (30, 90))
-        self.type(f"{KQU_RUN} e4defrag x\n")
-        self.expect("30 90\r\n")
-        self.type("typed\n")
-        self.expect(r"\[1/2\]got typed\r\n")
+        self.converse((f"{KQU_RUN} e4defrag x\n", "30 90\r\n"), ("typed\n", r"\[1/2\]got typed\r\n"))
         termios.tcsetwinsize(self.terminal, (31, 91))
-        self.expect("31 91\r\n")
-        self.type("\x1a")
-        self.expect(r"Stopped[^\n]*\n.*ready> ")
-        self.type("fg; echo ended $?\n")
-        self.expect("e4defrag x\r\n")
-        self.type("\x03")
-        self.expect("ready> ")
-        self.type("echo after $?\n")
-        self.expect("after 130\r\n")
-        self.expect("ready> ")
+        self.converse(("", "31 91\r\n"), ("\x1a", r"Stopped[^\n]*\n.*ready> "),
+                      ("fg; echo ended $?\n", "e4defrag x\r\n"), ("\x03", "ready> "),
+                      ("echo after $?\n", "after 130\r\n"), ("", "ready> "))
         self.assertEqual(termios.tcgetattr(self.terminal), self.before)
         # What has left the process group is reached as well, and what stops itself stops the job.
-        self.type(f"{KQU_RUN} timeout 600 sh -c 'echo begun; exec sleep 500'\n")
-        self.expect("\nbegun\r\n")
-        self.type("\x03")
-        self.expect("ready> ")
-        self.type("echo after $?\n")
-        self.expect("after (124|130)\r\n")
+        self.converse((f"{KQU_RUN} timeout 600 sh -c 'echo begun; exec sleep 500'\n", "\nbegun\r\n"),
+                      ("\x03", "ready> "), ("echo after $?\n", "after (124|130)\r\n"))
         self.stand_in("e4defrag", "exec /usr/bin/python3 -c 'import os, signal, time\n"
                       "signal.signal(signal.SIGTSTP, lambda *_: os.kill(os.getpid(), signal.SIGSTOP))\n"
                       "print(\"begun\", flush=True)\nwhile True: time.sleep(60)'")
-        self.type(f"{KQU_RUN} e4defrag x\n")
-        self.expect("begun\r\n")
-        self.type("\x1a")
-        self.expect(r"Stopped[^\n]*\n.*ready> ")
-        self.type("kill -KILL %1; fg; echo gone\n")
-        self.expect("\ngone\r\n")
+        self.converse((f"{KQU_RUN} e4defrag x\n", "begun\r\n"), ("\x1a", r"Stopped[^\n]*\n.*ready> "),
+                      ("kill -KILL %1; fg; echo gone\n", "\ngone\r\n"))
 
     def test_real_tools_in_the_foreground_and_background(self):
-        self.type(f"{KQU_RUN} rsync -a --bwlimit=2000 --info=progress2 Documents/ a/\n")
-        self.expect(r"\r +[\d,]+ +[1-9]\d?% ")
-        self.type("\x03")
-        self.expect("received SIGINT")
-        self.type("echo status $?\n")
-        self.expect("status 20\r\n")
-        self.type(f"{KQU_RUN} badblocks -s Documents/big &\n")
-        self.expect(r"read-only test\): .*done  *\r\n")
-        self.type("wait; echo status $?\n")
-        self.expect("status 0\r\n")
-        self.type(f"{KQU_RUN} cat &\n")
-        self.expect(r"\] \d+\r\nready> ")
-        self.type("until jobs | grep Stopped; do sleep 0.1; done\n")
-        self.expect(r"\+ +Stopped[^\n]*\n.*ready> ")
-        self.type("fg\n")
-        self.expect("cat\r\n")
-        self.type("line\n\x04")
-        self.expect("line\r\nline\r\nready> ")
+        self.converse((f"{KQU_RUN} rsync -a --bwlimit=2000 --info=progress2 Documents/ a/\n",
+                       r"\r +[\d,]+ +[1-9]\d?% "),
+                      ("\x03", "received SIGINT"), ("echo status $?\n", "status 20\r\n"),
+                      (f"{KQU_RUN} badblocks -s Documents/big &\n", r"read-only test\): .*done  *\r\n"),
+                      ("wait; echo status $?\n", "status 0\r\n"),
+                      (f"{KQU_RUN} cat &\n", r"\] \d+\r\nready> "),
+                      ("until jobs | grep Stopped; do sleep 0.1; done\n", r"\+ +Stopped[^\n]*\n.*ready> "),
+                      ("fg\n", "cat\r\n"), ("line\n\x04", "line\r\nline\r\nready> "))
         self.assertEqual(termios.tcgetattr(self.terminal), self.before)
 
 

@@ -250,15 +250,6 @@ TEST_F(PaintedPanel, AtTwoTheListIsTheSameAndSharp) {
             difference += std::abs(sum / 4.0 - static_cast<int>(one->Colours().At(x, y) & 0xFF));
         }
     EXPECT_LT(difference / (one->Width() * one->Height()), 3.0);
-    // The separator is two device pixels high, and so is the way from one stripe to the next.
-    const drawing::Pixel white = 0xFFFFFF, tint = RGB(241, 245, 250).value;
-    const drawing::Pixels middle = fine.Width() / 2;
-    drawing::Pixels first = drawing::Pixels{2} * 60;
-    while (fine.At(middle, first) == white)
-        ++first;
-    EXPECT_EQ(first % 2, 0);
-    EXPECT_NE(fine.At(middle, first + 1), tint);
-    EXPECT_EQ(fine.At(middle, first + 2), tint);
 }
 
 TEST_F(PaintedPanel, ShorteningIsLookedUpForEveryTextThatIsNotEmpty) {

@@ -9,7 +9,7 @@ PATH = "/com/brackwater/DistributedNotifications"
 INTERFACE = "com.brackwater.DistributedNotifications"
 MEMBER = "Posted"
 OBJECTS = {"scanner": "KQMS", "backup": "KQBackup", "defragmenter": "KQDefrag"}
-CLIENTS = ("dbus-send", "gdbus", "kqu-post")
+CLIENTS = ("dbus-send", "kqu-post")
 
 
 def command_of(client, bus, name, tool, info, kqu_post="kqu-post"):
@@ -24,15 +24,7 @@ def command_of(client, bus, name, tool, info, kqu_post="kqu-post"):
         return ["dbus-send", f"--{bus.kind}", "--type=signal", PATH,
                 f"{INTERFACE}.{MEMBER}", f"string:{name}", f"string:{OBJECTS[tool]}",
                 "dict:string:string:" + ",".join(pairs)]
-    if client == "gdbus":
-        pairs = ", ".join(f"{_gvariant(key)}: <{_gvariant(value)}>" for key, value in text.items())
-        return ["gdbus", "emit", f"--{bus.kind}", "--object-path", PATH, "--signal",
-                f"{INTERFACE}.{MEMBER}", _gvariant(name), _gvariant(OBJECTS[tool]), f"{{{pairs}}}"]
     raise ValueError(f"no client {client}")
-
-
-def _gvariant(text):
-    return "'" + text.replace("\\", "\\\\").replace("'", "\\'") + "'"
 
 
 def post_by_command(client, bus, env, name, tool, info, kqu_post="kqu-post"):

@@ -268,13 +268,6 @@ TEST_F(X11WindowTest, ABorderIsNoPartOfTheContent) {
     EXPECT_EQ(ToldAfterMovesTo(30).y, 33);
 }
 
-TEST(X11WindowSystemTest, WithoutMonitorsTheWholeScreenIsOne) {
-    const testing_support::ServerProcess server{
-        "Xvfb -displayfd 1 -nolisten tcp -ac -noreset -screen 0 800x600x24 -extension RANDR"};
-    setenv("DISPLAY", (":" + server.Told()).c_str(), 1);
-    EXPECT_EQ(X11WindowSystem::Open()->Screens(), (std::vector<Rect>{{0, 0, 800, 600}}));
-}
-
 struct X11WindowOfSixteenBits : X11WindowTest {
     X11WindowOfSixteenBits() : X11WindowTest("16") {}
 };
