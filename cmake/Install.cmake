@@ -50,6 +50,8 @@ install(FILES packaging/com.brackwater.DistributedNotifications.xml
 
 install(FILES packaging/${KQU_APPLICATION}.desktop
         DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES packaging/${KQU_APPLICATION}.metainfo.xml
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 set(ICONS ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
 install(FILES resources/kqu-messenger.svg DESTINATION ${ICONS}/scalable/apps
         RENAME ${KQU_APPLICATION}.svg)

@@ -23,6 +23,7 @@ EXPECTED = {
         "usr/bin/kqu-messenger",
         "usr/share/man/man1/kqu-messenger.1.gz",
         f"usr/share/applications/{NAME}.desktop",
+        f"usr/share/metainfo/{NAME}.metainfo.xml",
         f"usr/share/icons/hicolor/scalable/apps/{NAME}.svg",
         *(f"usr/share/icons/hicolor/{size}x{size}/apps/{NAME}.png" for size in (16, 32, 48, 128, 256)),
         "usr/lib/systemd/user/kqu-messenger.service",
