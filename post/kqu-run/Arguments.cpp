@@ -19,17 +19,6 @@ std::string Next(std::span<const std::string>& rest) {
 }
 } // namespace
 
-std::vector<std::string_view> Words(std::string_view text) {
-    std::vector<std::string_view> words;
-    for (std::size_t at = text.find_first_not_of(' '); at != std::string_view::npos;
-         at = text.find_first_not_of(' ', at)) {
-        const std::size_t end = std::min(text.find(' ', at), text.size());
-        words.push_back(text.substr(at, end - at));
-        at = end;
-    }
-    return words;
-}
-
 Arguments::Arguments(std::span<const std::string> arguments, std::string_view options,
                      Listed listed)
     : listed_(Words(options)), listedTakeValue_(listed == Listed::HasValue) {

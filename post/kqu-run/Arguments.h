@@ -1,6 +1,7 @@
 #pragma once
 
 #include "post/kqu-run/Launch.h"
+#include "post/posting/Text.h"
 
 #include <optional>
 #include <span>
@@ -9,6 +10,8 @@
 #include <vector>
 
 namespace kqu::run {
+
+using post::Words;
 
 /// What a tool would make of its arguments by the conventions of getopt_long: options may stand in
 /// clusters, have their value attached or behind them, and stand among the operands.
@@ -49,8 +52,5 @@ class Arguments {
     std::vector<Option> options_;
     std::vector<std::string> operands_;
 };
-
-/// The words of a text.
-[[nodiscard]] std::vector<std::string_view> Words(std::string_view text);
 
 } // namespace kqu::run

@@ -1,12 +1,15 @@
 #include "post/kqu-run/Child.h"
 
 #include "post/posting/Program.h"
+#include "post/posting/Text.h"
 
-#include <array>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
+#include <initializer_list>
+#include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
 
 namespace kqu::run {
 
@@ -14,64 +17,40 @@ namespace {
 constexpr int isNotThere = 127;
 constexpr int cannotRun = 126;
 
-/// Takes the descriptor over to the new process.
-void Keep(int number) {
-    fcntl(number, F_SETFD, 0);
-}
-
-/// In the new process: nothing here may allocate. Returns the reason why it is still here.
-int Become(const std::vector<char*>& arguments, const Launch& launch, const Signals& signals,
-           std::array<int, 2> streams) {
-    if ((streams[0] >= 0 && dup2(streams[0], STDOUT_FILENO) < 0) ||
-        (streams[1] >= 0 && dup2(streams[1], STDERR_FILENO) < 0))
-        return errno;
-    if (launch.channel >= 0)
-        Keep(launch.channel);
-    signals.Restore();
-    execvp(arguments[0], arguments.data());
-    return errno;
-}
-
-/// The reason why the new process could not become the command, or 0 when it has.
-int AwaitExec(const Descriptor& report) {
-    int reason = 0;
-    ssize_t got = 0;
-    do {
-        got = read(report.Number(), &reason, sizeof reason);
-    } while (got < 0 && errno == EINTR);
-    return got == sizeof reason ? reason : 0;
-}
-
-[[noreturn]] void FailToStart(const std::string& command, int reason) {
-    throw post::StatusError(command + ": " + std::strerror(reason),
-                            reason == ENOENT ? isNotThere : cannotRun);
+/// Starts a program with these descriptors in the place of others; the reason why not, or 0.
+int Spawn(pid_t& child, std::vector<std::string>& command, const sigset_t& mask,
+          std::initializer_list<std::pair<int, int>> descriptors) {
+    const std::vector<char*> arguments = post::Pointers(command);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    for (const auto& [from, to] : descriptors)
+        if (from >= 0)
+            posix_spawn_file_actions_adddup2(&actions, from, to);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    posix_spawnattr_setsigmask(&attributes, &mask);
+    const int reason =
+        posix_spawnp(&child, arguments[0], &actions, &attributes, arguments.data(), environ);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    return reason;
 }
 } // namespace
 
 pid_t StartChild(const Launch& launch, const Signals& signals, int output, int error) {
-    std::vector<char*> arguments;
-    arguments.reserve(launch.arguments.size() + 1);
-    for (const std::string& argument : launch.arguments)
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    arguments.push_back(nullptr);
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0)
-        FailToStart(launch.arguments.front(), errno);
-    const Descriptor report(ends[0]);
-    Descriptor reporter(ends[1]);
-    const pid_t child = fork();
-    if (child == 0) {
-        const int reason = Become(arguments, launch, signals, {output, error});
-        const ssize_t told = write(reporter.Number(), &reason, sizeof reason);
-        _exit(told == sizeof reason ? cannotRun : isNotThere);
+    const std::initializer_list<std::pair<int, int>> descriptors{
+        {output, STDOUT_FILENO}, {error, STDERR_FILENO}, {launch.channel, launch.channel}};
+    std::vector<std::string> command = launch.arguments;
+    pid_t child = 0;
+    int reason = Spawn(child, command, signals.Inherited(), descriptors);
+    if (reason == ENOEXEC) { // a script that does not name its shell
+        command.insert(command.begin(), {"/bin/sh", "-c", "exec \"$0\" \"$@\""});
+        reason = Spawn(child, command, signals.Inherited(), descriptors);
     }
-    if (child < 0)
-        FailToStart(launch.arguments.front(), errno);
-    reporter.Close();
-    if (const int reason = AwaitExec(report); reason != 0) {
-        Reap(child);
-        FailToStart(launch.arguments.front(), reason);
-    }
+    if (reason != 0)
+        throw post::StatusError(launch.arguments.front() + ": " + std::strerror(reason),
+                                reason == ENOENT ? isNotThere : cannotRun);
     return child;
 }
 
@@ -93,8 +72,7 @@ int StoppedBy(pid_t child) {
 }
 
 void Reap(pid_t child) {
-    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    TEMP_FAILURE_RETRY(waitpid(child, nullptr, 0));
 }
 
 } // namespace kqu::run

@@ -1,7 +1,6 @@
 #include "post/kqu-run/CommandLine.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 
 namespace kqu::run {
@@ -25,39 +24,41 @@ pid_t ProcessOf(const std::string& value) {
     return process;
 }
 
-using Option = post::Option<Request>;
-constexpr std::array<Option, 12> options{
-    {{"after", required_argument,
-      [](Request& to, const char* value) {
-          Choice("--after", value, {"sleep", "shutdown"});
-          to.after = value;
-      }},
-     {"destination", required_argument,
-      [](Request& to, const char* value) { to.destination = value; }},
-     {"name", required_argument, [](Request& to, const char* value) { to.name = value; }},
-     {"no-start", no_argument, [](Request& to, const char*) { to.startsMessenger = false; }},
-     {"notify", optional_argument,
-      [](Request& to, const char* value) {
-          const bool always = Choice("--notify", value, {"", "failure"}) == 0;
-          to.notifies = always ? Request::Notifies::Always : Request::Notifies::Failure;
-      }},
-     {"percent", optional_argument,
-      [](Request& to, const char* value) {
-          to.percentStream = Choice("--percent", value, {"", "stderr"}) + 1;
-      }},
-     {"pid", required_argument,
-      [](Request& to, const char* value) { to.process = ProcessOf(value); }},
-     {"show-files", no_argument, [](Request& to, const char*) { to.showsFiles = true; }},
-     {"system", no_argument, [](Request& to, const char*) { to.onSystemBus = true; }},
-     {"tool", required_argument,
-      [](Request& to, const char* value) { to.tool = post::ToolOf(value); }},
-     {"verbose", no_argument, [](Request& to, const char*) { to.isVerbose = true; }},
-     {"volume", required_argument, [](Request& to, const char* value) { to.volume = value; }}}};
+/// A text that is kept as it is.
+post::Option Text(const char* name, std::optional<std::string>& text) {
+    return {name, required_argument, [&text](const char* value) { text = value; }};
+}
+
+std::vector<post::Option> OptionsOf(Request& to) {
+    return {{"after", required_argument,
+             [&](const char* value) {
+                 Choice("--after", value, {"sleep", "shutdown"});
+                 to.after = value;
+             }},
+            Text("destination", to.destination),
+            Text("name", to.name),
+            post::Flag("no-start", to.startsMessenger, false),
+            {"notify", optional_argument,
+             [&](const char* value) {
+                 const bool always = Choice("--notify", value, {"", "failure"}) == 0;
+                 to.notifies = always ? Request::Notifies::Always : Request::Notifies::Failure;
+             }},
+            {"percent", optional_argument,
+             [&](const char* value) {
+                 to.percentStream = Choice("--percent", value, {"", "stderr"}) + 1;
+             }},
+            {"pid", required_argument, [&](const char* value) { to.process = ProcessOf(value); }},
+            post::Flag("show-files", to.showsFiles),
+            post::Flag("system", to.onSystemBus),
+            {"tool", required_argument, [&](const char* value) { to.tool = post::ToolOf(value); }},
+            post::Flag("verbose", to.isVerbose),
+            Text("volume", to.volume)};
+}
 } // namespace
 
 Request ParseCommandLine(std::span<char*> arguments) {
     Request request;
-    const auto command = post::ReadOptions(arguments, "+", options, request);
+    const auto command = post::ReadOptions(arguments, "+", OptionsOf(request));
     request.command.assign(command.begin(), command.end());
     if (request.process != 0 && !request.command.empty())
         throw UsageError("with --pid no command is run");

@@ -1,38 +1,29 @@
 #include "post/kqu-run/LineReader.h"
 
+#include "post/posting/Text.h"
+
 #include <algorithm>
-#include <utility>
 
 namespace kqu::run {
 
 namespace {
 constexpr std::size_t keptBytes = 32768;
-constexpr std::string_view lineEnds = "\n\r\b";
-constexpr char escape = '\x1b';
+/// What ends a line: also a cursor movement of a terminal (ECMA-48), but not a colour.
+constexpr const char* lineEnd = "[\n\r\b]|\x1b(\\[[0-?]*[ -/]*[@-ln-~]|[^[])";
 
-bool IsText(char c) {
-    return static_cast<unsigned char>(c) >= ' ' || c == '\t';
-}
-
-/// The length of the terminal sequence (ECMA-48) that the text begins with, or 0 if it has no end
-/// yet.
-std::size_t SequenceLength(std::string_view text) {
-    if (text.size() < 2)
-        return 0;
-    if (text[1] != '[')
-        return 2;
-    const auto* const end =
-        std::find_if(text.begin() + 2, text.end(), [](char c) { return c < ' ' || c >= '@'; });
-    return end == text.end() ? 0 : static_cast<std::size_t>(end - text.begin()) + 1;
+/// A line without colours, control characters, and a sequence that has no end yet.
+std::string Plain(std::string_view line) {
+    std::string plain;
+    for (std::size_t i = 0; i < line.size(); ++i)
+        if (line[i] == '\x1b')
+            i = std::min(line.find('m', i), line.size() - 1);
+        else if (static_cast<unsigned char>(line[i]) >= ' ' || line[i] == '\t')
+            plain += line[i];
+    return plain;
 }
 } // namespace
 
 void LineReader::Add(std::string_view bytes) {
-    if (bytes.size() >= keptBytes) {
-        bytes_ = bytes.substr(bytes.size() - keptBytes);
-        beginningIsLost_ = true;
-        return;
-    }
     bytes_ += bytes;
     if (bytes_.size() > 2 * keptBytes) {
         bytes_.erase(0, bytes_.size() - keptBytes);
@@ -41,32 +32,19 @@ void LineReader::Add(std::string_view bytes) {
 }
 
 void LineReader::Lines(const Take& take) {
-    std::string line;
-    std::size_t begin = 0; // of the line that has no end yet
-    const auto end = [&](std::size_t next) {
+    static const post::Pattern ends(lineEnd);
+    std::string_view rest = bytes_;
+    for (auto end = ends.In(rest); !end.empty(); end = ends.In(rest)) {
+        const auto length = static_cast<std::size_t>(end[0].data() - rest.data());
+        const std::string line = Plain(rest.substr(0, length));
         if (!line.empty() && !beginningIsLost_)
             take(line);
-        line.clear();
         beginningIsLost_ = false;
         shown_ = 0;
-        begin = next;
-    };
-    for (std::size_t i = 0; i < bytes_.size(); ++i) {
-        const char c = bytes_[i];
-        if (c == escape) {
-            const std::size_t length = SequenceLength(std::string_view(bytes_).substr(i));
-            if (length == 0)
-                break;
-            i += length - 1;
-            if (bytes_[i] != 'm')
-                end(i + 1);
-        } else if (lineEnds.find(c) != std::string_view::npos) {
-            end(i + 1);
-        } else if (IsText(c)) {
-            line += c;
-        }
+        rest.remove_prefix(length + end[0].size());
     }
-    bytes_.erase(0, begin);
+    bytes_.erase(0, bytes_.size() - rest.size());
+    const std::string line = Plain(bytes_);
     if (line.size() > shown_ && !beginningIsLost_)
         take(line);
     shown_ = line.size();

@@ -1,6 +1,6 @@
 #include "post/kqu-run/Naming.h"
 
-#include "post/posting/Pattern.h"
+#include "post/posting/Text.h"
 
 namespace kqu::run {
 

@@ -1,6 +1,5 @@
 #include "post/kqu-run/Rate.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 

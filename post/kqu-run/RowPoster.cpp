@@ -1,7 +1,7 @@
 #include "post/kqu-run/RowPoster.h"
 
-#include "post/posting/SeatUser.h"
 #include "post/posting/StartMessenger.h"
+#include "post/posting/UserCommand.h"
 
 #include <condition_variable>
 #include <cstdio>

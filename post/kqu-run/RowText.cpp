@@ -1,6 +1,6 @@
 #include "post/kqu-run/RowText.h"
 
-#include "post/posting/Pattern.h"
+#include "post/posting/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -32,57 +32,13 @@ bool IsControl(std::string_view character) {
     return character.front() == '\0' || !controls.In(character).empty();
 }
 
-std::string Number(double value, int decimals) {
+/// A share of a whole as a number with so many decimals; empty if it isn't known.
+std::string Of(double whole, const std::optional<double>& share, int decimals) {
     std::array<char, 48> text{};
-    std::snprintf(text.data(), text.size(), "%.*f", decimals, value);
+    if (share && std::isfinite(*share))
+        std::snprintf(text.data(), text.size(), "%.*f", decimals,
+                      std::clamp(*share, 0.0, 1.0) * whole);
     return text.data();
-}
-
-double Bounded(double share) {
-    return std::isfinite(share) ? std::clamp(share, 0.0, 1.0) : 0.0;
-}
-
-class Values {
-  public:
-    void Add(const char* key, std::string_view text) {
-        if (!text.empty())
-            values_.emplace_back(key, CleanText(text));
-    }
-    void AddShare(const char* key, const std::optional<double>& share, double whole, int decimals) {
-        if (share)
-            values_.emplace_back(key, Number(Bounded(*share) * whole, decimals));
-    }
-    std::vector<std::pair<std::string, std::string>> Take() { return std::move(values_); }
-
-  private:
-    std::vector<std::pair<std::string, std::string>> values_;
-};
-
-const std::string& Shown(const Name& name, const Row& row) {
-    return row.showsFiles ? name.full : name.open;
-}
-
-void AddScanner(Values& values, const Row& row, const Progress& progress) {
-    values.AddShare("Progress", progress.share, 1000, 2);
-    values.Add("VolName", Shown(row.volume, row));
-    values.Add("Item", Shown(progress, row));
-    values.Add("ScanType", row.sectors ? "1" : "");
-}
-
-void AddBackup(Values& values, const Row& row, const Progress& progress) {
-    values.AddShare("Progress", progress.share, 1000, 2);
-    values.Add("VolName", Shown(row.volume, row));
-    values.Add("dVolName", Shown(row.destination, row));
-    values.Add("status", Shown(progress, row));
-    values.Add("FolderBackup", row.folder ? "1" : "");
-    values.Add("Type", row.image ? "4" : "");
-}
-
-void AddDefragmenter(Values& values, const Row& row, const Progress& progress) {
-    values.Add("status", progress.checking ? "check" : "defrag");
-    values.Add("FileName", Shown(progress, row));
-    values.AddShare("FileProgress", progress.fileShare, 100, 0);
-    values.AddShare("NumFilesExamined", progress.share, static_cast<double>(row.filesInUse), 0);
 }
 } // namespace
 
@@ -115,17 +71,31 @@ std::string TaskName(std::string_view name) {
 post::Notification MakeNotification(const std::string& name, const Row& row,
                                     const Progress& progress, pid_t tool,
                                     const std::string& after) {
-    Values values;
-    values.Add("PID", std::to_string(tool));
-    values.Add("Extra", after);
-    values.Add("BSD", row.disk);
-    if (row.tool->name == "scanner")
-        AddScanner(values, row, progress);
-    else if (row.tool->name == "backup")
-        AddBackup(values, row, progress);
-    else
-        AddDefragmenter(values, row, progress);
-    return {row.tool, name, values.Take()};
+    const bool isDefragmenter = row.tool->name == "defragmenter";
+    const auto known = [&](const Name& one) { return row.showsFiles ? one.full : one.open; };
+    const std::string& text = Shown(progress, row);
+    const std::string doing = progress.checking ? "check" : "defrag";
+    std::vector<std::pair<std::string, std::string>> values{
+        {"PID", std::to_string(tool)},
+        {"Extra", after},
+        {"BSD", row.disk},
+        {"Progress", Of(1000, progress.share, 2)},
+        {"VolName", known(row.volume)},
+        {"dVolName", known(row.destination)},
+        {"Item", text},
+        {"ScanType", row.sectors ? "1" : ""},
+        {"FolderBackup", row.folder ? "1" : ""},
+        {"Type", row.image ? "4" : ""},
+        {"status", isDefragmenter ? doing : text},
+        {"FileName", text},
+        {"FileProgress", Of(100, progress.fileShare, 0)},
+        {"NumFilesExamined", Of(static_cast<double>(row.filesInUse), progress.share, 0)}};
+    std::erase_if(values, [&](const auto& value) {
+        return value.second.empty() || !post::HasKey(*row.tool, value.first);
+    });
+    for (auto& [key, value] : values)
+        value = CleanText(value);
+    return {row.tool, name, values};
 }
 
 } // namespace kqu::run

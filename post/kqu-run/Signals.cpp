@@ -30,7 +30,8 @@ Signals::Signals() {
     const sigset_t ours = OurSignals();
     sigprocmask(SIG_BLOCK, &ours, &inheritedMask_);
     // Who ignores it is never told what became of a child.
-    SetAction(SIGCHLD, SIG_DFL, inheritedChild_);
+    struct sigaction before {};
+    SetAction(SIGCHLD, SIG_DFL, before);
     waiting_ = Descriptor(signalfd(-1, &ours, SFD_NONBLOCK | SFD_CLOEXEC));
 }
 
@@ -44,11 +45,6 @@ bool Signals::Next(signalfd_siginfo& signal) const {
         hasNext = read(waiting_.Number(), &signal, sizeof signal) == sizeof signal;
     } while (hasNext && isOfOwnWrite());
     return hasNext;
-}
-
-void Signals::Restore() const {
-    sigaction(SIGCHLD, &inheritedChild_, nullptr);
-    sigprocmask(SIG_SETMASK, &inheritedMask_, nullptr);
 }
 
 void ActOn(int number) {

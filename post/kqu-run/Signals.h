@@ -7,8 +7,8 @@
 
 namespace kqu::run {
 
-/// While it lives, signals wait to be read instead of acting on kqu-run. What the tool inherits is
-/// what kqu-run has inherited.
+/// While it lives, signals wait to be read instead of acting on kqu-run. The tool inherits
+/// what kqu-run has inherited, but that the end of a child is not ignored.
 class Signals {
   public:
     Signals();
@@ -17,13 +17,12 @@ class Signals {
     [[nodiscard]] int Number() const { return waiting_.Number(); }
     /// The next signal that waits; false if there is none.
     [[nodiscard]] bool Next(signalfd_siginfo& signal) const;
-    /// In the new process, before it becomes the tool. Safe after a fork.
-    void Restore() const;
+    /// The mask for the tool.
+    [[nodiscard]] const sigset_t& Inherited() const { return inheritedMask_; }
 
   private:
     Descriptor waiting_;
     sigset_t inheritedMask_{};
-    struct sigaction inheritedChild_ {};
 };
 
 /// Does to this process what the signal does to one that doesn't care for it: stops it, for

@@ -1,33 +1,25 @@
 #include "post/kqu-run/Terminal.h"
 
 #include <array>
-#include <cstdlib>
 #include <fcntl.h>
+#include <pty.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 
 namespace kqu::run {
 
-namespace {
-constexpr int pipeSize = 1 << 20;
-}
-
 Stream OpenTerminalLike(int real) {
-    Stream stream;
-    stream.ours = Descriptor(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
-    std::array<char, 128> name{};
-    if (!stream.ours || grantpt(stream.ours.Number()) != 0 || unlockpt(stream.ours.Number()) != 0 ||
-        ptsname_r(stream.ours.Number(), name.data(), name.size()) != 0)
-        return {};
-    stream.tools = Descriptor(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
-    if (!stream.tools)
-        return {};
     termios settings{};
-    if (tcgetattr(real, &settings) == 0) {
-        settings.c_oflag &= ~static_cast<tcflag_t>(OPOST);
-        settings.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
-        tcsetattr(stream.tools.Number(), TCSANOW, &settings);
-    }
+    const bool isKnown = tcgetattr(real, &settings) == 0;
+    settings.c_oflag &= ~static_cast<tcflag_t>(OPOST);
+    settings.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
+    int ours = -1, tools = -1;
+    if (openpty(&ours, &tools, nullptr, isKnown ? &settings : nullptr, nullptr) != 0)
+        return {};
+    Stream stream{Descriptor(ours), Descriptor(tools)};
+    fcntl(ours, F_SETFD, FD_CLOEXEC);
+    fcntl(tools, F_SETFD, FD_CLOEXEC);
+    fcntl(ours, F_SETFL, O_NONBLOCK);
     CopySize(real, stream.ours.Number());
     return stream;
 }
@@ -38,7 +30,7 @@ Stream OpenPipe() {
         return {};
     Stream stream{Descriptor(ends[0]), Descriptor(ends[1])};
     fcntl(ends[0], F_SETFL, O_NONBLOCK);
-    fcntl(ends[0], F_SETPIPE_SZ, pipeSize);
+    fcntl(ends[0], F_SETPIPE_SZ, 1 << 20);
     return stream;
 }
 

@@ -1,30 +1,20 @@
 #include "post/kqu-run/TreeSize.h"
 
 #include <ftw.h>
+#include <sched.h>
 #include <set>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <system_error>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 
 namespace kqu::run {
 
 namespace {
-constexpr int lowest = 19;
-/// Two arguments of the system call ioprio_set: "one thread", and the idle class. They are defined
-/// here because <linux/ioprio.h> has a parameter with the name "class" in some versions, which is
-/// not C++.
-constexpr int ofThread = 1;
-constexpr int idleClass = 3 << 13;
-
-/// Processor and disk first to everybody else.
+/// Processor and disk first to everybody else: the kernel derives the disk's class from this one.
 void MakeWay() {
-    const auto self = static_cast<id_t>(syscall(SYS_gettid));
-    setpriority(PRIO_PROCESS, self, lowest);
-    syscall(SYS_ioprio_set, ofThread, 0, idleClass);
+    const sched_param none{};
+    sched_setscheduler(0, SCHED_IDLE, &none);
 }
 
 /// How many folders of a deep tree are open at a time.

@@ -1,7 +1,6 @@
 #include "post/kqu-run/Volumes.h"
 
 #include "platform/CDeleter.h"
-#include "post/kqu-run/Naming.h"
 #include "post/posting/Descriptor.h"
 
 #include <algorithm>
@@ -19,10 +18,6 @@ namespace kqu::run {
 namespace {
 namespace files = std::filesystem;
 
-constexpr std::size_t extSuperblock = 1024;
-constexpr std::size_t extMagicAt = extSuperblock + 56;
-constexpr std::size_t extLabelAt = extSuperblock + 120;
-constexpr std::size_t extLabelSize = 16;
 constexpr std::uint64_t sector = 512;
 
 using Device = platform::CPointer<sd_device, sd_device_unref>;
@@ -43,23 +38,22 @@ std::string Known(auto get, sd_device* device, auto... arguments) {
 }
 
 /// A text as udev writes it, where \x20 is a blank.
-std::string WithoutEscapes(const std::string& text) {
-    std::string plain;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool isEscape = text.compare(i, 2, "\\x") == 0 && i + 4 <= text.size();
-        plain +=
-            isEscape ? static_cast<char>(std::stoi(text.substr(i + 2, 2), nullptr, 16)) : text[i];
-        i += isEscape ? 3 : 0;
-    }
-    return plain;
+std::string WithoutEscapes(std::string text) {
+    for (std::size_t at = text.find("\\x"); at != text.npos; at = text.find("\\x", at + 1))
+        text.replace(at, 4, 1,
+                     static_cast<char>(std::strtol(text.substr(at + 2, 2).c_str(), nullptr, 16)));
+    return text;
 }
 
+/// The label of a file system of the ext family, from its superblock.
 std::string LabelIn(const std::string& path) {
+    constexpr std::size_t magicAt = 1024 + 56, size = 80, labelAt = 64;
     const Descriptor disk(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    std::string bytes(extLabelAt + extLabelSize, '\0');
-    const ssize_t got = disk ? pread(disk.Number(), bytes.data(), bytes.size(), 0) : 0;
-    bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
-    return ExtLabel(bytes);
+    std::string bytes(size, '\0');
+    if (!disk || pread(disk.Number(), bytes.data(), size, magicAt) != size ||
+        !bytes.starts_with("\x53\xEF"))
+        return {};
+    return bytes.c_str() + labelAt;
 }
 
 /// The disk's maker's name; a part of it has the kernel's name behind that.
@@ -103,14 +97,6 @@ Volume Described(dev_t number, const std::string& path) {
     return volume;
 }
 } // namespace
-
-std::string ExtLabel(std::string_view firstBytes) {
-    if (firstBytes.size() < extLabelAt + extLabelSize ||
-        firstBytes.substr(extMagicAt, 2) != "\x53\xEF")
-        return {};
-    const std::string_view label = firstBytes.substr(extLabelAt, extLabelSize);
-    return std::string(label.substr(0, label.find('\0')));
-}
 
 std::optional<Volume> VolumeOfFile(const std::string& path) {
     struct stat status {};
@@ -159,12 +145,9 @@ Name FolderNames(const std::vector<std::string>& paths) {
 
 Name LocalDestination(const std::string& path) {
     std::error_code failure;
-    std::string whole = files::weakly_canonical(path, failure).string();
+    std::string whole = files::weakly_canonical(files::absolute(path, failure), failure).string();
     if (failure || whole.empty())
         return {path, {}};
-    // A relative path of which nothing is there yet stays relative.
-    if (!whole.starts_with('/'))
-        whole = files::absolute(whole, failure).lexically_normal().string();
     while (whole.size() > 1 && whole.ends_with('/'))
         whole.pop_back();
     // What is not there yet will be on the volume of the folder above it.

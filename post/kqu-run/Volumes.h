@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <sys/types.h>
 #include <vector>
 
 namespace kqu::run {
@@ -45,8 +43,5 @@ struct Volume {
 
 /// The size of a regular file or block device in bytes.
 [[nodiscard]] std::optional<std::uint64_t> SizeOf(const std::string& path);
-
-/// The label of a file system of the ext family from the beginning of its disk, or nothing.
-[[nodiscard]] std::string ExtLabel(std::string_view firstBytes);
 
 } // namespace kqu::run

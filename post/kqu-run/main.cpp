@@ -3,7 +3,6 @@
 #include "post/posting/Program.h"
 
 #include <unistd.h>
-#include <utility>
 
 // kqu-run: runs a command and shows it in the messenger's panel.
 
@@ -11,10 +10,7 @@ namespace {
 constexpr int failed = 125;
 
 int Do(std::span<char*> arguments) {
-    kqu::run::Request request = kqu::run::ParseCommandLine(arguments);
-    const pid_t process = request.process;
-    kqu::run::Run run(std::move(request));
-    const kqu::run::Ending ending = process != 0 ? run.Follow(process) : run.Execute();
+    const kqu::run::Ending ending = kqu::run::RunShown(kqu::run::ParseCommandLine(arguments));
     if (ending.signal != 0)
         kqu::run::DieBy(ending.signal);
     // Threads may still wait for a bus or a disk; nobody waits for them. The first process of a

@@ -35,4 +35,43 @@ constexpr std::chrono::seconds patience{10};
 /// Raises PostError with this text if an sd-bus function has returned an error.
 void Check(int result, const std::string& what);
 
+/// Questions to the others on a bus, asked one after the other. All answers together may take the
+/// patience that is left until the deadline; whatever goes wrong is no answer.
+class Questions {
+  public:
+    using Moment = std::chrono::steady_clock::time_point;
+
+    Questions(sd_bus& bus, Moment deadline) : bus_(bus), deadline_(deadline) {}
+
+    /// Somebody's object and what of it is meant.
+    struct Object {
+        const char* owner;
+        std::string path;
+        const char* interface;
+    };
+
+    /// Calls a method with arguments of sd-bus's types. Nil where it fails.
+    template <class... Arguments>
+    [[nodiscard]] MessagePointer Call(const Object& object, const char* member, const char* types,
+                                      Arguments... arguments) {
+        if (!MayAsk())
+            return nullptr;
+        sd_bus_message* reply = nullptr;
+        const int result =
+            sd_bus_call_method(&bus_, object.owner, object.path.c_str(), object.interface, member,
+                               nullptr, &reply, types, arguments...);
+        MessagePointer owned(reply);
+        return result < 0 ? nullptr : std::move(owned);
+    }
+
+    /// Whether a name has an owner at present; nobody is started for the question.
+    [[nodiscard]] bool HasOwner(const char* name);
+
+  private:
+    [[nodiscard]] bool MayAsk();
+
+    sd_bus& bus_;
+    Moment deadline_;
+};
+
 } // namespace kqu::post

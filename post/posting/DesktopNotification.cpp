@@ -1,7 +1,7 @@
 #include "post/posting/DesktopNotification.h"
 
-#include "post/posting/Questions.h"
-#include "post/posting/SeatUser.h"
+#include "post/posting/Connection.h"
+#include "post/posting/Text.h"
 #include "post/posting/UserCommand.h"
 
 #include <chrono>
@@ -11,21 +11,18 @@
 namespace kqu::post {
 
 namespace {
-constexpr const char* service = "org.freedesktop.Notifications";
-constexpr const char* object = "/org/freedesktop/Notifications";
-constexpr const char* types = "susssasa{sv}i";
-constexpr const char* sender = "kqu-run";
-constexpr const char* icon = "kqu-messenger";
 constexpr std::chrono::seconds most{2};
 
 bool ShowInOwnSession(const std::string& title, const std::string& text, bool isUrgent) {
+    constexpr const char* service = "org.freedesktop.Notifications";
     constexpr std::uint32_t replacesNone = 0;
     constexpr std::int32_t defaultTime = -1;
     try {
         const Connection connection = Connect(Bus::Session, most);
         Questions bus(*connection.bus, std::chrono::steady_clock::now() + most);
-        return bus.Call({service, object, service}, "Notify", types, sender, replacesNone, icon,
-                        title.c_str(), text.c_str(), 0, 1, "urgency", "y", isUrgent ? 2 : 1,
+        return bus.Call({service, "/org/freedesktop/Notifications", service}, "Notify",
+                        "susssasa{sv}i", "kqu-run", replacesNone, "kqu-messenger", title.c_str(),
+                        text.c_str(), 0, 1, "urgency", "y", isUrgent ? 2 : 1,
                         defaultTime) != nullptr;
     } catch (const PostError&) {
         return false;
@@ -36,29 +33,14 @@ bool ShowInOwnSession(const std::string& title, const std::string& text, bool is
 void ShowNotification(const std::string& title, const std::string& text, bool isUrgent) {
     if (ShowInOwnSession(title, text, isUrgent) || geteuid() != 0)
         return;
+    const auto words = Words("/usr/bin/busctl --user -- call org.freedesktop.Notifications "
+                             "/org/freedesktop/Notifications org.freedesktop.Notifications Notify "
+                             "susssasa{sv}i kqu-run 0 kqu-messenger");
+    std::vector<std::string> command(words.begin(), words.end());
+    command.insert(command.end(),
+                   {title, text, "0", "1", "urgency", "y", isUrgent ? "2" : "1", "-1"});
     if (const auto session = SessionAtSeat())
-        static_cast<void>(RunAs(session->user,
-                                {"/usr/bin/busctl",
-                                 "--user",
-                                 "--",
-                                 "call",
-                                 service,
-                                 object,
-                                 service,
-                                 "Notify",
-                                 types,
-                                 sender,
-                                 "0",
-                                 icon,
-                                 title,
-                                 text,
-                                 "0",
-                                 "1",
-                                 "urgency",
-                                 "y",
-                                 isUrgent ? "2" : "1",
-                                 "-1"},
-                                most));
+        static_cast<void>(RunAs(session->user, command, most));
 }
 
 } // namespace kqu::post

@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstring>
 #include <poll.h>
-#include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
@@ -126,10 +125,6 @@ void Post(const Connection& connection, const Notification& notification) {
     Send(connection, notification);
     if (connection.kind == Bus::System)
         KeepConnected(sd_bus_get_fd(connection.bus.get()));
-}
-
-void Post(Bus bus, const Notification& notification) {
-    Post(Connect(bus), notification);
 }
 
 } // namespace kqu::post

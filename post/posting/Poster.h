@@ -22,7 +22,4 @@ void Send(const Connection& connection, const Notification& notification);
 /// The same, but a child process keeps the connection to the system bus for ten seconds, so that a
 /// listener can ask the bus who posted. Raises PostError.
 void Post(const Connection& connection, const Notification& notification);
-/// The same over a connection of its own.
-void Post(Bus bus, const Notification& notification);
-
 } // namespace kqu::post

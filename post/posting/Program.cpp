@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <string>
 #include <unistd.h>
 
 namespace kqu::post {
@@ -15,13 +14,21 @@ namespace {
 enum class Shown { Help = 'h', Version = 'v' };
 } // namespace
 
+Option Flag(const char* name, bool& flag, bool value) {
+    return {name, no_argument, [&flag, value](const char*) { flag = value; }};
+}
+
 std::span<char*> ReadOptions(std::span<char*> arguments, const char* order,
-                             std::vector<option> options,
-                             const std::function<void(int option, const char* value)>& take) {
+                             const std::vector<Option>& table) {
     // Mode, own messages, and the short form that every command has.
     const std::string shortOptions = std::string(order) + ":h";
-    options.push_back({"help", no_argument, nullptr, static_cast<int>(Shown::Help)});
-    options.push_back({"version", no_argument, nullptr, static_cast<int>(Shown::Version)});
+    constexpr int first = 256;
+    std::vector<option> options{
+        {"help", no_argument, nullptr, static_cast<int>(Shown::Help)},
+        {"version", no_argument, nullptr, static_cast<int>(Shown::Version)}};
+    for (const Option& one : table)
+        options.push_back(
+            {one.name, one.hasValue, nullptr, first + static_cast<int>(&one - table.data())});
     options.push_back({});
     optind = 0;
     opterr = 0;
@@ -34,9 +41,9 @@ std::span<char*> ReadOptions(std::span<char*> arguments, const char* order,
             throw UsageError("option " + last + " needs a value");
         if (found == '?')
             throw UsageError("unknown option " + last);
-        if (found == static_cast<int>(Shown::Help) || found == static_cast<int>(Shown::Version))
+        if (found < first)
             throw static_cast<Shown>(found);
-        take(found, optarg);
+        table[static_cast<std::size_t>(found - first)].take(optarg);
     }
     return arguments.subspan(std::min(arguments.size(), static_cast<std::size_t>(optind)));
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <functional>
 #include <getopt.h>
 #include <span>
@@ -33,33 +32,20 @@ struct Program {
     int failed, wrongUsage;
 };
 
-/// An option of a command line, whether it has a value (see getopt_long(3)), and what it does.
-template <class Request>
+/// An option of a command line, whether it has a value (see getopt_long(3)), and what it does with
+/// it.
 struct Option {
     const char* name;
     int hasValue;
-    void (*take)(Request& request, const char* value);
+    std::function<void(const char* value)> take;
 };
+[[nodiscard]] Option Flag(const char* name, bool& flag, bool value = true);
 
-/// Reads options by getopt_long(3) and hands each one's `val` and value over. --help and --version
-/// end the reading and are answered by RunProgram. `order` is "+" where the first operand ends the
-/// options; else options and operands may be mixed, and the operands are moved to the end. Returns
-/// the operands. Raises UsageError.
+/// Reads options by getopt_long(3). --help and --version end the reading and are answered by
+/// RunProgram. `order` is "+" where the first operand ends the options; else options and operands
+/// may be mixed, and the operands are moved to the end. Returns the operands. Raises UsageError.
 std::span<char*> ReadOptions(std::span<char*> arguments, const char* order,
-                             std::vector<option> options,
-                             const std::function<void(int option, const char* value)>& take);
-
-/// The same by a table.
-template <class Request, std::size_t Size>
-std::span<char*> ReadOptions(std::span<char*> arguments, const char* order,
-                             const std::array<Option<Request>, Size>& table, Request& request) {
-    std::vector<option> options;
-    for (const Option<Request>& entry : table)
-        options.push_back({entry.name, entry.hasValue, nullptr, static_cast<int>(options.size())});
-    return ReadOptions(arguments, order, std::move(options), [&](int option, const char* value) {
-        table[static_cast<std::size_t>(option)].take(request, value);
-    });
-}
+                             const std::vector<Option>& table);
 
 /// The frame of a command's main function. Closed standard streams are filled first, so that
 /// nothing that is opened later takes their place. An exception is reported in one line on

@@ -1,8 +1,7 @@
 #include "post/posting/StartMessenger.h"
 
+#include "post/posting/Connection.h"
 #include "post/posting/Descriptor.h"
-#include "post/posting/Questions.h"
-#include "post/posting/SeatUser.h"
 #include "post/posting/UserCommand.h"
 
 #include <cstdint>
@@ -45,26 +44,22 @@ bool StartedByManager(Questions& bus) {
     if (!reply || sd_bus_message_read_basic(reply.get(), 'o', &path) <= 0)
         return false;
     // A job that is done, or was given up, is no longer there.
-    const Object job{serviceManager, path, "org.freedesktop.systemd1.Job"};
-    while (bus.Read(job, "State", "s", [](sd_bus_message&) { return true; }))
+    while (bus.Call({serviceManager, path, "org.freedesktop.DBus.Properties"}, "Get", "ss",
+                    "org.freedesktop.systemd1.Job", "State"))
         std::this_thread::sleep_for(betweenLooks);
     return true;
-}
-
-/// Has the bus start it. The bus answers when the name is owned, or can't be.
-void StartByBus(Questions& bus) {
-    constexpr std::uint32_t noFlags = 0;
-    static_cast<void>(
-        bus.Call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"},
-                 "StartServiceByName", "su", messenger, noFlags));
 }
 
 bool StartInSession(sd_bus& connected, Moment deadline) {
     Questions bus(connected, deadline);
     if (bus.HasOwner(messenger))
         return true;
+    constexpr std::uint32_t noFlags = 0;
+    constexpr const char* daemon = "org.freedesktop.DBus";
+    // The bus answers when the name is owned, or can't be.
     if (!StartedByManager(bus))
-        StartByBus(bus);
+        static_cast<void>(bus.Call({daemon, "/org/freedesktop/DBus", daemon}, "StartServiceByName",
+                                   "su", messenger, noFlags));
     return bus.HasOwner(messenger);
 }
 

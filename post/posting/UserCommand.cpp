@@ -1,10 +1,13 @@
 #include "post/posting/UserCommand.h"
 
-#include <algorithm>
-#include <array>
+#include "platform/CDeleter.h"
+#include "post/posting/Text.h"
+
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <linux/keyctl.h>
 #include <pwd.h>
@@ -12,8 +15,8 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <systemd/sd-login.h>
 #include <unistd.h>
-#include <utility>
 
 namespace kqu::post {
 
@@ -21,49 +24,20 @@ namespace {
 /// The group of the account "nobody", for a user that no account describes.
 constexpr gid_t groupOfNobody = 65534;
 constexpr int cannotBeRun = 127;
-constexpr const char* timeout = "/usr/bin/timeout";
-constexpr const char* setpriv = "/usr/bin/setpriv";
-
-/// What a user gets from the system at most, where root may have more.
-constexpr std::array<std::pair<__rlimit_resource, rlim_t>, 5> limits{{{RLIMIT_NICE, 0},
-                                                                      {RLIMIT_RTPRIO, 0},
-                                                                      {RLIMIT_CORE, 0},
-                                                                      {RLIMIT_MEMLOCK, 8U << 20U},
-                                                                      {RLIMIT_NOFILE, 1024}}};
 
 std::vector<std::string> PrefixFor(uid_t user, std::chrono::milliseconds most) {
-    std::vector<char> texts(std::size_t{1} << 16);
-    passwd entry{};
-    passwd* account = nullptr;
-    getpwuid_r(user, &entry, texts.data(), texts.size(), &account);
+    const passwd* const account = getpwuid(user);
     const gid_t group = account != nullptr ? account->pw_gid : groupOfNobody;
-    return {timeout,
-            "--signal=KILL",
-            std::to_string(std::chrono::duration<double>(most).count()),
-            setpriv,
-            "--reuid=" + std::to_string(user),
-            "--regid=" + std::to_string(group),
-            account != nullptr ? "--init-groups" : "--clear-groups",
-            "--inh-caps=-all",
-            "--no-new-privs",
-            "--"};
-}
-
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    for (std::string& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-void Lower(__rlimit_resource resource, rlim_t most) {
-    rlimit limit{};
-    if (getrlimit(resource, &limit) != 0)
-        return;
-    limit.rlim_max = std::min(limit.rlim_max, most);
-    limit.rlim_cur = std::min(limit.rlim_cur, most);
-    setrlimit(resource, &limit);
+    // The limits are what a user gets from the system, where root may have more.
+    const auto words = Words("/usr/bin/prlimit --nice=0 --rtprio=0 --core=0 --memlock=8388608 "
+                             "--nofile=1024 /usr/bin/setpriv --inh-caps=-all --no-new-privs");
+    std::vector<std::string> prefix{"/usr/bin/timeout", "--signal=KILL",
+                                    std::to_string(std::chrono::duration<double>(most).count())};
+    prefix.insert(prefix.end(), words.begin(), words.end());
+    prefix.insert(prefix.end(),
+                  {"--reuid=" + std::to_string(user), "--regid=" + std::to_string(group),
+                   account != nullptr ? "--init-groups" : "--clear-groups", "--"});
+    return prefix;
 }
 
 bool CloseAllBut(std::initializer_list<int> kept) {
@@ -78,12 +52,26 @@ bool CloseAllBut(std::initializer_list<int> kept) {
 }
 } // namespace
 
+std::optional<Session> SessionAtSeat() {
+    char *name = nullptr, *kind = nullptr, *state = nullptr;
+    uid_t user = 0;
+    if (sd_seat_get_active("seat0", &name, &user) < 0)
+        return std::nullopt;
+    sd_session_get_class(name, &kind);
+    sd_session_get_state(name, &state);
+    const platform::CPointer<char, std::free> ownName(name), ownKind(kind), ownState(state);
+    // The session's type is not asked for: one that was begun with startx counts as a terminal's,
+    // and whether there is a display the user's own service manager knows.
+    if (kind == nullptr || state == nullptr || std::strcmp(kind, "user") != 0 ||
+        std::strcmp(state, "active") != 0)
+        return std::nullopt;
+    return Session{name, user};
+}
+
 bool LeaveCaller(std::initializer_list<int> kept) {
     setsid();
     for (int number = 1; number < NSIG; ++number)
         std::signal(number, SIG_DFL);
-    for (const auto& [resource, most] : limits)
-        Lower(resource, most);
     umask(S_IWGRP | S_IWOTH);
     setpriority(PRIO_PROCESS, 0, 0);
     // The session keyring of root.
@@ -116,10 +104,7 @@ bool RunAs(uid_t user, const std::vector<std::string>& command, std::chrono::mil
     if (child < 0)
         return false;
     int status = 0;
-    pid_t reaped = 0;
-    do {
-        reaped = waitpid(child, &status, 0);
-    } while (reaped < 0 && errno == EINTR);
+    const auto reaped = TEMP_FAILURE_RETRY(waitpid(child, &status, 0));
     return reaped == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 

@@ -2,11 +2,23 @@
 
 #include <chrono>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
 
 namespace kqu::post {
+
+/// A session of a user.
+struct Session {
+    std::string name;
+    uid_t user;
+};
+
+/// The session that is at the machine's own screen and keyboard now, the active one of seat0, by
+/// sd-login(3). Nothing where nobody has logged in, where it is the greeter that is shown, or where
+/// there is no login manager.
+[[nodiscard]] std::optional<Session> SessionAtSeat();
 
 /// Leaves everything of the caller behind in a child process, but for the descriptors to keep:
 /// other files, the terminal, the folder, keys, signal settings, priority, file mode mask and

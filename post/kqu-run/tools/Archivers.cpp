@@ -1,11 +1,12 @@
+#include "platform/CDeleter.h"
 #include "post/kqu-run/Arguments.h"
 #include "post/kqu-run/Volumes.h"
-#include "post/kqu-run/tools/Json.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <json-c/json.h>
 
 namespace kqu::run {
 
@@ -32,12 +33,38 @@ constexpr std::string_view leavesOut =
     "e exclude exclude-from exclude-caches exclude-if-present exclude-nodump pattern patterns-from "
     "paths-from-stdin paths-from-command";
 
-class Archiver : public Tool {
-  protected:
-    static Arguments Understood(const Launch& launch, std::string_view flags) {
-        return {launch, flags, Arguments::Listed::HasNoValue};
+/// One line of JSON as a tool prints it (RFC 8259); a line that is none has no values.
+class Json {
+  public:
+    explicit Json(std::string_view line) : object_(json_tokener_parse(std::string(line).c_str())) {}
+
+    [[nodiscard]] std::optional<double> Number(const char* key) const {
+        json_object* value = Find(key);
+        return json_object_is_type(value, json_type_double) ||
+                       json_object_is_type(value, json_type_int)
+                   ? std::optional(json_object_get_double(value))
+                   : std::nullopt;
+    }
+    /// The text, or the first one of a list; empty where there is none.
+    [[nodiscard]] std::string Text(const char* key) const {
+        json_object* value = Find(key);
+        if (json_object_is_type(value, json_type_array))
+            value = json_object_array_get_idx(value, 0);
+        return json_object_is_type(value, json_type_string) ? json_object_get_string(value) : "";
     }
 
+  private:
+    [[nodiscard]] json_object* Find(const char* key) const {
+        json_object* value = nullptr;
+        json_object_object_get_ex(object_.get(), key, &value);
+        return value;
+    }
+
+    platform::CPointer<json_object, json_object_put> object_;
+};
+
+class Archiver : public Tool {
+  protected:
     /// The row of a subcommand. `given` names the repository, or the variable does. `sources` are
     /// the folders that are saved, if it saves any.
     void NameRow(const std::string& program, const std::string& command, std::string given,
@@ -62,7 +89,7 @@ class Archiver : public Tool {
 class Restic : public Archiver {
   public:
     void Prepare(Launch& launch) override {
-        const Arguments arguments = Understood(launch, resticFlags);
+        const Arguments arguments(launch, resticFlags, Arguments::Listed::HasNoValue);
         std::vector<std::string> paths = arguments.Operands();
         if (paths.empty())
             return;
@@ -132,7 +159,7 @@ class Restic : public Archiver {
 class Borg : public Archiver {
   public:
     void Prepare(Launch& launch) override {
-        const Arguments arguments = Understood(launch, borgFlags);
+        const Arguments arguments(launch, borgFlags, Arguments::Listed::HasNoValue);
         const std::vector<std::string>& operands = arguments.Operands();
         if (operands.empty())
             return;

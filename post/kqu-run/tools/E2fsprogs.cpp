@@ -66,11 +66,6 @@ class Badblocks : public Tool {
     double ownPasses_ = 1, pass_ = 0, inPass_ = 0;
 };
 
-constexpr std::string_view checkerWithValue = "b B C E j l L P z";
-/// The command that runs the checker of each file system; it hands the descriptor of -C on.
-constexpr std::string_view frontEnd = "fsck";
-constexpr std::string_view frontEndWithValue = "t";
-
 struct Pass {
     std::string_view what;
     /// How much of the whole is done when it begins, as e2fsck itself reckons for its own bar.
@@ -88,8 +83,8 @@ constexpr std::array<Pass, 6> passes{{{"inodes, blocks and sizes", 0.00},
 class E2fsck : public Tool {
   public:
     void Prepare(Launch& launch) override {
-        const bool isFrontEnd = ToolName(launch) == frontEnd;
-        const Arguments arguments(launch, isFrontEnd ? frontEndWithValue : checkerWithValue);
+        // fsck runs the checker of each file system, and hands the descriptor of -C on.
+        const Arguments arguments(launch, ToolName(launch) == "fsck" ? "t" : "b B C E j l L P z");
         row_.tool = post::FindTool("scanner");
         if (!arguments.Operands().empty())
             NameDisk(arguments.Operands().front());

@@ -1,6 +1,6 @@
 #include "post/kqu-run/tools/Numbers.h"
 
-#include "post/posting/Pattern.h"
+#include "post/posting/Text.h"
 
 #include <algorithm>
 #include <charconv>

@@ -46,25 +46,23 @@ constexpr std::array<Prefix, 17> prefixes{
      {"systemd-inhibit", "what who why mode", 0, false, true}}};
 
 using Maker = std::unique_ptr<Tool> (*)();
-constexpr std::array<std::pair<std::string_view, Maker>, 14> makers{{{"rsync", MakeRsync},
-                                                                     {"dd", MakeDd},
-                                                                     {"badblocks", MakeBadblocks},
-                                                                     {"e2fsck", MakeE2fsck},
-                                                                     {"fsck", MakeE2fsck},
-                                                                     {"fsck.ext2", MakeE2fsck},
-                                                                     {"fsck.ext3", MakeE2fsck},
-                                                                     {"fsck.ext4", MakeE2fsck},
-                                                                     {"e4defrag", MakeE4defrag},
-                                                                     {"tar", MakeTar},
-                                                                     {"gtar", MakeTar},
-                                                                     {"restic", MakeRestic},
-                                                                     {"borg", MakeBorg},
-                                                                     {"borgbackup", MakeBorg}}};
+constexpr std::array<std::pair<std::string_view, Maker>, 8> makers{
+    {{"rsync", MakeRsync},
+     {"dd", MakeDd},
+     {"badblocks", MakeBadblocks},
+     {"e2fsck fsck fsck.ext2 fsck.ext3 fsck.ext4", MakeE2fsck},
+     {"e4defrag", MakeE4defrag},
+     {"tar gtar", MakeTar},
+     {"restic", MakeRestic},
+     {"borg borgbackup", MakeBorg}}};
 
+/// The entry of a table whose names hold this one.
 template <class Items>
-auto Find(const Items& items, std::string_view name, auto key) {
-    return std::find_if(items.begin(), items.end(),
-                        [&](const auto& item) { return item.*key == name; });
+auto Find(const Items& items, std::string_view name, auto names) {
+    return std::find_if(items.begin(), items.end(), [&](const auto& item) {
+        const auto all = Words(item.*names);
+        return std::find(all.begin(), all.end(), name) != all.end();
+    });
 }
 
 /// Where the command behind the prefix begins; the arguments' end if there is none.

@@ -5,7 +5,6 @@
 #include "post/kqu-run/tools/Tool.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace kqu::run {
@@ -19,16 +18,6 @@ constexpr std::string_view withValue =
     "only-write-batch out-format partial-dir password-file port protocol read-batch remote-option "
     "rsh rsync-path skip-compress sockopts stderr stop-after stop-at temp-dir timeout usermap "
     "write-batch";
-
-/// What is printed around the names of the files; folders are not worth the telling either.
-bool IsMessage(std::string_view line) {
-    constexpr std::array<std::string_view, 5> messages{
-        "sending incremental file list", "receiving incremental file list", "created directory ",
-        "sent ", "total size is "};
-    return line.ends_with('/') ||
-           std::any_of(messages.begin(), messages.end(),
-                       [&](std::string_view message) { return line.starts_with(message); });
-}
 
 class Rsync : public Tool {
   public:
@@ -47,9 +36,12 @@ class Rsync : public Tool {
     }
 
     void Read(std::string_view line) override {
+        // What is printed around the names of the files; folders are not worth the telling either.
+        static const Pattern around("^((sending|receiving) incremental file list|created "
+                                    "directory |sent |total size is )|/$");
         static const Pattern done("^ *([0-9.,']+) ");
         if (RsyncProgressLength(line) == 0) {
-            if (!IsMessage(line))
+            if (around.In(line).empty())
                 progress_.file = line;
             return;
         }

@@ -1,6 +1,6 @@
 #include "post/kqu-run/tools/RsyncFilter.h"
 
-#include "post/posting/Pattern.h"
+#include "post/posting/Text.h"
 
 namespace kqu::run {
 

@@ -4,9 +4,8 @@
 #include "post/kqu-run/Launch.h"
 #include "post/kqu-run/Row.h"
 #include "post/kqu-run/TreeSize.h"
-#include "post/posting/Pattern.h"
+#include "post/posting/Text.h"
 
-#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "post/kqu-run/Naming.h"
 #include "post/kqu-run/RowText.h"
 #include "post/kqu-run/Volumes.h"
-#include "post/posting/Pattern.h"
+#include "post/posting/Text.h"
 
 #include <gtest/gtest.h>
 #include <vector>
@@ -41,15 +41,6 @@ TEST(Naming, PlacesAreSaidAsAPersonWould) {
     EXPECT_EQ(Joined(std::vector<std::string>{"a", "b", "c"}), "a and 2 more");
     EXPECT_EQ(LastComponent("/home/me//"), "me");
     EXPECT_EQ(LastComponent("/"), "/");
-}
-
-TEST(Naming, VolumesAreKnownByTheirSuperblock) {
-    std::string disk(2048, '\0');
-    disk.replace(1024 + 120, 16, "sixteen letters!");
-    EXPECT_EQ(ExtLabel(disk), "") << "another file system";
-    disk.replace(1024 + 56, 2, "\x53\xEF");
-    EXPECT_EQ(ExtLabel(disk), "sixteen letters!");
-    EXPECT_EQ(ExtLabel(disk.substr(0, 1100)), "");
 }
 
 std::string Value(const post::Notification& notification, std::string_view key) {

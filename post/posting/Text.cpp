@@ -1,4 +1,6 @@
-#include "post/posting/Pattern.h"
+#include "post/posting/Text.h"
+
+#include <algorithm>
 
 namespace kqu::post {
 
@@ -22,6 +24,25 @@ bool IsUtf8(std::string_view text) {
                               "\xF0[\x90-\xBF][\x80-\xBF]{2}|[\xF1-\xF3][\x80-\xBF]{3}|"
                               "\xF4[\x80-\x8F][\x80-\xBF]{2})*$");
     return !utf8.In(text).empty();
+}
+
+std::vector<std::string_view> Words(std::string_view text) {
+    std::vector<std::string_view> words;
+    for (std::size_t at = text.find_first_not_of(' '); at != std::string_view::npos;
+         at = text.find_first_not_of(' ', at)) {
+        const std::size_t end = std::min(text.find(' ', at), text.size());
+        words.push_back(text.substr(at, end - at));
+        at = end;
+    }
+    return words;
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (std::string& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
 }
 
 } // namespace kqu::post

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <regex.h>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -25,5 +26,11 @@ class Pattern {
 /// Whether a bus would take the text: UTF-8 by RFC 3629. A NUL, which a bus refuses, is not looked
 /// for.
 [[nodiscard]] bool IsUtf8(std::string_view text);
+
+/// The words of a text, which blanks divide.
+[[nodiscard]] std::vector<std::string_view> Words(std::string_view text);
+
+/// The texts as execve(2) takes them. They belong to the vector.
+[[nodiscard]] std::vector<char*> Pointers(std::vector<std::string>& texts);
 
 } // namespace kqu::post
