@@ -8,6 +8,7 @@ import time
 
 from support import ROOT, DesktopTest, hold, needs_root, wait_until
 from support.panel import ROW
+from support.power import SYSTEMD, Mock
 from support.processes import ProcessFacts
 from support.user_manager import UserManager
 from support.waiting import wait_for_value
@@ -111,6 +112,15 @@ class StartBySessionBus(StartTest):
         self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
         self.panel.wait_visible()
 
+    def test_one_that_was_started_by_hand_is_not_started_again(self):
+        bus = self.desktop.session_bus
+        manager = Mock(self.desktop, bus, SYSTEMD, [("StartUnit", "ss", "o", "ret = '/job'")])
+        running = self.desktop.start_messenger()
+        wait_for_value("the owner", lambda: bus.pid_of(NAME), running.pid)
+        self.post(1)
+        self.panel.wait_visible()
+        self.assertEqual(list(manager.mock().GetCalls()), [])
+
     def test_copies_live_side_by_side_and_the_name_goes_from_one_to_the_next(self):
         bus = self.desktop.session_bus
         first = self.desktop.start_messenger()
@@ -131,11 +141,11 @@ class StartBySessionBus(StartTest):
 
 class StartByRoot(StartTest):
     @staticmethod
-    def log_in(prefix, session, user, of_class="user"):
+    def log_in(prefix, session, user, of_class="user", state="active"):
         """A session that the seat shows from now on, as sd-login reads it."""
         subprocess.run([*prefix, "sh", "-ec", "cd /run/systemd; mkdir -p seats sessions; echo \"$1\" >seats/seat0; "
                         f"echo \"$2\" >sessions/{session}", "sh", f"ACTIVE={session}\nACTIVE_UID={user}",
-                        f"CLASS={of_class}\nSTATE=active"], check=True)
+                        f"CLASS={of_class}\nSTATE={state}"], check=True)
 
     def assert_not_started(self, prefix=()):
         self.assertLess(self.post(1, "--system", prefix=prefix), AT_ONCE)
@@ -154,8 +164,9 @@ class StartByRoot(StartTest):
         self.log_in(prefix, "own", NOBODY)
         self.assert_not_started(prefix)  # as long as the manager knows no display
         manager.tell_display()
-        for session, user, of_class in (("greeter", NOBODY, "greeter"), ("other", NOBODY - 1, "user")):
-            self.log_in(prefix, session, user, of_class)
+        for session in (("greeter", NOBODY, "greeter"), ("other", NOBODY - 1),
+                        ("ending", NOBODY, "user", "closing")):
+            self.log_in(prefix, *session)
             self.assert_not_started(prefix)
         self.log_in(prefix, "again", NOBODY)
         self.post(1, "--system", prefix=prefix)

@@ -1,6 +1,7 @@
 #include "post/posting/UserCommand.h"
 
 #include <csignal>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -27,6 +28,8 @@ class UserCommandTest : public testing::Test {
 TEST_F(UserCommandTest, TheProgramIsTheUsersCompletely) {
     // Something of the caller's for each thing that must not be passed on.
     ASSERT_EQ(dup2(0, 99), 99);
+    const gid_t groups[] = {4, 27};
+    EXPECT_EQ(setgroups(2, groups) == 0, may);
     setenv("SECRET", "known", 1);
     const mode_t mask = umask(0);
     rlimit raised{20, 20}, before{};
@@ -54,6 +57,7 @@ TEST_F(UserCommandTest, TheProgramIsTheUsersCompletely) {
              })
             EXPECT_EQ(RunScript(script), may) << script;
     }).join();
+    setgroups(0, nullptr);
     unsetenv("SECRET");
     umask(mask);
     setrlimit(RLIMIT_NICE, &before);
