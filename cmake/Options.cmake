@@ -37,8 +37,3 @@ if(NOT KQU_SANITIZE)
   target_link_options(kqu_program INTERFACE -static-libstdc++ -static-libgcc -Wl,--gc-sections
                       -Wl,-z,pack-relative-relocs)
 endif()
-if(KQU_COVERAGE)
-  target_sources(kqu_program INTERFACE ${CMAKE_SOURCE_DIR}/tests/tools/CountsAtTheEnd.cpp)
-  target_link_options(kqu_program INTERFACE
-    -Wl,--wrap=_exit -Wl,--wrap=kill -Wl,--wrap=execvp -Wl,--wrap=execve)
-endif()
