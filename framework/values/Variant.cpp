@@ -1,6 +1,7 @@
 #include "framework/values/Variant.h"
 
 #include "framework/values/Numbers.h"
+#include "framework/values/Overloaded.h"
 #include "framework/values/Text.h"
 
 #include <array>
@@ -10,13 +11,6 @@
 namespace kqu {
 
 namespace {
-template <class... Handlers>
-struct Overloaded : Handlers... {
-    using Handlers::operator()...;
-};
-template <class... Handlers>
-Overloaded(Handlers...) -> Overloaded<Handlers...>;
-
 /// The shortest decimal that reads as the same double; plain digits for a whole one.
 std::string DoubleAsText(double number) {
     if (number == 0.0)

@@ -3,6 +3,7 @@
 #include "framework/ui/drawing/Blending.h"
 #include "framework/ui/drawing/Plane.h"
 #include "framework/ui/drawing/Scaling.h"
+#include "framework/values/Overloaded.h"
 #include "platform/text/TextLayout.h"
 
 #include <algorithm>
@@ -99,13 +100,6 @@ void PaintText(const TextCommand& command, const Target& target) {
             BlendPremultiplied(image->colours.data() + offset, below, Count(visible.Width()));
     }
 }
-
-template <class... Functions>
-struct Overloaded : Functions... {
-    using Functions::operator()...;
-};
-template <class... Functions>
-Overloaded(Functions...) -> Overloaded<Functions...>;
 
 /// Where a share of `length` that is `part` of `whole` ends, to the nearest pixel.
 Pixels Share(Pixels part, Pixels whole, Pixels length) {
