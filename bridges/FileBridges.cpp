@@ -1,7 +1,7 @@
 #include "framework/FunctionLookup.h"
 #include "framework/files/FolderItem.h"
-#include "framework/values/Encodings.h"
 #include "framework/values/Required.h"
+#include "framework/values/Text.h"
 #include "shell/App.h"
 
 #include <memory>

@@ -1,11 +1,10 @@
 #include "framework/values/Text.h"
 
 #include "framework/values/CaseFolding.h"
-#include "platform/text/PlainText.h"
 
-#include <charconv>
-#include <cmath>
-#include <limits>
+#include <glib.h>
+
+#include <algorithm>
 #include <optional>
 
 namespace kqu {
@@ -59,71 +58,13 @@ std::optional<Occurrence> FindFrom(std::string_view text, std::string_view find,
     }
     return std::nullopt;
 }
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-std::string_view::size_type SkipDigits(std::string_view text, std::size_t position) {
-    while (position < text.size() && IsDigit(text[position]))
-        ++position;
-    return position;
-}
-
-/// The end of an exponent at `position`, or `position` itself if none stands there.
-std::size_t SkipExponent(std::string_view text, std::size_t position) {
-    std::size_t digits = position + 1;
-    if (position >= text.size() || (text[position] != 'e' && text[position] != 'E'))
-        return position;
-    if (digits < text.size() && (text[digits] == '+' || text[digits] == '-'))
-        ++digits;
-    const std::size_t end = SkipDigits(text, digits);
-    return end == digits ? position : end;
-}
-
-/// Whether a number far out of range, with these digits, `whole` of them before the point, and this
-/// exponent, is too small rather than too large.
-bool IsTiny(std::string_view digits, std::size_t whole, std::string_view exponent) {
-    const auto places = static_cast<std::int64_t>(whole) -
-                        static_cast<std::int64_t>(digits.find_first_of("123456789"));
-    std::int64_t shift = 0;
-    if (!exponent.empty()) {
-        exponent.remove_prefix(exponent[1] == '+' ? 2 : 1);
-        const auto result =
-            std::from_chars(exponent.data(), exponent.data() + exponent.size(), shift);
-        if (result.ec != std::errc())
-            return exponent.front() == '-';
-    }
-    return shift <= -places;
-}
 } // namespace
 
 double Val(std::string_view text) {
-    constexpr std::string_view blanks = " \t\n\v\f\r";
-    const std::size_t start = text.find_first_not_of(blanks);
-    if (start == std::string_view::npos)
-        return 0.0;
-    text.remove_prefix(start);
-    const bool negative = text.front() == '-';
-    if (negative || text.front() == '+')
-        text.remove_prefix(1);
-    const std::size_t whole = SkipDigits(text, 0);
-    std::size_t end = whole;
-    bool hasDigits = whole > 0;
-    if (whole < text.size() && text[whole] == '.') {
-        end = SkipDigits(text, whole + 1);
-        hasDigits = hasDigits || end > whole + 1;
-    }
-    if (!hasDigits)
-        return 0.0;
-    const std::string_view digits = text.substr(0, end);
-    const std::string_view number = text.substr(0, SkipExponent(text, end));
-    double value = 0.0;
-    const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (result.ec == std::errc::result_out_of_range)
-        value = IsTiny(digits, whole, number.substr(end)) ? 0.0
-                                                          : std::numeric_limits<double>::infinity();
-    return negative ? -value : value;
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    // Cut where words and hexadecimal digits begin, which the library would read as numbers too.
+    const std::string number(text.substr(0, text.find_first_not_of("0123456789.eE+-")));
+    return g_ascii_strtod(number.c_str(), nullptr);
 }
 
 std::string Str(std::int32_t number) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/text/PlainText.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -26,6 +28,8 @@ namespace kqu {
 /// Every occurrence replaced, in one pass from the left.
 [[nodiscard]] std::string ReplaceAll(std::string_view text, std::string_view find,
                                      std::string_view replacement);
+
+using platform::ToUtf16;
 
 /// The text's start and end, each cut between two characters to at most `bytes`; the whole text if
 /// it is no longer than both.

@@ -21,7 +21,7 @@ class LineDrawing {
 
   private:
     struct Face {
-        CPointer<PangoFont, DropGObject> font;
+        GObjectPointer<PangoFont> font;
         bool hasColours;
         std::unordered_map<PangoGlyph, TextImage> glyphs;
     };

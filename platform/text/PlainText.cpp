@@ -1,5 +1,7 @@
 #include "platform/text/PlainText.h"
 
+#include "platform/CDeleter.h"
+
 #include <algorithm>
 #include <glib.h>
 
@@ -77,6 +79,15 @@ std::string_view EndOf(std::string_view text, std::size_t bytes) {
     while (cut < last && IsContinuation(text[cut]))
         ++cut;
     return text.substr(cut == last ? text.size() - bytes : cut);
+}
+
+std::u16string ToUtf16(std::string_view text) {
+    const CPointer<char, g_free> valid(
+        g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
+    glong length = 0;
+    const CPointer<gunichar2, g_free> wide(
+        g_utf8_to_utf16(valid.get(), -1, nullptr, &length, nullptr));
+    return {wide.get(), wide.get() + length};
 }
 
 } // namespace kqu::platform

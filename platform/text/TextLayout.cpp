@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <limits>
 #include <utility>
 
 namespace kqu::platform {
@@ -24,8 +23,8 @@ constexpr std::chrono::milliseconds lineLifetime{2000};
 constexpr std::size_t lineBytes = 1U << 20U;
 
 /// The same pixels on every desktop: no setting of the user or of the display takes part.
-PangoContextPointer MakeContext(PangoFontMap* fontMap, int size) {
-    PangoContextPointer context(pango_font_map_create_context(fontMap));
+GObjectPointer<PangoContext> MakeContext(PangoFontMap* fontMap, int size) {
+    GObjectPointer<PangoContext> context(pango_font_map_create_context(fontMap));
     const FontOptions options(cairo_font_options_create());
     cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
     cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_FULL);
@@ -44,7 +43,7 @@ std::size_t BytesOf(const TextImage& image) {
 
 /// Our own, so that all that belongs to it goes with it.
 struct TextLayout::FontMap {
-    CPointer<PangoFontMap, DropGObject> object{pango_cairo_font_map_new()};
+    GObjectPointer<PangoFontMap> object{pango_cairo_font_map_new()};
 };
 
 class TextLayout::Font {
@@ -53,7 +52,7 @@ class TextLayout::Font {
         : size(pixels), context(MakeContext(fontMap.object.get(), pixels)) {}
 
     int size;
-    PangoContextPointer context;
+    GObjectPointer<PangoContext> context;
     LineDrawing drawing;
     RecentCache<Line> lines{lineLifetime, lineBytes};
 };
@@ -71,7 +70,7 @@ TextLayout::~TextLayout() = default;
 void TextLayout::LoadQuietly(int size) {
     const QuietErrors quiet;
     fontMap_ = std::make_unique<FontMap>();
-    const PangoContextPointer context = MakeContext(fontMap_->object.get(), size);
+    const GObjectPointer<PangoContext> context = MakeContext(fontMap_->object.get(), size);
     const CPointer<PangoFontMetrics, pango_font_metrics_unref> metrics(
         pango_context_get_metrics(context.get(), nullptr, nullptr));
 }
