@@ -9,29 +9,16 @@
 
 namespace kqu {
 
-/// A function that was found by name and library, ready to be called.
+/// Looks a function up by its name and library, afresh at each use. The result is called like the
+/// function. Raises FunctionNotFoundException, which names both.
 template <class F>
-class FoundFunction {
-  public:
-    explicit FoundFunction(platform::FunctionTable::Entry<F> entry) : entry_(std::move(entry)) {}
-
-    template <class... Arguments>
-    decltype(auto) operator()(Arguments&&... arguments) const {
-        return (*entry_)(std::forward<Arguments>(arguments)...);
-    }
-
-  private:
-    platform::FunctionTable::Entry<F> entry_;
-};
-
-/// Looks a function up by its name and library, afresh at each use.
-/// Raises FunctionNotFoundException, which names both.
-template <class F>
-[[nodiscard]] FoundFunction<F> Lookup() {
+[[nodiscard]] auto Lookup() {
     auto entry = Runtime::Current().Functions().Find<F>();
     if (!entry)
         throw FunctionNotFoundException(std::string(F::name), std::string(F::library));
-    return FoundFunction<F>(std::move(entry));
+    return [entry](auto&&... arguments) -> decltype(auto) {
+        return (*entry)(std::forward<decltype(arguments)>(arguments)...);
+    };
 }
 
 /// Whether a look-up of the function would succeed.

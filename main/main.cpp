@@ -1,17 +1,9 @@
 #include "framework/Runtime.h"
 #include "platform/dbus/DBusNotificationCentre.h"
-#include "platform/functions/CoreFoundationFunctions.h"
-#include "platform/functions/Handles.h"
-#include "platform/functions/IdentityFunctions.h"
-#include "platform/functions/ScreenUpdates.h"
-#include "platform/functions/ShellFunctions.h"
-#include "platform/functions/TextFunctions.h"
-#include "platform/functions/WindowFunctions.h"
+#include "platform/functions/LinuxFunctions.h"
 #include "platform/loop/SignalSource.h"
 #include "platform/loop/SystemWaiting.h"
 #include "platform/power_messages/SystemPowerMessages.h"
-#include "platform/power_supply/PowerSupplyFunctions.h"
-#include "platform/volumes/VolumeFunctions.h"
 #include "platform/x11/X11WindowSystem.h"
 #include "shell/App.h"
 
@@ -51,9 +43,8 @@ int RunOn(platform::X11WindowSystem& windows, platform::SignalSource& signals) {
     platform::RegisterCoreFoundationFunctions(functions, handles);
     platform::RegisterVolumeFunctions(functions, handles);
     platform::RegisterPowerSupplyFunctions(functions, handles);
-    platform::RegisterWindowFunctions(functions);
+    platform::RegisterWindowFunctions(functions, screenUpdates);
     platform::RegisterTextFunctions(functions);
-    platform::RegisterScreenUpdates(functions, screenUpdates);
 
     std::vector<platform::EventSource*> sources = notifications.Sources();
     for (platform::EventSource* source : power.Sources())

@@ -1,6 +1,5 @@
-#include "platform/functions/CoreFoundationFunctions.h"
-
 #include "platform/functions/Functions.h"
+#include "platform/functions/LinuxFunctions.h"
 
 #include <cstring>
 

@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <variant>
 
 namespace kqu::platform {
 
@@ -39,20 +38,16 @@ class Handles {
     [[nodiscard]] std::unique_ptr<Command> TakeStream(Handle handle);
 
   private:
-    struct OwnedText {
-        std::string text;
-    };
-    struct LastingText {
-        std::string text;
-    };
-    struct Bytes {
+    enum class Kind { OwnedText, LastingText, Blob, Stream };
+    struct Entry {
+        Kind kind;
         std::string bytes;
+        std::unique_ptr<Command> stream;
     };
-    using Entry = std::variant<OwnedText, LastingText, Bytes, std::unique_ptr<Command>>;
 
-    [[nodiscard]] Handle Add(Entry entry);
-    template <class T>
-    [[nodiscard]] const T* Find(Handle handle) const;
+    [[nodiscard]] Handle Add(Kind kind, std::string bytes, std::unique_ptr<Command> stream = {});
+    /// Nil if the handle stands for nothing or for something of another kind.
+    [[nodiscard]] const Entry* Find(Handle handle, Kind kind) const;
 
     std::map<Handle, Entry> entries_;
     Handle last_ = 0;

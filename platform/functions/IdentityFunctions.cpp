@@ -1,7 +1,6 @@
-#include "platform/functions/IdentityFunctions.h"
-
 #include "platform/functions/Functions.h"
 #include "platform/functions/Identity.h"
+#include "platform/functions/LinuxFunctions.h"
 
 #include <cstring>
 #include <sys/stat.h>

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/functions/FunctionTable.h"
-
 namespace kqu::platform {
 
 /// Holds the screen back while a change is under way. Holds nest: the outermost release lets the
@@ -19,8 +17,5 @@ class ScreenUpdates {
   private:
     int depth_ = 0;
 };
-
-/// Enters `DisableScreenUpdates` and `EnableScreenUpdates`; `updates` must outlive the table.
-void RegisterScreenUpdates(FunctionTable& table, ScreenUpdates& updates);
 
 } // namespace kqu::platform

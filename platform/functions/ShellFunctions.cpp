@@ -1,6 +1,5 @@
-#include "platform/functions/ShellFunctions.h"
-
 #include "platform/functions/Functions.h"
+#include "platform/functions/LinuxFunctions.h"
 
 #include <memory>
 #include <string_view>
@@ -9,7 +8,6 @@ namespace kqu::platform {
 
 namespace {
 constexpr int failure = -1;
-
 } // namespace
 
 void RegisterShellFunctions(FunctionTable& table, Handles& handles) {

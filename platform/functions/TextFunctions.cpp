@@ -1,6 +1,5 @@
-#include "platform/functions/TextFunctions.h"
-
 #include "platform/functions/Functions.h"
+#include "platform/functions/LinuxFunctions.h"
 #include "platform/interfaces/DeviceScale.h"
 #include "platform/text/RecentCache.h"
 #include "platform/text/Truncation.h"

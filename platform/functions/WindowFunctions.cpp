@@ -1,6 +1,5 @@
-#include "platform/functions/WindowFunctions.h"
-
 #include "platform/functions/Functions.h"
+#include "platform/functions/LinuxFunctions.h"
 
 #include <cstdint>
 
@@ -20,7 +19,7 @@ std::int32_t On(NativeWindow* window, Action action) {
 }
 } // namespace
 
-void RegisterWindowFunctions(FunctionTable& table) {
+void RegisterWindowFunctions(FunctionTable& table, ScreenUpdates& updates) {
     table.Set<functions::SetWindowAlpha>([](NativeWindow* window, float alpha) {
         return On(window, [=](NativeWindow& given) { given.SetAlpha(alpha); });
     });
@@ -41,6 +40,14 @@ void RegisterWindowFunctions(FunctionTable& table) {
     // Nobody passes bounds: the panel may be dragged anywhere.
     table.Set<functions::DragWindow>([](NativeWindow* window, Point start, const Rect*) {
         On(window, [=](NativeWindow& given) { given.BeginDrag(start); });
+    });
+    table.Set<functions::DisableScreenUpdates>([&updates] {
+        updates.Disable();
+        return success;
+    });
+    table.Set<functions::EnableScreenUpdates>([&updates] {
+        updates.Enable();
+        return success;
     });
 }
 

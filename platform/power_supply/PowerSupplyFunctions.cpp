@@ -1,6 +1,5 @@
-#include "platform/power_supply/PowerSupplyFunctions.h"
-
 #include "platform/functions/Functions.h"
+#include "platform/functions/LinuxFunctions.h"
 
 #include <string>
 #include <utility>

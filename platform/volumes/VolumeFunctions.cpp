@@ -1,7 +1,7 @@
-#include "platform/volumes/VolumeFunctions.h"
-
 #include "platform/CDeleter.h"
 #include "platform/functions/Functions.h"
+#include "platform/functions/LinuxFunctions.h"
+#include "platform/text/PlainText.h"
 #include "platform/volumes/FileReferences.h"
 #include "platform/volumes/Volumes.h"
 
@@ -26,14 +26,6 @@ constexpr std::int32_t badArgument = -50;
 constexpr std::size_t fileCountOffset = 32;
 
 using Text = CPointer<char, g_free>;
-using WideText = CPointer<gunichar2, g_free>;
-
-std::u16string ToUtf16(const std::string& text) {
-    const Text valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
-    glong length = 0;
-    const WideText wide(g_utf8_to_utf16(valid.get(), -1, nullptr, &length, nullptr));
-    return {wide.get(), wide.get() + length};
-}
 
 /// A name of a single entry of a folder; nothing for a text that can't be one.
 std::optional<std::string> EntryName(const char16_t* name, std::uint32_t length) {

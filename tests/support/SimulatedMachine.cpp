@@ -1,11 +1,8 @@
 #include "tests/support/SimulatedMachine.h"
 
 #include "framework/files/FolderItem.h"
-#include "platform/functions/CoreFoundationFunctions.h"
 #include "platform/functions/Functions.h"
-#include "platform/functions/TextFunctions.h"
-#include "platform/functions/WindowFunctions.h"
-#include "platform/volumes/VolumeFunctions.h"
+#include "platform/functions/LinuxFunctions.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -114,8 +111,7 @@ std::string SimulatedMachine::ReadFile(const std::string& path) const {
 }
 
 void SimulatedMachine::FillFunctions() {
-    platform::RegisterScreenUpdates(functions, screenUpdates);
-    platform::RegisterWindowFunctions(functions);
+    platform::RegisterWindowFunctions(functions, screenUpdates);
     platform::RegisterTextFunctions(functions);
     processes.Register(functions);
     FillIdentityFunctions();

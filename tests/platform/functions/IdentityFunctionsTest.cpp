@@ -1,6 +1,5 @@
-#include "platform/functions/IdentityFunctions.h"
-
 #include "platform/functions/Functions.h"
+#include "platform/functions/LinuxFunctions.h"
 
 #include <gtest/gtest.h>
 

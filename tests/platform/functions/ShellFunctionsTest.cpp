@@ -1,6 +1,5 @@
-#include "platform/functions/ShellFunctions.h"
-
 #include "platform/functions/Functions.h"
+#include "platform/functions/LinuxFunctions.h"
 #include "platform/loop/SignalSource.h"
 
 #include <gtest/gtest.h>
