@@ -65,24 +65,11 @@ bool ReadIsRestart(sd_bus_message& message) {
 
 LoginManager::LoginManager(std::chrono::milliseconds retryAfter,
                            std::function<void(std::uint32_t message)> deliver)
-    : deliver_(std::move(deliver)),
-      connection_(SystemBusAddress, retryAfter, *this),
-      inhibitors_{Inhibitor(connection_, BlockLock("sleep")),
-                  Inhibitor(connection_, BlockLock("shutdown"))} {}
-
-void LoginManager::Want(const std::string& why) {
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Want(why);
-}
-
-void LoginManager::Forgo() {
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Forgo();
-}
+    : InhibitingServices(SystemBusAddress, retryAfter, BlockLock("sleep"), BlockLock("shutdown")),
+      deliver_(std::move(deliver)) {}
 
 void LoginManager::Began() {
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Began();
+    InhibitingServices::Began();
     for (const char* member : {sleepSignal, shutdownSignal, kindSignal})
         connection_.AskBus("AddMatch", std::string("type='signal',sender='") + manager.name +
                                            "',path='" + manager.path + "',interface='" +
@@ -91,13 +78,11 @@ void LoginManager::Began() {
 
 void LoginManager::Lost() {
     isShutdownAnnounced_ = false;
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Lost();
+    InhibitingServices::Lost();
 }
 
 void LoginManager::Received(sd_bus_message& message, EventQueue& queue) {
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Received(message);
+    InhibitingServices::Received(message, queue);
     // Any user may send such a signal to this process alone.
     if (inhibitors_[0].IsFromOwner(message))
         TakeSignal(message, queue);

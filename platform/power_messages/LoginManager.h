@@ -1,8 +1,7 @@
 #pragma once
 
-#include "platform/power_messages/Inhibitor.h"
+#include "platform/power_messages/InhibitingServices.h"
 
-#include <array>
 #include <cstdint>
 #include <functional>
 
@@ -10,18 +9,14 @@ namespace kqu::platform {
 
 /// systemd's login manager on the system bus, by its D-Bus interface
 /// org.freedesktop.login1.Manager: its block locks on sleep and on shutdown, and its announcements
-/// as power messages. Nothing waits for it and nothing starts it.
-class LoginManager final : private BusConnection::Client {
+/// as power messages. It is asked for each lock by itself: a request for both at once is judged by
+/// polkit under an action that has to do with neither.
+class LoginManager final : public InhibitingServices {
   public:
     /// `deliver` is called from the event loop with each power message. It must outlive the loop's
     /// deliveries.
     LoginManager(std::chrono::milliseconds retryAfter,
                  std::function<void(std::uint32_t message)> deliver);
-
-    [[nodiscard]] BusConnection& Connection() { return connection_; }
-
-    void Want(const std::string& why);
-    void Forgo();
 
   private:
     void Began() override;
@@ -33,10 +28,6 @@ class LoginManager final : private BusConnection::Client {
     void Deliver(std::uint32_t message, EventQueue& queue) const;
 
     std::function<void(std::uint32_t message)> deliver_;
-    BusConnection connection_;
-    /// One for sleep and one for shutdown: a request for both at once is judged by polkit under an
-    /// action that has to do with neither.
-    std::array<Inhibitor, 2> inhibitors_;
     /// Set while a shutdown is under way and has been announced.
     bool isShutdownAnnounced_ = false;
 };

@@ -43,35 +43,9 @@ int WriteForPowerManager(sd_bus_message& call, const char* why) {
 } // namespace
 
 SessionServices::SessionServices(std::chrono::milliseconds retryAfter)
-    : connection_(SessionBusAddress, retryAfter, *this),
-      inhibitors_{Inhibitor(connection_, {sessionManager, WriteForSessionManager,
-                                          ReadCookie(sessionManager, "Uninhibit")}),
-                  Inhibitor(connection_, {powerManager, WriteForPowerManager,
-                                          ReadCookie(powerManager, "UnInhibit")})} {}
-
-void SessionServices::Want(const std::string& why) {
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Want(why);
-}
-
-void SessionServices::Forgo() {
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Forgo();
-}
-
-void SessionServices::Began() {
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Began();
-}
-
-void SessionServices::Received(sd_bus_message& message, EventQueue& /*queue*/) {
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Received(message);
-}
-
-void SessionServices::Lost() {
-    for (Inhibitor& inhibitor : inhibitors_)
-        inhibitor.Lost();
-}
+    : InhibitingServices(
+          SessionBusAddress, retryAfter,
+          {sessionManager, WriteForSessionManager, ReadCookie(sessionManager, "Uninhibit")},
+          {powerManager, WriteForPowerManager, ReadCookie(powerManager, "UnInhibit")}) {}
 
 } // namespace kqu::platform
