@@ -1,6 +1,6 @@
 #include "bench/Allocations.h"
 #include "framework/corefoundation/CFDictionary.h"
-#include "framework/corefoundation/CFString.h"
+#include "framework/corefoundation/CFValues.h"
 #include "tests/support/SimulatedMachine.h"
 
 #include <benchmark/benchmark.h>

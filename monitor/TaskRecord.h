@@ -1,7 +1,7 @@
 #pragma once
 
 #include "framework/corefoundation/CFDictionary.h"
-#include "framework/corefoundation/CFString.h"
+#include "framework/corefoundation/CFValues.h"
 #include "framework/values/Dictionary.h"
 
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFObject.h"
-#include "framework/corefoundation/CFString.h"
+#include "framework/corefoundation/CFValues.h"
 #include "framework/events/NotificationCenter.h"
 #include "framework/events/Timer.h"
 #include "framework/ui/Canvas.h"

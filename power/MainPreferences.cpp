@@ -1,8 +1,6 @@
-#include "framework/corefoundation/CFBoolean.h"
-#include "framework/corefoundation/CFData.h"
 #include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFPropertyList.h"
-#include "framework/files/BinaryStream.h"
+#include "framework/corefoundation/CFValues.h"
 #include "framework/files/FolderItem.h"
 #include "shell/Module1.h"
 
@@ -16,27 +14,14 @@ void ReadSwitch(const CFDictionary& preferences, const char* key, bool& setting)
     if (preferences.ContainsKey(key))
         setting = CFCast<CFBoolean>(preferences.Value(key))->Value();
 }
-
-/// The property list in the suite's preference file; nil if there is none that can be read.
-Ref<CFObject> ReadPreferences() {
-    const Ref<FolderItem> file = GetFolderItem(preferencesPath, PathForm::Absolute);
-    if (!file || !file->Exists())
-        return nullptr;
-    const Ref<BinaryStream> stream = file->OpenAsBinaryFile();
-    if (!stream)
-        return nullptr;
-    const Ref<CFData> data = CFData::Make(stream->Read(stream->Length()));
-    Ref<CFObject> list = CFPropertyListParse(*data);
-    stream->Close();
-    return list;
-}
 } // namespace
 
 void Module1Globals::GetMainAppPrefsWithShell() {
     SleepOnAC = false;
     SleepOnBatt = true;
     PreventScheduleOnBatt = true;
-    const Ref<CFObject> list = ReadPreferences();
+    const Ref<FolderItem> file = GetFolderItem(preferencesPath, PathForm::Absolute);
+    const Ref<CFObject> list = file ? CFPropertyListOf(*file) : nullptr;
     if (!list)
         return;
     // A top level or a switch of another kind raises, which ends the start and the program.

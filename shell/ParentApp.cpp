@@ -1,9 +1,5 @@
-#include "framework/corefoundation/CFBundle.h"
-#include "framework/corefoundation/CFString.h"
-#include "framework/corefoundation/CFURL.h"
 #include "framework/files/FileDescriptor.h"
 #include "framework/files/FolderItem.h"
-#include "framework/files/SpecialFolder.h"
 #include "framework/values/Text.h"
 #include "shell/App.h"
 #include "shell/Module1.h"
@@ -43,20 +39,6 @@ void App::GetParentApp() {
     if (text.empty() || !Contains(text, parentKey))
         return;
     Module1.ParentIsMarlstone = NamesAnotherFamily(ParentLocation(text));
-}
-
-std::string App::GetPlistValueForKey(const std::string& key) {
-    const std::string none = "nil";
-    const Ref<FolderItem> folder = BundleFolder();
-    const Ref<CFURL> url = folder ? CFURL::FromFolderItem(folder) : nullptr;
-    const Ref<CFBundle> bundle = url ? CFBundle::FromURL(url) : nullptr;
-    const Ref<CFDictionary> info = bundle ? bundle->InfoDictionary() : nullptr;
-    if (!info || !info->ContainsKey(key))
-        return none;
-    const Ref<CFObject> value = info->Value(key);
-    if (!value || value->TypeID() != CFTypeID::String)
-        return none;
-    return CFCast<CFString>(value)->Text();
 }
 
 } // namespace kqu

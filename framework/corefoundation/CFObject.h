@@ -6,7 +6,7 @@
 namespace kqu {
 
 /// Which kind of value an object of the notifications and property lists is.
-enum class CFTypeID { String, Boolean, Number, Data, Dictionary, Array, Url, Bundle, Other };
+enum class CFTypeID { String, Boolean, Number, Dictionary, Other };
 
 /// A value of a notification or a property list. Immutable once it is made.
 class CFObject : public Object {

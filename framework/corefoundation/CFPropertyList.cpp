@@ -1,17 +1,15 @@
 #include "framework/corefoundation/CFPropertyList.h"
 
-#include "framework/corefoundation/BinaryListForm.h"
-#include "framework/corefoundation/CFBoolean.h"
+#include "framework/corefoundation/BinaryListBounds.h"
 #include "framework/corefoundation/CFDictionary.h"
-#include "framework/corefoundation/CFNumber.h"
-#include "framework/corefoundation/CFOther.h"
-#include "framework/corefoundation/CFString.h"
-#include "framework/corefoundation/XmlListForm.h"
+#include "framework/corefoundation/CFValues.h"
+#include "framework/corefoundation/XmlPropertyList.h"
+#include "framework/files/BinaryStream.h"
+#include "framework/files/FolderItem.h"
 #include "platform/CDeleter.h"
 
 #include <plist/plist.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -21,11 +19,6 @@
 namespace kqu {
 
 namespace {
-/// The library does not expect one.
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-/// In bytes. Padding costs no more than its reading, but the library counts in 32 bits.
-constexpr std::size_t largestList = std::size_t{256} << 20U;
-
 using Node = std::unique_ptr<void, platform::CDeleter<plist_free>>;
 using CText = std::unique_ptr<char, platform::CDeleter<std::free>>;
 
@@ -87,22 +80,25 @@ Ref<CFObject> ToObject(plist_t node) {
 }
 } // namespace
 
-Ref<CFObject> CFPropertyListParse(const CFData& data) {
-    std::string_view bytes = data.Bytes();
+Ref<CFObject> CFPropertyListParse(std::string_view bytes) {
+    // The XML parser does not expect a byte order mark.
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (bytes.starts_with(byteOrderMark))
         bytes.remove_prefix(byteOrderMark.size());
-    if (bytes.size() > largestList)
+    if (bytes.size() > longestFile)
         return nullptr;
+    if (!bytes.starts_with("bplist"))
+        return ReadXmlPropertyList(bytes);
     plist_t parsed = nullptr;
-    const auto length = static_cast<std::uint32_t>(bytes.size());
-    if (IsBinaryPropertyList(bytes)) {
-        if (IsBoundedBinaryList(bytes))
-            plist_from_bin(bytes.data(), length, &parsed);
-    } else if (IsWholeXmlList(bytes)) {
-        plist_from_xml(bytes.data(), length, &parsed);
-    }
+    if (IsBoundedBinaryList(bytes))
+        plist_from_bin(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &parsed);
     const Node owned(parsed);
     return parsed != nullptr ? ToObject(parsed) : nullptr;
+}
+
+Ref<CFObject> CFPropertyListOf(const FolderItem& file) {
+    const Ref<BinaryStream> stream = file.OpenAsBinaryFile();
+    return stream ? CFPropertyListParse(stream->Read(stream->Length())) : nullptr;
 }
 
 } // namespace kqu

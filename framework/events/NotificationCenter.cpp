@@ -1,9 +1,7 @@
 #include "framework/events/NotificationCenter.h"
 
 #include "framework/Runtime.h"
-#include "framework/corefoundation/CFBoolean.h"
-#include "framework/corefoundation/CFNumber.h"
-#include "framework/corefoundation/CFOther.h"
+#include "framework/corefoundation/CFValues.h"
 
 #include <memory>
 #include <utility>

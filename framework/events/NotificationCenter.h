@@ -2,7 +2,7 @@
 
 #include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFObject.h"
-#include "framework/corefoundation/CFString.h"
+#include "framework/corefoundation/CFValues.h"
 #include "framework/ui/InvisibleControl.h"
 #include "framework/values/Object.h"
 #include "platform/interfaces/NotificationCentre.h"

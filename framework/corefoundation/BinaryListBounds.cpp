@@ -1,6 +1,4 @@
-#include "framework/corefoundation/BinaryListForm.h"
-
-#include "framework/corefoundation/PropertyListBounds.h"
+#include "framework/corefoundation/BinaryListBounds.h"
 
 #include <cstdint>
 #include <optional>
@@ -16,18 +14,16 @@ constexpr std::uint64_t topPlace = 16;
 constexpr std::uint64_t tablePlace = 24;
 constexpr std::uint64_t wide = 8;
 
-// The upper half of a value's first byte tells its kind, the lower half its length, unless that
-// stands behind it as a number.
-enum Kind : unsigned {
-    Number = 1,
-    Data = 4,
-    Ascii = 5,
-    Utf16 = 6,
-    Array = 10,
-    Set = 12,
-    Dict = 13
-};
+// The upper half of a value's first byte is its kind, the lower half its length, unless that stands
+// behind it as a number.
+enum Kind : unsigned { Number = 1, Data = 4, Ascii, Utf16, Array = 10, Set = 12, Dict };
 constexpr unsigned longForm = 15;
+
+/// Containers in one another; a preference file has a handful.
+constexpr int deepestList = 200;
+/// What a list may take in bytes, with so many for each value besides its content.
+constexpr std::uint64_t mostBytes = std::uint64_t{1} << 22U;
+constexpr std::uint64_t bytesPerValue = 64;
 
 /// Writes the list out value by value, as the library will, and gives up beyond the bounds.
 class BinaryWalk {
@@ -89,7 +85,7 @@ class BinaryWalk {
 
     bool Visit(std::uint64_t object, int depth) {
         const auto start = Place(object);
-        if (!start || ++values_ > mostListValues || depth > deepestList)
+        if (!start || !Spend(bytesPerValue) || depth > deepestList)
             return false;
         std::uint64_t place = *start;
         switch (Byte(place) >> 4U) {
@@ -118,9 +114,10 @@ class BinaryWalk {
         for (std::uint64_t i = 0; isText && i < *length; ++i)
             if (NumberAt(place + i * unit, unit) == 0U)
                 return false;
-        work_ += *length * unit;
-        return work_ <= mostListWork;
+        return Spend(*length * unit);
     }
+
+    bool Spend(std::uint64_t bytes) { return (spent_ += bytes) <= mostBytes; }
 
     bool VisitAll(std::uint64_t place, std::uint64_t perEntry, int depth) {
         const auto entries = Length(place);
@@ -138,14 +135,9 @@ class BinaryWalk {
     std::uint64_t offsetSize_ = 0;
     std::uint64_t referenceSize_ = 0;
     std::uint64_t table_ = 0;
-    int values_ = 0;
-    std::uint64_t work_ = 0;
+    std::uint64_t spent_ = 0;
 };
 } // namespace
-
-bool IsBinaryPropertyList(std::string_view bytes) {
-    return bytes.starts_with("bplist");
-}
 
 bool IsBoundedBinaryList(std::string_view bytes) {
     return BinaryWalk(bytes).IsBounded();
