@@ -2,6 +2,7 @@
 #include "framework/ui/Graphics.h"
 #include "framework/ui/Picture.h"
 #include "framework/ui/System.h"
+#include "panel/Pictures.h"
 #include "panel/Window1.h"
 
 namespace kqu {
@@ -28,6 +29,8 @@ void Window1::Canvas1_MouseUp(int /*x*/, int /*y*/) {
 void Window1::Canvas1_Paint(Graphics& g) {
     g.SetForeColor(thedragcolor);
     g.FillRect(0, 0, Canvas1->Width(), Canvas1->Height());
+    if (MyDragPict && !IsOfPresentScale(MyDragPict))
+        MakeGripPicture();
     if (MyDragPict)
         g.DrawPicture(*MyDragPict, Canvas1->Width() - 1 - MyDragPict->Width(),
                       Canvas1->Height() - 1 - MyDragPict->Height());

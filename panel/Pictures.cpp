@@ -33,6 +33,10 @@ Ref<Picture> LoadedWithMask(int id, Ref<Picture> (*partner)()) {
 }
 } // namespace
 
+bool IsOfPresentScale(const Ref<Picture>& kept) {
+    return kept && kept->Scale() == ResourceFork::Scale();
+}
+
 Ref<Picture> Grow() {
     return Loaded(168);
 }

@@ -8,6 +8,10 @@ namespace kqu {
 // The artwork of the panel. Each picture is loaded at its first use, together with its mask where
 // it has one, and is the same object from then on; nil if it is missing.
 
+/// Whether a picture that is kept has the pixels that the device scale takes by now; else it is to
+/// be made anew.
+[[nodiscard]] bool IsOfPresentScale(const Ref<Picture>& kept);
+
 /// The stencil of the grip.
 Ref<Picture> Grow();
 

@@ -106,7 +106,7 @@ void DrawTicks(Picture& bar, const Picture& tick, std::int32_t width) {
 }
 
 bool IsOfWidth(const Ref<Picture>& strip, std::int32_t width) {
-    return strip && strip->Width() == width;
+    return IsOfPresentScale(strip) && strip->Width() == width;
 }
 } // namespace
 
@@ -117,7 +117,7 @@ void MyEventList::ListProgress(std::int32_t width, double value, double maximum,
     FillWhite(bar->Graphics(), *bar);
     FillWhite(MaskOf(*bar), *bar);
     const Slice slice(height);
-    if (!ProgressSep)
+    if (!IsOfPresentScale(ProgressSep))
         ProgressSep = BuildTick(height);
     // The two tests differ on purpose: below -1.0 there is a track without fill and ticks.
     if (value != hiddenBar) {
