@@ -2,9 +2,8 @@
 
 #include "platform/QuietErrors.h"
 
-#include <bit>
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <utility>
 
@@ -19,16 +18,6 @@ const xcb_screen_t* ScreenOfNumber(xcb_connection_t* connection, int number) {
     while (screen.rem > 1 && number-- > 0)
         xcb_screen_next(&screen);
     return screen.data;
-}
-
-const xcb_visualtype_t* TrueColourVisual(const xcb_depth_t* depth,
-                                         std::optional<xcb_visualid_t> wanted) {
-    for (auto visual = xcb_depth_visuals_iterator(depth); visual.rem > 0;
-         xcb_visualtype_next(&visual))
-        if (visual.data->_class == XCB_VISUAL_CLASS_TRUE_COLOR &&
-            (!wanted || visual.data->visual_id == *wanted))
-            return visual.data;
-    return nullptr;
 }
 
 /// A display that refuses us has the library print why; whether there is a display is ours to tell.
@@ -51,15 +40,10 @@ std::unique_ptr<Display> Display::Open() {
     return display->format_ && display->format_->IsUsable() ? std::move(display) : nullptr;
 }
 
-Display::Display(Connected connection, int screenNumber) : connection_(std::move(connection)) {
-    xcb_prefetch_maximum_request_length(Connection());
-    screen_ = ScreenOfNumber(Connection(), screenNumber);
-    atoms_.emplace(Connection());
-    const xcb_visualtype_t* const visual = ChooseVisual();
-    if (visual == nullptr)
-        return;
-    format_.emplace(*xcb_get_setup(Connection()), depth_, *visual);
-    visual_ = visual->visual_id;
+Display::Display(Connected connection, int screenNumber)
+    : connection_(std::move(connection)), screen_(ScreenOfNumber(Connection(), screenNumber)) {
+    InternAtoms();
+    ChooseVisual();
     colormap_ = screen_->default_colormap;
     if (visual_ != screen_->root_visual) {
         colormap_ = xcb_generate_id(Connection());
@@ -67,40 +51,40 @@ Display::Display(Connected connection, int screenNumber) : connection_(std::move
     }
 }
 
-const xcb_visualtype_t* Display::ChooseVisual() {
+void Display::ChooseVisual() {
     // The root's own if its pixels carry their colours, else any of at most 24 bits that do. More
     // than 24 bits would make the window see-through under a compositor.
-    const xcb_visualtype_t* other = nullptr;
     for (auto depth = xcb_screen_allowed_depths_iterator(screen_); depth.rem > 0;
-         xcb_depth_next(&depth)) {
-        if (const auto* roots = TrueColourVisual(depth.data, screen_->root_visual)) {
-            depth_ = depth.data->depth;
-            return roots;
+         xcb_depth_next(&depth))
+        for (auto visual = xcb_depth_visuals_iterator(depth.data); visual.rem > 0;
+             xcb_visualtype_next(&visual)) {
+            const bool isRoots = visual.data->visual_id == screen_->root_visual;
+            const bool isBetter = depth.data->depth <= 24 && visual_ != screen_->root_visual &&
+                                  (!format_ || depth.data->depth > format_->depth);
+            if (visual.data->_class != XCB_VISUAL_CLASS_TRUE_COLOR || (!isRoots && !isBetter))
+                continue;
+            format_.emplace(*xcb_get_setup(Connection()), depth.data->depth, *visual.data);
+            visual_ = visual.data->visual_id;
         }
-        const auto* any = TrueColourVisual(depth.data, std::nullopt);
-        if (any != nullptr && depth.data->depth <= 24 && depth.data->depth > depth_) {
-            other = any;
-            depth_ = depth.data->depth;
-        }
+}
+
+void Display::InternAtoms() {
+    // All in one round trip.
+    std::array<xcb_intern_atom_cookie_t, atomNames.size()> cookies{};
+    std::transform(atomNames.begin(), atomNames.end(), cookies.begin(), [this](auto name) {
+        return xcb_intern_atom(Connection(), 0, static_cast<std::uint16_t>(name.size()),
+                               name.data());
+    });
+    for (std::size_t index = 0; index < atomNames.size(); ++index) {
+        const CPointer<xcb_intern_atom_reply_t, std::free> reply(
+            xcb_intern_atom_reply(Connection(), cookies[index], nullptr));
+        atoms_[index] = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
     }
-    return other;
 }
 
-bool Display::IsLost() const {
-    return xcb_connection_has_error(Connection()) != 0;
-}
-
-void Display::Flush() const {
-    xcb_flush(Connection());
-}
-
-std::size_t Display::LongestRequest() const {
-    return std::size_t{xcb_get_maximum_request_length(Connection())} * sizeof(std::uint32_t);
-}
-
-void Display::SetWords(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+void Display::SetWords(xcb_window_t window, AtomName property, xcb_atom_t type,
                        std::span<const std::uint32_t> words) const {
-    xcb_change_property(Connection(), XCB_PROP_MODE_REPLACE, window, property, type, 32,
+    xcb_change_property(Connection(), XCB_PROP_MODE_REPLACE, window, Atom(property), type, 32,
                         static_cast<std::uint32_t>(words.size()), words.data());
 }
 
@@ -110,38 +94,25 @@ void Display::SetText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
                         static_cast<std::uint32_t>(text.size()), text.data());
 }
 
-void Display::DeleteProperty(xcb_window_t window, xcb_atom_t property) const {
-    xcb_delete_property(Connection(), window, property);
+unsigned int Display::AskForWords(xcb_window_t window, AtomName property, xcb_atom_t type) const {
+    return xcb_get_property(Connection(), 0, window, Atom(property), type, 0, mostWords).sequence;
 }
 
-xcb_get_property_cookie_t Display::AskForWords(xcb_window_t window, xcb_atom_t property,
-                                               xcb_atom_t type) const {
-    return xcb_get_property(Connection(), 0, window, property, type, 0, mostWords);
-}
-
-std::vector<std::uint32_t> Display::WordsOf(const xcb_get_property_reply_t* reply,
-                                            xcb_atom_t type) {
-    if (reply == nullptr || reply->type != type || reply->format != 32)
+std::vector<std::uint32_t> Display::WordsOf(const void* reply, xcb_atom_t type) {
+    const auto* property = static_cast<const xcb_get_property_reply_t*>(reply);
+    if (property == nullptr || property->type != type || property->format != 32)
         return {};
-    std::vector<std::uint32_t> words(reply->value_len);
-    if (!words.empty())
-        std::memcpy(words.data(), xcb_get_property_value(reply), words.size() * sizeof words[0]);
-    return words;
+    const auto* words = static_cast<const std::uint32_t*>(xcb_get_property_value(property));
+    return {words, words + property->value_len};
 }
 
 void Display::SendToManager(xcb_window_t window, AtomName type,
                             const std::array<std::uint32_t, 5>& words) const {
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = window;
-    message.type = Atom(type);
-    std::memcpy(message.data.data32, words.data(), sizeof message.data.data32);
-    static_assert(sizeof message == 32);
-    const auto bytes = std::bit_cast<std::array<char, sizeof message>>(message);
+    xcb_client_message_event_t message{XCB_CLIENT_MESSAGE, 32, 0, window, Atom(type), {}};
+    std::copy(words.begin(), words.end(), message.data.data32);
     xcb_send_event(Connection(), 0, Root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                   bytes.data());
+                   reinterpret_cast<const char*>(&message));
 }
 
 } // namespace kqu::platform

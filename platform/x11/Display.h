@@ -26,29 +26,26 @@ class Display {
     [[nodiscard]] static std::unique_ptr<Display> Open();
 
     [[nodiscard]] xcb_connection_t* Connection() const { return connection_.get(); }
-    [[nodiscard]] bool IsLost() const;
-    void Flush() const;
+    [[nodiscard]] bool IsLost() const { return xcb_connection_has_error(Connection()) != 0; }
+    void Flush() const { xcb_flush(Connection()); }
 
     [[nodiscard]] const xcb_screen_t& Screen() const { return *screen_; }
     [[nodiscard]] xcb_window_t Root() const { return screen_->root; }
     [[nodiscard]] xcb_visualid_t Visual() const { return visual_; }
     [[nodiscard]] xcb_colormap_t Colormap() const { return colormap_; }
     [[nodiscard]] const PixelFormat& Format() const { return *format_; }
-    [[nodiscard]] xcb_atom_t Atom(AtomName name) const { return (*atoms_)[name]; }
-    /// The most bytes that one request may have.
-    [[nodiscard]] std::size_t LongestRequest() const;
+    [[nodiscard]] xcb_atom_t Atom(AtomName name) const { return atoms_[name.index]; }
 
-    void SetWords(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+    /// Set a property of 32-bit items, or of bytes.
+    void SetWords(xcb_window_t window, AtomName property, xcb_atom_t type,
                   std::span<const std::uint32_t> words) const;
     void SetText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
                  std::string_view text) const;
-    void DeleteProperty(xcb_window_t window, xcb_atom_t property) const;
-    /// Asks for a property of 32-bit items.
-    [[nodiscard]] xcb_get_property_cookie_t AskForWords(xcb_window_t window, xcb_atom_t property,
-                                                        xcb_atom_t type) const;
+    /// Asks for a property of 32-bit items; the question's sequence number.
+    [[nodiscard]] unsigned int AskForWords(xcb_window_t window, AtomName property,
+                                           xcb_atom_t type) const;
     /// The items that an answer holds; nothing if there is none or it is of another type.
-    [[nodiscard]] static std::vector<std::uint32_t> WordsOf(const xcb_get_property_reply_t* reply,
-                                                            xcb_atom_t type);
+    [[nodiscard]] static std::vector<std::uint32_t> WordsOf(const void* reply, xcb_atom_t type);
     /// Sends a client message on `window` to whoever manages the root window, as EWMH has it.
     void SendToManager(xcb_window_t window, AtomName type,
                        const std::array<std::uint32_t, 5>& words) const;
@@ -57,13 +54,13 @@ class Display {
     using Connected = CPointer<xcb_connection_t, xcb_disconnect>;
 
     Display(Connected connection, int screenNumber);
-    [[nodiscard]] const xcb_visualtype_t* ChooseVisual();
+    void ChooseVisual();
+    void InternAtoms();
 
     Connected connection_;
     const xcb_screen_t* screen_ = nullptr;
-    std::optional<Atoms> atoms_;
+    std::array<xcb_atom_t, atomNames.size()> atoms_{};
     std::optional<PixelFormat> format_;
-    std::uint8_t depth_ = 0;
     xcb_visualid_t visual_ = 0;
     xcb_colormap_t colormap_ = 0;
 };

@@ -12,19 +12,9 @@ namespace {
 using Surface = CPointer<cairo_surface_t, cairo_surface_destroy>;
 using Cairo = CPointer<cairo_t, cairo_destroy>;
 
-constexpr int bytesPerPixel = 4;
-
-/// The frame's size when it is made to fit.
-Size Fitted(const Frame& frame, int side) {
-    const int longest = std::max({frame.width, frame.height, side});
-    return {std::max(1, frame.width * side / longest), std::max(1, frame.height * side / longest)};
-}
-
-Surface SurfaceOf(const Frame& frame) {
-    // Cairo takes no constant pixels; as a source it only reads them.
-    auto* pixels = reinterpret_cast<unsigned char*>(const_cast<std::uint32_t*>(frame.pixels));
-    return Surface(cairo_image_surface_create_for_data(pixels, CAIRO_FORMAT_RGB24, frame.width,
-                                                       frame.height, frame.stride * bytesPerPixel));
+Surface SurfaceOf(std::uint32_t* pixels, cairo_format_t format, int width, int height, int stride) {
+    return Surface(cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(pixels),
+                                                       format, width, height, 4 * stride));
 }
 } // namespace
 
@@ -34,11 +24,13 @@ std::vector<std::uint32_t> ScaledIcon(const Frame& frame, int side) {
     icon[0] = icon[1] = static_cast<std::uint32_t>(side);
     if (frame.width <= 0 || frame.height <= 0)
         return icon;
-    const Size size = Fitted(frame, side);
-    const Surface source = SurfaceOf(frame);
-    const Surface target(
-        cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(icon.data() + 2),
-                                            CAIRO_FORMAT_ARGB32, side, side, side * bytesPerPixel));
+    const int longest = std::max({frame.width, frame.height, side});
+    const Size size{std::max(1, frame.width * side / longest),
+                    std::max(1, frame.height * side / longest)};
+    // Cairo takes no constant pixels; as a source it only reads them.
+    const Surface source = SurfaceOf(const_cast<std::uint32_t*>(frame.pixels), CAIRO_FORMAT_RGB24,
+                                     frame.width, frame.height, frame.stride);
+    const Surface target = SurfaceOf(icon.data() + 2, CAIRO_FORMAT_ARGB32, side, side, side);
     const Cairo cairo(cairo_create(target.get()));
     // Whole pixels: an icon between two of them is blurred.
     const int left = (side - size.width) / 2;

@@ -1,8 +1,5 @@
 #include "platform/x11/Monitors.h"
 
-#include "platform/CDeleter.h"
-
-#include <cstdlib>
 #include <utility>
 
 namespace kqu::platform {
@@ -25,87 +22,67 @@ Monitors::Monitors(const Display& display, Questions& questions, std::function<v
     : display_(display),
       questions_(questions),
       changed_(std::move(changed)),
-      rootSize_{display.Screen().width_in_pixels, display.Screen().height_in_pixels} {
-    Listen();
-    const CPointer<xcb_randr_get_monitors_reply_t, std::free> reply(
-        hasMonitors_ ? xcb_randr_get_monitors_reply(display_.Connection(), Question(), nullptr)
-                     : nullptr);
-    Take(reply.get());
-}
-
-void Monitors::Listen() {
+      monitors_{{0, 0, display.Screen().width_in_pixels, display.Screen().height_in_pixels}},
+      rootSize_(monitors_.front().Extent()) {
     xcb_connection_t* const connection = display_.Connection();
     // The properties are of interest to DesktopScale.
     const std::uint32_t rootEvents =
         XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(connection, display_.Root(), XCB_CW_EVENT_MASK, &rootEvents);
-    const xcb_query_extension_reply_t* const randr =
-        xcb_get_extension_data(connection, &xcb_randr_id);
+    const auto* const randr = xcb_get_extension_data(connection, &xcb_randr_id);
     if (randr == nullptr || randr->present == 0)
         return;
-    const CPointer<xcb_randr_query_version_reply_t, std::free> version(
-        xcb_randr_query_version_reply(connection, xcb_randr_query_version(connection, 1, 5),
-                                      nullptr));
-    if (!version || std::pair(version->major_version, version->minor_version) < std::pair(1U, 5U))
-        return;
-    hasMonitors_ = true;
-    firstEvent_ = randr->first_event;
+    randrEvents_ = randr->first_event;
+    // A server of an older version refuses the question for monitors.
+    xcb_discard_reply(connection, xcb_randr_query_version(connection, 1, 5).sequence);
     xcb_randr_select_input(connection, display_.Root(),
                            XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
                                XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE |
                                XCB_RANDR_NOTIFY_MASK_RESOURCE_CHANGE);
+    Ask();
 }
 
 std::vector<Rect> Monitors::Screens() const {
-    const Point origin = Origin();
     std::vector<Rect> screens = monitors_;
     for (Rect& screen : screens) {
-        screen.x -= origin.x;
-        screen.y -= origin.y;
+        screen.x -= Origin().x;
+        screen.y -= Origin().y;
     }
     return screens;
 }
 
 void Monitors::Handle(const X11Event& event) {
-    if (event.Type() == XCB_CONFIGURE_NOTIFY) {
-        const auto root = event.As<xcb_configure_notify_event_t>();
-        if (root.window != display_.Root())
-            return;
+    const auto root = event.As<xcb_configure_notify_event_t>();
+    if (event.Type() == XCB_CONFIGURE_NOTIFY && root.window == display_.Root())
         rootSize_ = {root.width, root.height};
-    } else if (!hasMonitors_ || (event.Type() != firstEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY &&
-                                 event.Type() != firstEvent_ + XCB_RANDR_NOTIFY)) {
+    else if (!randrEvents_ || (event.Type() != *randrEvents_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY &&
+                               event.Type() != *randrEvents_ + XCB_RANDR_NOTIFY))
         return;
-    }
-    if (hasMonitors_) {
+    if (randrEvents_)
         Ask();
-    } else {
+    else
         Take(nullptr);
-        changed_();
-    }
-}
-
-xcb_randr_get_monitors_cookie_t Monitors::Question() const {
-    return xcb_randr_get_monitors(display_.Connection(), display_.Root(), 1);
 }
 
 void Monitors::Ask() {
     // An answer that is still to come is younger than the event.
     if (std::exchange(isAsked_, true))
         return;
-    questions_.Ask(Question().sequence, [this](const void* reply) {
+    const auto question = xcb_randr_get_monitors(display_.Connection(), display_.Root(), 1);
+    questions_.Ask(question.sequence, [this](const void* reply) {
         isAsked_ = false;
         Take(static_cast<const xcb_randr_get_monitors_reply_t*>(reply));
-        changed_();
     });
 }
 
 void Monitors::Take(const xcb_randr_get_monitors_reply_t* reply) {
     std::vector<Rect> told = reply != nullptr ? MonitorsOf(*reply) : std::vector<Rect>();
+    if (told.empty())
+        told = {{0, 0, rootSize_.width, rootSize_.height}};
     // A server that has gone takes no monitor away.
-    if (!told.empty())
+    if (!display_.IsLost())
         monitors_ = std::move(told);
-    else if (monitors_.empty() || !display_.IsLost())
-        monitors_ = {{0, 0, rootSize_.width, rootSize_.height}};
+    changed_();
 }
 
 } // namespace kqu::platform

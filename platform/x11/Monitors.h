@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 #include <xcb/randr.h>
 
@@ -17,7 +18,8 @@ namespace kqu::platform {
 /// answer is there.
 class Monitors {
   public:
-    /// `changed` is called when there are others.
+    /// Asks; the whole screen is one until the answer is there. `changed` is called when there are
+    /// others.
     Monitors(const Display& display, Questions& questions, std::function<void()> changed);
 
     /// Where the primary monitor's top left is on the root window: the origin of the desktop.
@@ -29,20 +31,18 @@ class Monitors {
     void Handle(const X11Event& event);
 
   private:
-    void Listen();
-    [[nodiscard]] xcb_randr_get_monitors_cookie_t Question() const;
     void Ask();
     void Take(const xcb_randr_get_monitors_reply_t* reply);
 
     const Display& display_;
     Questions& questions_;
     std::function<void()> changed_;
-    bool hasMonitors_ = false;
-    std::uint8_t firstEvent_ = 0;
     bool isAsked_ = false;
-    Size rootSize_;
     /// In the root window's coordinates, the primary one first; never empty.
     std::vector<Rect> monitors_;
+    Size rootSize_;
+    /// The first event of RandR, where the server has it.
+    std::optional<std::uint8_t> randrEvents_;
 };
 
 } // namespace kqu::platform

@@ -6,11 +6,6 @@
 namespace kqu::platform {
 
 namespace {
-constexpr std::uint32_t nativeRed = 0xFF0000;
-constexpr std::uint32_t nativeGreen = 0x00FF00;
-constexpr std::uint32_t nativeBlue = 0x0000FF;
-constexpr bool machineIsMostSignificantFirst = std::endian::native == std::endian::big;
-
 /// A colour of 0 to 255 as the bits of a mask, rounded to the nearest of its steps.
 std::uint32_t Scaled(std::uint32_t colour, std::uint32_t mask) {
     const std::uint64_t highest = mask >> std::countr_zero(mask);
@@ -39,11 +34,6 @@ bool PixelFormat::IsUsable() const {
            redMask != 0 && greenMask != 0 && blueMask != 0;
 }
 
-bool PixelFormat::IsNative() const {
-    return bitsPerPixel == 32 && mostSignificantFirst == machineIsMostSignificantFirst &&
-           redMask == nativeRed && greenMask == nativeGreen && blueMask == nativeBlue;
-}
-
 std::size_t PixelFormat::LineBytes(std::size_t width) const {
     return (width * bitsPerPixel + linePad - 1) / linePad * linePad / 8;
 }
@@ -53,18 +43,20 @@ std::uint32_t PixelFormat::PixelOf(std::uint32_t colour) const {
            Scaled(colour & 0xFF, blueMask);
 }
 
-void PixelFormat::Convert(std::span<const std::uint32_t> pixels, std::span<std::byte> line) const {
-    if (IsNative()) {
-        std::memcpy(line.data(), pixels.data(), pixels.size_bytes());
+void PixelFormat::Convert(std::span<const std::uint32_t> pixels, std::byte* line) const {
+    const bool isNative = bitsPerPixel == 32 && redMask == 0xFF0000 && greenMask == 0x00FF00 &&
+                          blueMask == 0x0000FF &&
+                          mostSignificantFirst == (std::endian::native == std::endian::big);
+    if (isNative) {
+        std::memcpy(line, pixels.data(), pixels.size_bytes());
         return;
     }
     const std::size_t bytes = bitsPerPixel / 8;
-    std::byte* to = line.data();
     for (const std::uint32_t colour : pixels) {
         const std::uint32_t pixel = PixelOf(colour);
         for (std::size_t index = 0; index < bytes; ++index) {
             const std::size_t place = mostSignificantFirst ? bytes - 1 - index : index;
-            *to++ = static_cast<std::byte>(pixel >> (8 * place));
+            *line++ = static_cast<std::byte>(pixel >> (8 * place));
         }
     }
 }

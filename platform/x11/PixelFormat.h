@@ -23,12 +23,10 @@ struct PixelFormat {
 
     /// Whether pixels of 16, 24 or 32 bits can be made.
     [[nodiscard]] bool IsUsable() const;
-    /// Whether a line is made of 0x00RRGGBB words in the machine's byte order, just as it comes.
-    [[nodiscard]] bool IsNative() const;
     /// The bytes of a line, its padding included.
     [[nodiscard]] std::size_t LineBytes(std::size_t width) const;
     /// Writes a line of 0x00RRGGBB pixels; `line` has LineBytes of room.
-    void Convert(std::span<const std::uint32_t> pixels, std::span<std::byte> line) const;
+    void Convert(std::span<const std::uint32_t> pixels, std::byte* line) const;
     /// One 0x00RRGGBB colour as a pixel value of the server.
     [[nodiscard]] std::uint32_t PixelOf(std::uint32_t colour) const;
 };

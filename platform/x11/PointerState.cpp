@@ -21,7 +21,7 @@ Point PointerState::OnRoot() {
 
 bool PointerState::PrimaryButtonDown() {
     Refresh();
-    return buttonDown_;
+    return buttonDown_ && !releaseIsLost_;
 }
 
 bool PointerState::ServerAnswers() {
@@ -56,6 +56,7 @@ bool PointerState::TakeAnswer() {
     if (reply) {
         onRoot_ = {reply->root_x, reply->root_y};
         buttonDown_ = (reply->mask & XCB_KEY_BUT_MASK_BUTTON_1) != 0;
+        releaseIsLost_ = releaseIsLost_ && buttonDown_;
     }
     return true;
 }

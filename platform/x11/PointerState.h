@@ -17,6 +17,9 @@ class PointerState {
     void Forget() { isFresh_ = false; }
     [[nodiscard]] Point OnRoot();
     [[nodiscard]] bool PrimaryButtonDown();
+    /// While `isLost`, the button counts as released whatever the server says, until it says so
+    /// too.
+    void SetReleaseLost(bool isLost) { releaseIsLost_ = isLost; }
     /// Asks anew; false while the server leaves a question unanswered.
     [[nodiscard]] bool ServerAnswers();
 
@@ -30,6 +33,7 @@ class PointerState {
     unsigned int asked_ = 0;
     Point onRoot_;
     bool buttonDown_ = false;
+    bool releaseIsLost_ = false;
 };
 
 } // namespace kqu::platform

@@ -1,5 +1,6 @@
 #include "platform/x11/Questions.h"
 
+#include "platform/CDeleter.h"
 #include "platform/x11/Display.h"
 
 #include <cstdint>
@@ -9,21 +10,26 @@
 
 namespace kqu::platform {
 
-namespace {
-/// Sequence numbers begin anew after the largest one.
-bool IsLater(std::uint32_t one, std::uint32_t other) {
-    return static_cast<std::int32_t>(one - other) > 0;
-}
-} // namespace
-
 void Questions::Ask(unsigned int sequence, Answer answer) {
     asked_.push_back({sequence, std::move(answer), std::nullopt});
     display_.Flush();
 }
 
+void Questions::AwaitAll() {
+    while (!asked_.empty()) {
+        const Asked first = std::move(asked_.front());
+        asked_.pop_front();
+        const CPointer<void, std::free> reply(
+            xcb_wait_for_reply(display_.Connection(), first.sequence, nullptr));
+        first.answer(reply.get());
+    }
+}
+
 void Questions::PostBefore(const X11Event& event, EventQueue& queue) {
-    // An event bears the number of the last request that the server had taken up.
-    while (!asked_.empty() && !IsLater(asked_.front().sequence, event.raw.full_sequence) &&
+    // An event bears the number of the last request that the server had taken up. Numbers begin
+    // anew after the largest one.
+    while (!asked_.empty() &&
+           static_cast<std::int32_t>(asked_.front().sequence - event.raw.full_sequence) <= 0 &&
            TakeIn(asked_.front()))
         PostFirst(queue);
 }
@@ -40,13 +46,11 @@ void Questions::PostAll(EventQueue& queue) {
 }
 
 bool Questions::TakeIn(Asked& question) const {
+    void* reply = nullptr;
     if (question.reply)
         return true;
-    void* reply = nullptr;
-    xcb_generic_error_t* error = nullptr;
-    if (xcb_poll_for_reply(display_.Connection(), question.sequence, &reply, &error) == 0)
+    if (xcb_poll_for_reply(display_.Connection(), question.sequence, &reply, nullptr) == 0)
         return false;
-    std::free(error);
     question.reply.emplace(reply, std::free);
     return true;
 }

@@ -25,6 +25,8 @@ class Questions {
 
     /// Sends what was asked, a request with that sequence number.
     void Ask(unsigned int sequence, Answer answer);
+    /// Waits for the answers to all questions, those asked on the way included, and delivers them.
+    void AwaitAll();
     /// Posts the answers that the server sent before the event, which has been received.
     void PostBefore(const X11Event& event, EventQueue& queue);
     /// Takes in what has been answered by now. Events that are received on the way are left to be
@@ -34,12 +36,11 @@ class Questions {
     void PostAll(EventQueue& queue);
 
   private:
-    using Reply = std::shared_ptr<const void>;
     struct Asked {
         unsigned int sequence;
         Answer answer;
         /// Once it was taken in.
-        std::optional<Reply> reply;
+        std::optional<std::shared_ptr<const void>> reply;
     };
 
     /// False if there is no answer yet.

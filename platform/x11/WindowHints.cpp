@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <span>
 #include <string>
 #include <unistd.h>
-#include <vector>
 #include <xcb/xcb_icccm.h>
 
 namespace kqu::platform {
@@ -24,25 +22,6 @@ constexpr std::uint32_t collapseAttribute = 8;
 /// The desktop of a window that stands on all of them.
 constexpr std::uint32_t allDesktops = 0xFFFFFFFF;
 
-// The Motif hints.
-constexpr std::uint32_t motifFunctionsAndDecorations = 1 | 2;
-constexpr std::uint32_t motifResize = 2;
-constexpr std::uint32_t motifMove = 4;
-constexpr std::uint32_t motifMinimise = 8;
-constexpr std::uint32_t motifMaximise = 16;
-constexpr std::uint32_t motifClose = 32;
-constexpr std::uint32_t motifBorder = 2;
-constexpr std::uint32_t motifResizeHandles = 4;
-constexpr std::uint32_t motifTitle = 8;
-constexpr std::uint32_t motifMenu = 16;
-constexpr std::uint32_t motifMinimiseBox = 32;
-constexpr std::uint32_t motifMaximiseBox = 64;
-
-bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 std::string MachineName() {
     std::array<char, HOST_NAME_MAX + 1> name{};
     if (gethostname(name.data(), name.size() - 1) != 0)
@@ -58,14 +37,11 @@ WindowHints::WindowHints(const Display& display, xcb_window_t window,
 void WindowHints::WriteIdentity() const {
     xcb_icccm_set_wm_class(display_.Connection(), window_,
                            static_cast<std::uint32_t>(windowClass.size()), windowClass.data());
-    const std::string machine = MachineName();
-    display_.SetText(window_, XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, machine);
-    const std::array process{static_cast<std::uint32_t>(getpid())};
-    display_.SetWords(window_, display_.Atom(AtomName::NetWmPid), XCB_ATOM_CARDINAL, process);
+    display_.SetText(window_, XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, MachineName());
+    Write("_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(getpid())});
     // A window without a close box may be closed all the same, by the manager's menu or a pager.
-    const std::array protocols{display_.Atom(AtomName::WmDeleteWindow),
-                               display_.Atom(AtomName::NetWmPing)};
-    display_.SetWords(window_, display_.Atom(AtomName::WmProtocols), XCB_ATOM_ATOM, protocols);
+    Write("WM_PROTOCOLS", XCB_ATOM_ATOM,
+          {display_.Atom("WM_DELETE_WINDOW"), display_.Atom("_NET_WM_PING")});
 }
 
 void WindowHints::WriteWishes(bool iconic) const {
@@ -77,23 +53,27 @@ void WindowHints::WriteWishes(bool iconic) const {
     else
         xcb_icccm_wm_hints_set_normal(&hints);
     xcb_icccm_set_wm_hints(display_.Connection(), window_, &hints);
-
-    const std::array type{
-        display_.Atom(floats ? AtomName::NetWmWindowTypeUtility : AtomName::NetWmWindowTypeNormal)};
-    display_.SetWords(window_, display_.Atom(AtomName::NetWmWindowType), XCB_ATOM_ATOM, type);
+    Write("_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+          {floats ? display_.Atom("_NET_WM_WINDOW_TYPE_UTILITY")
+                  : display_.Atom("_NET_WM_WINDOW_TYPE_NORMAL")});
     if (!floats)
         return;
+    const xcb_atom_t above = display_.Atom("_NET_WM_STATE_ABOVE");
+    const xcb_atom_t sticky = display_.Atom("_NET_WM_STATE_STICKY");
     // A minimised window stands in the taskbar, where the user gets it back.
-    std::vector states{display_.Atom(AtomName::NetWmStateAbove),
-                       display_.Atom(AtomName::NetWmStateSticky)};
-    if (!iconic)
-        states.push_back(display_.Atom(AtomName::NetWmStateSkipTaskbar));
-    display_.SetWords(window_, display_.Atom(AtomName::NetWmState), XCB_ATOM_ATOM, states);
-    display_.SetWords(window_, display_.Atom(AtomName::NetWmDesktop), XCB_ATOM_CARDINAL,
-                      std::array{allDesktops});
+    if (iconic)
+        Write("_NET_WM_STATE", XCB_ATOM_ATOM, {above, sticky});
+    else
+        Write("_NET_WM_STATE", XCB_ATOM_ATOM,
+              {above, sticky, display_.Atom("_NET_WM_STATE_SKIP_TASKBAR")});
+    Write("_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {allDesktops});
     // 0 asks for no focus when the window appears.
-    const std::array<std::uint32_t, 1> userTime{0};
-    display_.SetWords(window_, display_.Atom(AtomName::NetWmUserTime), XCB_ATOM_CARDINAL, userTime);
+    Write("_NET_WM_USER_TIME", XCB_ATOM_CARDINAL, {0});
+}
+
+void WindowHints::Write(AtomName property, xcb_atom_t type,
+                        std::initializer_list<std::uint32_t> words) const {
+    display_.SetWords(window_, property, type, {words.begin(), words.size()});
 }
 
 void WindowHints::WritePlaceAndSize(const Rect& content) const {
@@ -111,48 +91,41 @@ void WindowHints::WritePlaceAndSize(const Rect& content) const {
 }
 
 void WindowHints::WriteTitle(std::string_view title) const {
-    const xcb_atom_t utf8 = display_.Atom(AtomName::Utf8String);
-    const xcb_atom_t plain = IsAscii(title) ? xcb_atom_t{XCB_ATOM_STRING} : utf8;
-    display_.SetText(window_, display_.Atom(AtomName::NetWmName), utf8, title);
-    display_.SetText(window_, display_.Atom(AtomName::NetWmIconName), utf8, title);
-    display_.SetText(window_, XCB_ATOM_WM_NAME, plain, title);
-    display_.SetText(window_, XCB_ATOM_WM_ICON_NAME, plain, title);
+    const xcb_atom_t utf8 = display_.Atom("UTF8_STRING");
+    display_.SetText(window_, display_.Atom("_NET_WM_NAME"), utf8, title);
+    display_.SetText(window_, display_.Atom("_NET_WM_ICON_NAME"), utf8, title);
+    // For managers that know nothing newer.
+    display_.SetText(window_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, title);
+    display_.SetText(window_, XCB_ATOM_WM_ICON_NAME, XCB_ATOM_STRING, title);
 }
 
 void WindowHints::WriteAttributes(std::uint32_t attributes) const {
-    std::uint32_t functions = motifMove;
-    std::uint32_t decorations = motifBorder | motifTitle | motifMenu;
-    if (settings_.resizeable) {
-        functions |= motifResize;
-        decorations |= motifResizeHandles;
-    }
-    if (settings_.closeButton)
-        functions |= motifClose;
-    if (settings_.minimizeButton || (attributes & collapseAttribute) != 0) {
-        functions |= motifMinimise;
-        decorations |= motifMinimiseBox;
-    }
-    if (settings_.maximizeButton || (attributes & zoomAttributes) != 0) {
-        functions |= motifMaximise;
-        decorations |= motifMaximiseBox;
-    }
-    const std::array<std::uint32_t, 5> hints{motifFunctionsAndDecorations, functions, decorations,
-                                             0, 0};
-    const xcb_atom_t motif = display_.Atom(AtomName::MotifWmHints);
-    display_.SetWords(window_, motif, motif, hints);
+    // Move; a border, a title and a menu.
+    std::uint32_t functions = 4;
+    std::uint32_t decorations = 2 | 8 | 16;
+    const auto offer = [&](bool isOffered, std::uint32_t function, std::uint32_t decoration) {
+        functions |= isOffered ? function : 0;
+        decorations |= isOffered ? decoration : 0;
+    };
+    offer(settings_.resizeable, 2, 4);
+    offer(settings_.minimizeButton || (attributes & collapseAttribute) != 0, 8, 32);
+    offer(settings_.maximizeButton || (attributes & zoomAttributes) != 0, 16, 64);
+    offer(settings_.closeButton, 32, 0);
+    // 1 and 2 say that both are given.
+    Write("_MOTIF_WM_HINTS", display_.Atom("_MOTIF_WM_HINTS"),
+          {1 | 2, functions, decorations, 0, 0});
 }
 
 void WindowHints::WriteOpacity(float alpha) const {
-    const xcb_atom_t opacity = display_.Atom(AtomName::NetWmWindowOpacity);
     if (alpha >= 1.0F) {
-        display_.DeleteProperty(window_, opacity);
+        xcb_delete_property(display_.Connection(), window_,
+                            display_.Atom("_NET_WM_WINDOW_OPACITY"));
         return;
     }
     constexpr std::uint32_t opaque = 0xFFFF;
     // Sixteen bits are more than any eye, and both halves of the number get them.
     const auto share = static_cast<std::uint32_t>(std::max(alpha, 0.0F) * float{opaque});
-    const std::array value{share << 16 | share};
-    display_.SetWords(window_, opacity, XCB_ATOM_CARDINAL, value);
+    Write("_NET_WM_WINDOW_OPACITY", XCB_ATOM_CARDINAL, {share << 16 | share});
 }
 
 } // namespace kqu::platform

@@ -4,6 +4,7 @@
 #include "platform/x11/Display.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 
 namespace kqu::platform {
@@ -30,6 +31,10 @@ class WindowHints {
     void WriteOpacity(float alpha) const;
 
   private:
+    /// Sets a property of 32-bit items.
+    void Write(AtomName property, xcb_atom_t type,
+               std::initializer_list<std::uint32_t> words) const;
+
     const Display& display_;
     xcb_window_t window_;
     NativeWindowSettings settings_;

@@ -4,7 +4,6 @@
 #include "platform/x11/Display.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <span>
 #include <vector>
@@ -39,20 +38,11 @@ class WindowSurface {
         int last;
     };
 
-    /// A part of the frame, and where it begins.
-    struct Part {
-        Frame frame;
-        int top;
-    };
-
-    [[nodiscard]] Size Framed(Size extent, NativeWindowOwner& owner) const;
-    void Fill(xcb_pixmap_t pixmap, Size extent) const;
+    [[nodiscard]] Size Framed(NativeWindowOwner& owner) const;
     /// Takes over what differs from the fingerprints; from the first to the last line that did.
     [[nodiscard]] Lines TakeOver(Lines lines, NativeWindowOwner& owner);
-    void Put(const Part& part, Lines lines);
-    /// The lines as the server wants them, valid until the next call.
-    [[nodiscard]] std::span<const std::byte> BytesOf(const Part& part, Lines lines);
-    [[nodiscard]] bool HasChanged(const Part& part, int line);
+    [[nodiscard]] bool HasChanged(std::span<const std::uint32_t> pixels, int line);
+    void PutStrip(Lines lines);
     void DrawAside();
     void MakeBackground();
 
@@ -66,8 +56,9 @@ class WindowSurface {
     Size extent_;
     /// The part of the pixmap that shows the frame, and a fingerprint of each of its lines.
     Size framed_;
-    std::vector<std::optional<std::uint64_t>> fingerprints_;
-    std::vector<std::byte> converted_;
+    std::vector<std::optional<std::size_t>> fingerprints_;
+    /// Lines as the server wants them.
+    std::vector<std::byte> strip_;
 };
 
 } // namespace kqu::platform

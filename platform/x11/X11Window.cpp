@@ -2,6 +2,7 @@
 
 #include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/IconScaling.h"
+#include "platform/x11/PointerState.h"
 #include "platform/x11/X11WindowSystem.h"
 
 #include <algorithm>
@@ -26,10 +27,9 @@ Size Possible(Size size) {
 Rect RectOf(Point at, Size size) {
     return {at.x, at.y, size.width, size.height};
 }
-} // namespace
 
-X11Window::ServerWindow::ServerWindow(const Display& onDisplay, const Rect& onRoot)
-    : display(onDisplay), value(xcb_generate_id(onDisplay.Connection())) {
+xcb_window_t MakeWindow(const Display& display, const Rect& onRoot) {
+    const xcb_window_t window = xcb_generate_id(display.Connection());
     xcb_create_window_value_list_t values{};
     values.background_pixel = display.Format().PixelOf(0xFFFFFF);
     values.border_pixel = 0;
@@ -39,7 +39,7 @@ X11Window::ServerWindow::ServerWindow(const Display& onDisplay, const Rect& onRo
                         XCB_EVENT_MASK_BUTTON_1_MOTION | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
                         XCB_EVENT_MASK_PROPERTY_CHANGE;
     values.colormap = display.Colormap();
-    xcb_create_window_aux(display.Connection(), display.Format().depth, value, display.Root(),
+    xcb_create_window_aux(display.Connection(), display.Format().depth, window, display.Root(),
                           static_cast<std::int16_t>(onRoot.x), static_cast<std::int16_t>(onRoot.y),
                           static_cast<std::uint16_t>(onRoot.width),
                           static_cast<std::uint16_t>(onRoot.height), 0,
@@ -47,12 +47,9 @@ X11Window::ServerWindow::ServerWindow(const Display& onDisplay, const Rect& onRo
                           XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_BIT_GRAVITY |
                               XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
                           &values);
+    return window;
 }
-
-X11Window::ServerWindow::~ServerWindow() {
-    xcb_destroy_window(display.Connection(), value);
-    display.Flush();
-}
+} // namespace
 
 X11Window::X11Window(X11WindowSystem& system, const Display& display,
                      const NativeWindowSettings& settings, NativeWindowOwner& owner)
@@ -60,12 +57,12 @@ X11Window::X11Window(X11WindowSystem& system, const Display& display,
       display_(display),
       owner_(owner),
       settings_(settings),
-      wanted_{settings.content.Origin(), Possible(settings.content.Extent())},
-      id_(display, RectOf(ToRoot(wanted_.onDesktop), wanted_.size * DeviceScale())),
-      hints_(display, id_.value, settings_),
-      surface_(display, id_.value),
-      place_(ToRoot(wanted_.onDesktop)),
-      sizeAsked_(wanted_.size * DeviceScale()),
+      wanted_(RectOf(settings.content.Origin(), Possible(settings.content.Extent()))),
+      id_(MakeWindow(display, RectOf(ToRoot(wanted_.Origin()), wanted_.Extent() * DeviceScale()))),
+      hints_(display, id_, settings_),
+      surface_(display, id_),
+      place_(ToRoot(wanted_.Origin())),
+      sizeAsked_(wanted_.Extent() * DeviceScale()),
       actualSize_(sizeAsked_),
       parent_(display.Root()) {
     hints_.WriteIdentity();
@@ -75,48 +72,35 @@ X11Window::X11Window(X11WindowSystem& system, const Display& display,
 }
 
 X11Window::~X11Window() {
-    system_.Forget(id_.value);
+    system_.windows_.erase(id_);
+    xcb_destroy_window(display_.Connection(), id_);
+    display_.Flush();
 }
 
 void X11Window::Ask(unsigned int sequence, Questions::Answer answer) {
-    system_.Ask(sequence,
-                [alive = std::weak_ptr(alive_), answer = std::move(answer)](const void* reply) {
-                    if (!alive.expired())
-                        answer(reply);
-                });
-}
-
-void X11Window::SetTitle(std::string_view title) {
-    newTitle_ = title;
+    system_.questions_->Ask(
+        sequence, [alive = std::weak_ptr(alive_), answer = std::move(answer)](const void* reply) {
+            if (!alive.expired())
+                answer(reply);
+        });
 }
 
 void X11Window::SetSize(Size size) {
-    wanted_.size = Possible(size);
-}
-
-void X11Window::ChangeAttributes(std::uint32_t set, std::uint32_t clear) {
-    attributes_ = (attributes_ & ~clear) | set;
-}
-
-void X11Window::SetAlpha(float alpha) {
-    alpha_ = alpha;
-}
-
-void X11Window::Present(const Rect& changed) {
-    changed_ = Union(changed_, changed);
+    wanted_ = RectOf(wanted_.Origin(), Possible(size));
 }
 
 void X11Window::Commit() {
     const Moment now = std::chrono::steady_clock::now();
-    wantsToBeUp_ = isShown_ && alpha_ > 0.0F;
-    if (mapping_ == Mapping::Up && !wantsToBeUp_)
+    if (mapping_ == Mapping::Up && !WantsToBeUp())
         Withdraw(now);
     CommitProperties();
-    if (!NeedsPixels() || system_.ServerAnswers()) {
+    // While another client holds the server, what is sent fills the socket, and the program would
+    // wait for the other client.
+    if (!NeedsPixels() || system_.pointer_->ServerAnswers()) {
         CommitGeometry(now);
         CommitContent(now);
         CommitIcon();
-        if (mapping_ == Mapping::Withdrawn && wantsToBeUp_)
+        if (mapping_ == Mapping::Withdrawn && WantsToBeUp())
             Map(now);
     }
     display_.Flush();
@@ -124,58 +108,59 @@ void X11Window::Commit() {
 
 bool X11Window::NeedsPixels() const {
     if (mapping_ != Mapping::Up)
-        return mapping_ == Mapping::Withdrawn && wantsToBeUp_;
+        return mapping_ == Mapping::Withdrawn && WantsToBeUp();
     return !changed_.IsEmpty() || iconWanted_ || repaintAt_ ||
            WantedOnRoot().Extent() != sizeAsked_;
 }
 
 void X11Window::CommitProperties() {
-    if (newTitle_ && *newTitle_ != title_) {
-        title_ = *newTitle_;
+    if (std::exchange(knownTitle_, title_) != title_)
         hints_.WriteTitle(title_);
-    }
-    newTitle_.reset();
     if (std::exchange(knownAttributes_, attributes_) != attributes_)
         hints_.WriteAttributes(attributes_);
     if (std::exchange(knownAlpha_, alpha_) != alpha_)
         hints_.WriteOpacity(alpha_);
 }
 
+void X11Window::RebuildSurface(Size extent) {
+    surface_.Rebuild(extent, owner_);
+    changed_ = {};
+    hasNewContentForIcon_ = true;
+}
+
 void X11Window::CommitContent(Moment now) {
-    if (!changed_.IsEmpty())
-        hasNewContentForIcon_ = true;
     // A window that is not up gets all of its content just before it is mapped.
     if (mapping_ != Mapping::Up)
         return;
-    const Rect logical = std::exchange(changed_, {});
-    const Rect area = RectOf(logical.Origin() * DeviceScale(), logical.Extent() * DeviceScale());
     // A manager may have made the window larger than it asked to be.
     const Size extent{std::max(sizeAsked_.width, actualSize_.width),
                       std::max(sizeAsked_.height, actualSize_.height)};
+    const Size has = surface_.Extent();
     const bool repaints = repaintAt_ && now >= *repaintAt_;
+    const bool grows = has.width < extent.width || has.height < extent.height;
     if (repaints)
         repaintAt_.reset();
-    const Size has = surface_.Extent();
-    if (has.width < extent.width || has.height < extent.height || (repaints && has != extent))
-        surface_.Rebuild(extent, owner_);
-    else if (!repaints) {
-        if (!area.IsEmpty())
-            surface_.Update(area, owner_);
-        return;
+    if (grows || (repaints && has != extent))
+        RebuildSurface(extent);
+    if (const Rect area = std::exchange(changed_, {}); !area.IsEmpty()) {
+        surface_.Update(RectOf(area.Origin() * DeviceScale(), area.Extent() * DeviceScale()),
+                        owner_);
+        hasNewContentForIcon_ = true;
     }
-    surface_.Repaint();
+    if (repaints || grows)
+        surface_.Repaint();
 }
 
 void X11Window::CommitIcon() {
     if (!std::exchange(iconWanted_, false) || !std::exchange(hasNewContentForIcon_, false))
         return;
     const Frame frame = owner_.CurrentFrame(0, owner_.FrameExtent().height);
-    std::vector<std::uint32_t> icons;
+    Words icons;
     for (const int side : iconSides) {
-        const auto icon = ScaledIcon(frame, side);
+        const Words icon = ScaledIcon(frame, side);
         icons.insert(icons.end(), icon.begin(), icon.end());
     }
-    display_.SetWords(id_.value, display_.Atom(AtomName::NetWmIcon), XCB_ATOM_CARDINAL, icons);
+    display_.SetWords(id_, "_NET_WM_ICON", XCB_ATOM_CARDINAL, icons);
 }
 
 } // namespace kqu::platform

@@ -16,6 +16,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kqu::platform {
@@ -37,20 +38,22 @@ class X11Window final : public NativeWindow {
     X11Window(const X11Window&) = delete;
     X11Window& operator=(const X11Window&) = delete;
 
-    void SetTitle(std::string_view title) override;
-    void SetPosition(Point onDesktop) override { wanted_ = {onDesktop, wanted_.size}; }
+    void SetTitle(std::string_view title) override { title_ = title; }
+    void SetPosition(Point onDesktop) override { MoveWanted(onDesktop); }
     void SetSize(Size size) override;
-    void ChangeAttributes(std::uint32_t set, std::uint32_t clear) override;
-    void SetAlpha(float alpha) override;
+    void ChangeAttributes(std::uint32_t set, std::uint32_t clear) override {
+        attributes_ = (attributes_ & ~clear) | set;
+    }
+    void SetAlpha(float alpha) override { alpha_ = alpha; }
     void Show() override { isShown_ = true; }
     void Hide() override { isShown_ = false; }
     [[nodiscard]] bool IsCollapsed() override { return IsMinimised(); }
     void UpdateDockTile() override { iconWanted_ = true; }
     void BeginDrag(Point start) override;
-    void Present(const Rect& changed) override;
+    void Present(const Rect& changed) override { changed_ = Union(changed_, changed); }
     void Commit() override;
 
-    [[nodiscard]] xcb_window_t Id() const { return id_.value; }
+    [[nodiscard]] xcb_window_t Id() const { return id_; }
     /// One event of this window, from the event loop.
     void Handle(const X11Event& event);
     void ScreensChanged();
@@ -63,47 +66,24 @@ class X11Window final : public NativeWindow {
 
   private:
     enum class Mapping { Withdrawn, Up, Withdrawing };
+    /// The source of a message to the manager (EWMH): a normal application.
+    static constexpr std::uint32_t fromApplication = 1;
     /// The actions of a _NET_WM_STATE message (EWMH).
     enum class NetStateChange : std::uint32_t { Remove, Add };
 
-    /// The window on the server; made before all that needs its id, destroyed behind it.
-    struct ServerWindow {
-        ServerWindow(const Display& onDisplay, const Rect& onRoot);
-        ~ServerWindow();
-        ServerWindow(const ServerWindow&) = delete;
-        ServerWindow& operator=(const ServerWindow&) = delete;
-        const Display& display;
-        xcb_window_t value;
-    };
-
-    struct Wanted {
-        Point onDesktop;
-        Size size;
-    };
-
-    struct PlaceQuestion {
-        unsigned int sequence;
-        /// Where the window was thought to be when it was asked.
-        Point actual;
-    };
-
-    struct Drag {
-        unsigned int number;
-        Point pointerAtStart;
-        Point placeAtStart;
-        bool managerCan = false;
-        /// Not before it is known that no manager moves the window.
-        bool isOurs = false;
-    };
+    /// Who moves the window by its content.
+    enum class Drag { Nobody, NotKnownYet, Ourselves };
+    using Words = std::vector<std::uint32_t>;
 
     /// Asks the server; the answer is dropped with the window.
     void Ask(unsigned int sequence, Questions::Answer answer);
-
     [[nodiscard]] bool IsMinimised() const { return isIconic_ || isHidden_; }
+    [[nodiscard]] bool WantsToBeUp() const { return isShown_ && alpha_ > 0.0F; }
 
     // Changes that wait for Commit.
     [[nodiscard]] bool NeedsPixels() const;
     void CommitProperties();
+    void RebuildSurface(Size extent);
     void CommitContent(Moment now);
     void CommitIcon();
 
@@ -115,24 +95,24 @@ class X11Window final : public NativeWindow {
     void OnUnmapped();
     void OnProperty(xcb_atom_t property);
     void OnState(std::uint32_t state);
-    void OnNetState(const std::vector<std::uint32_t>& states);
-    void ChangeState(NetStateChange change, AtomName one, AtomName other) const;
+    void OnNetState(const Words& states);
+    void ChangeState(NetStateChange change, AtomName one, xcb_atom_t other = 0) const;
 
     // Geometry.
     [[nodiscard]] Point ToLogical(Point onRoot) const;
     [[nodiscard]] Point ToRoot(Point onDesktop) const;
     /// In device pixels.
     [[nodiscard]] Rect WantedOnRoot() const;
+    /// True if that was another place.
+    bool MoveWanted(Point onDesktop);
     void CommitGeometry(Moment now);
-    void Configure(const Rect& onRoot, std::uint16_t which) const;
+    void Configure(const Rect& onRoot, unsigned int which) const;
     void OnConfigured(const X11Event& event);
     void AskForPlace();
-    void OnPlaceAnswered(const xcb_translate_coordinates_reply_t* reply);
+    void OnPlaceAnswered(Point onRoot);
     void TakePlace(Point onRoot, Moment now);
     void TakeSize(Size size, Moment now);
     void InsistOnSize();
-    void SettlePlace(Moment now);
-    void TellContent();
 
     // Input.
     void OnPress(const xcb_button_press_event_t& press);
@@ -144,11 +124,12 @@ class X11Window final : public NativeWindow {
 
     // Dragging.
     void AskWhoDrags();
-    void AskWhetherAlive(const std::vector<std::uint32_t>& manager);
     void AskInDrag(xcb_window_t window, AtomName property, xcb_atom_t type,
-                   std::function<void(const std::vector<std::uint32_t>&)> take);
+                   std::function<void(const Words&)> take);
+    void AskForManager(xcb_window_t window, std::function<void(const Words&)> take);
     void HandDragOver();
     void CancelHandedOverDrag(Point pointer);
+    void SendMoveResize(Point pointer, std::uint32_t direction) const;
     void DragByOurselves(Point pointer);
     void DragTo(Point pointer);
 
@@ -159,18 +140,21 @@ class X11Window final : public NativeWindow {
     /// Expires with the window: a handler may drop it.
     const std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 
-    // What the owner wants.
-    Wanted wanted_;
-    std::optional<std::string> newTitle_;
+    // What the owner wants, and what the server knows of that.
+    Rect wanted_;
     std::string title_;
+    std::string knownTitle_;
     std::uint32_t attributes_ = 0;
+    std::uint32_t knownAttributes_ = 0;
     float alpha_ = 1.0F;
+    float knownAlpha_ = 1.0F;
     bool isShown_ = false;
     Rect changed_;
     bool iconWanted_ = false;
+    bool hasNewContentForIcon_ = true;
 
     // What the server has.
-    ServerWindow id_;
+    const xcb_window_t id_;
     WindowHints hints_;
     WindowSurface surface_;
     EchoFilter<Point> place_;
@@ -182,37 +166,32 @@ class X11Window final : public NativeWindow {
     /// The border that a manager without frames has given the window; places are asked for and
     /// reported outside of it.
     int border_ = 0;
-    std::uint32_t knownAttributes_ = 0;
-    float knownAlpha_ = 1.0F;
-    bool hasNewContentForIcon_ = true;
 
     // Where it stands with the window manager.
     Mapping mapping_ = Mapping::Withdrawn;
-    bool wantsToBeUp_ = false;
+    bool isMapped_ = false;
     bool awaitsMap_ = false;
+    bool answersMap_ = false;
+    /// Whether the place that the manager chose at the map was corrected.
+    bool corrected_ = false;
     /// Questions about the state that a manager keeps of the window, not yet answered.
     int statesAsked_ = 0;
-    bool answersMap_ = false;
     bool isManaged_ = false;
     bool isIconic_ = false;
     bool isHidden_ = false;
     bool stayIconic_ = false;
     xcb_window_t parent_;
-    Moment withdrawnAtLatest_{};
-    /// When a window that should be on the screen and is not is mapped anew.
-    Moment mapAgainAt_{};
-    bool isMapped_ = false;
+    /// The number of the last question for the place; answers to former ones do not count.
+    unsigned int placeQuestion_ = 0;
+    /// When a manager that has neither mapped the window nor let go of it is waited for no longer.
+    Moment managerDueAt_{};
     std::optional<Moment> repaintAt_;
     std::optional<Moment> sizeCheckAt_;
     std::optional<Moment> placeCheckAt_;
-    /// Whether the place that the manager chose at the map was corrected.
-    bool corrected_ = false;
-    std::optional<PlaceQuestion> placeAsked_;
     bool duePosted_ = false;
 
     // The user's hand.
     bool isPressed_ = false;
-    bool handedOver_ = false;
     xcb_timestamp_t pressTime_ = 0;
     /// Where the pointer and the content were on the root window at the press, and whether the
     /// pointer was moved since.
@@ -220,9 +199,10 @@ class X11Window final : public NativeWindow {
     Point contentAtPress_;
     bool hasMoved_ = false;
     Point pointerTold_;
-    std::optional<Drag> drag_;
+    Drag drag_ = Drag::Nobody;
     /// How many there have been.
     unsigned int drags_ = 0;
+    bool handedOver_ = false;
 };
 
 } // namespace kqu::platform

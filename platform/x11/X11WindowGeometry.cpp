@@ -1,6 +1,9 @@
 #include "platform/x11/X11Window.h"
 
 #include "platform/interfaces/DeviceScale.h"
+#include "platform/x11/Moments.h"
+#include "platform/x11/Monitors.h"
+#include "platform/x11/PointerState.h"
 #include "platform/x11/X11WindowSystem.h"
 
 #include <algorithm>
@@ -17,22 +20,30 @@ namespace {
 constexpr std::chrono::milliseconds settleTime{250};
 /// How long a manager may take over a request for a size.
 constexpr std::chrono::seconds sizePatience{2};
+
+constexpr unsigned int onlyPlace = XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y;
+constexpr unsigned int onlySize = XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT;
 } // namespace
 
 Point X11Window::ToLogical(Point onRoot) const {
-    return (onRoot - system_.Origin()) / DeviceScale();
+    return (onRoot - system_.monitors_->Origin()) / DeviceScale();
 }
 
 Point X11Window::ToRoot(Point onDesktop) const {
-    return system_.Origin() + onDesktop * DeviceScale();
+    return system_.monitors_->Origin() + onDesktop * DeviceScale();
 }
 
 Rect X11Window::WantedOnRoot() const {
     // A place between two logical pixels, where the user has put the window, is kept.
-    const bool isThere = ToLogical(place_.Believed()) == wanted_.onDesktop;
-    const Point place = isThere ? place_.Believed() : ToRoot(wanted_.onDesktop);
-    const Size size = wanted_.size * DeviceScale();
+    const bool isThere = ToLogical(place_.Believed()) == wanted_.Origin();
+    const Point place = isThere ? place_.Believed() : ToRoot(wanted_.Origin());
+    const Size size = wanted_.Extent() * DeviceScale();
     return {place.x, place.y, size.width, size.height};
+}
+
+bool X11Window::MoveWanted(Point onDesktop) {
+    const Rect moved{onDesktop.x, onDesktop.y, wanted_.width, wanted_.height};
+    return std::exchange(wanted_, moved) != moved;
 }
 
 void X11Window::CommitGeometry(Moment now) {
@@ -44,17 +55,11 @@ void X11Window::CommitGeometry(Moment now) {
     if (resizes && mapping_ == Mapping::Up) {
         // Finished pixels of the new size are in place before the server can want them, which may
         // be as soon as a manager sees the new limits.
-        surface_.Rebuild(content.Extent(), owner_);
-        changed_ = {};
-        hasNewContentForIcon_ = true;
+        RebuildSurface(content.Extent());
         repaintAt_ = now + settleTime;
     }
-    // The hints go before the request: a manager holds a window to the limits that it knows.
-    hints_.WritePlaceAndSize(content);
     // A place that is not asked for is the manager's to keep.
-    Configure(content, static_cast<std::uint16_t>(
-                           (moves ? XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y : 0) |
-                           (resizes ? XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT : 0)));
+    Configure(content, (moves ? onlyPlace : 0) | (resizes ? onlySize : 0));
     if (moves)
         place_.Request(content.Origin(), now);
     if (!resizes)
@@ -64,13 +69,18 @@ void X11Window::CommitGeometry(Moment now) {
     sizeCheckAt_ = now + sizePatience;
 }
 
-void X11Window::Configure(const Rect& onRoot, std::uint16_t which) const {
+void X11Window::Configure(const Rect& onRoot, unsigned int which) const {
+    // The hints go before the request: a manager holds a window to the limits that it knows.
+    hints_.WritePlaceAndSize(onRoot);
     xcb_configure_window_value_list_t values{};
     values.x = onRoot.x - border_;
     values.y = onRoot.y - border_;
     values.width = static_cast<std::uint32_t>(onRoot.width);
     values.height = static_cast<std::uint32_t>(onRoot.height);
-    xcb_configure_window_aux(display_.Connection(), id_.value, which, &values);
+    // For a desktop without a manager; one that is there goes by the state.
+    values.stack_mode = XCB_STACK_MODE_ABOVE;
+    xcb_configure_window_aux(display_.Connection(), id_, static_cast<std::uint16_t>(which),
+                             &values);
 }
 
 void X11Window::OnConfigured(const X11Event& event) {
@@ -93,37 +103,38 @@ void X11Window::OnConfigured(const X11Event& event) {
         placeCheckAt_ = now + settleTime;
     if (knowsPlace)
         TakePlace({configured.x + border_, configured.y + border_}, now);
+    // The pointer goes with a window that a manager moves. Where it stands still, the server has
+    // lost it to a compositor, and never hears of the release.
+    if (handedOver_ && place_.Actual() != contentAtPress_ &&
+        system_.pointer_->OnRoot() == pointerTold_)
+        system_.pointer_->SetReleaseLost(true);
 }
 
 void X11Window::AskForPlace() {
     placeCheckAt_.reset();
-    const unsigned int question =
-        xcb_translate_coordinates(display_.Connection(), id_.value, display_.Root(), 0, 0).sequence;
-    placeAsked_ = PlaceQuestion{question, place_.Actual()};
-    Ask(question, [this, question](const void* reply) {
-        if (placeAsked_ && placeAsked_->sequence == question)
-            OnPlaceAnswered(static_cast<const xcb_translate_coordinates_reply_t*>(reply));
-    });
+    const auto question =
+        xcb_translate_coordinates(display_.Connection(), id_, display_.Root(), 0, 0);
+    Ask(question.sequence,
+        [this, number = ++placeQuestion_, known = place_.Actual()](const void* answer) {
+            const auto* reply = static_cast<const xcb_translate_coordinates_reply_t*>(answer);
+            // A place that was told since is known better: a manager may tell it before it moves
+            // the window.
+            if (number == placeQuestion_ && known != place_.Actual())
+                placeCheckAt_ = std::chrono::steady_clock::now() + settleTime;
+            else if (number == placeQuestion_ && reply != nullptr)
+                OnPlaceAnswered({reply->dst_x, reply->dst_y});
+        });
 }
 
-void X11Window::OnPlaceAnswered(const xcb_translate_coordinates_reply_t* reply) {
+void X11Window::OnPlaceAnswered(Point onRoot) {
     const Moment now = std::chrono::steady_clock::now();
-    // A place that was told since is known better: a manager may tell it before it moves the
-    // window.
-    if (std::exchange(placeAsked_, {})->actual != place_.Actual()) {
-        placeCheckAt_ = now + settleTime;
-        return;
-    }
-    if (reply == nullptr)
-        return;
-    const Point onRoot{reply->dst_x, reply->dst_y};
     TakePlace(onRoot, now);
     if (!std::exchange(answersMap_, false) || onRoot == place_.Believed() ||
         std::exchange(corrected_, true))
         return;
     // The manager has put the window elsewhere, perhaps for the sake of a border. It is asked once
     // more; what it does then is the rest of its answer to the map.
-    Configure(WantedOnRoot(), XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y);
+    Configure(WantedOnRoot(), onlyPlace);
     answersMap_ = true;
     placeCheckAt_ = now + settleTime;
 }
@@ -135,16 +146,6 @@ void X11Window::TakePlace(Point onRoot, Moment now) {
         place_.Acknowledge(onRoot);
     else
         place_.Observe(onRoot, now);
-}
-
-void X11Window::SettlePlace(Moment now) {
-    // A wish of the owner that waits for Commit is younger than whatever is known here.
-    if (WantedOnRoot().Origin() != place_.Believed())
-        return;
-    if (const auto place = place_.Settle(now)) {
-        wanted_.onDesktop = ToLogical(*place);
-        TellContent();
-    }
 }
 
 // The user sizes the window by its own grip only. A manager that gives it another size is asked for
@@ -162,16 +163,8 @@ void X11Window::TakeSize(Size size, Moment now) {
 
 void X11Window::InsistOnSize() {
     sizeCheckAt_.reset();
-    if (actualSize_ == sizeAsked_ || std::exchange(insisted_, true))
-        return;
-    const Rect content = WantedOnRoot();
-    hints_.WritePlaceAndSize(content);
-    Configure(content, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT);
-}
-
-void X11Window::TellContent() {
-    owner_.ContentChanged(
-        {wanted_.onDesktop.x, wanted_.onDesktop.y, wanted_.size.width, wanted_.size.height});
+    if (actualSize_ != sizeAsked_ && !std::exchange(insisted_, true))
+        Configure(WantedOnRoot(), onlySize);
 }
 
 void X11Window::ScreensChanged() {
@@ -179,8 +172,8 @@ void X11Window::ScreensChanged() {
     if (mapping_ != Mapping::Up)
         return;
     Point onDesktop = ToLogical(place_.Believed());
+    const Rect content{onDesktop.x, onDesktop.y, wanted_.width, wanted_.height};
     const std::vector<Rect> screens = system_.Screens();
-    const Rect content{onDesktop.x, onDesktop.y, wanted_.size.width, wanted_.size.height};
     const bool isSeen = std::any_of(screens.begin(), screens.end(), [&](const Rect& screen) {
         return !Intersection(screen, content).IsEmpty();
     });
@@ -188,34 +181,28 @@ void X11Window::ScreensChanged() {
     if (!isManaged_ && !isSeen)
         onDesktop = {std::clamp(onDesktop.x, 0, std::max(0, screens[0].width - content.width)),
                      std::clamp(onDesktop.y, 0, std::max(0, screens[0].height - content.height))};
-    if (std::exchange(wanted_.onDesktop, onDesktop) != onDesktop)
-        TellContent();
+    if (MoveWanted(onDesktop))
+        owner_.ContentChanged(wanted_);
 }
 
 void X11Window::ScaleChanged() {
     // The next Commit gives it the new size, at the same place in logical pixels.
     if (mapping_ != Mapping::Up)
-        place_.Assume(ToRoot(wanted_.onDesktop));
+        place_.Assume(ToRoot(wanted_.Origin()));
     owner_.ScaleChanged();
 }
 
 std::optional<Moment> X11Window::Due() const {
     if (duePosted_)
         return std::nullopt;
+    const bool isUp = mapping_ == Mapping::Up;
     std::optional<Moment> first;
-    const auto noLaterThan = [&first](std::optional<Moment> moment) {
-        if (moment && (!first || *moment < *first))
-            first = moment;
-    };
     // Only a window that can be seen is waited for.
-    if (mapping_ == Mapping::Up) {
+    if (isUp)
         for (const auto& due : {repaintAt_, sizeCheckAt_, placeCheckAt_, place_.Due()})
-            noLaterThan(due);
-        if (!isMapped_ && !IsMinimised())
-            noLaterThan(mapAgainAt_);
-    }
-    if (mapping_ == Mapping::Withdrawing && wantsToBeUp_)
-        noLaterThan(withdrawnAtLatest_);
+            first = Earlier(first, due);
+    if (isUp ? !isMapped_ && !IsMinimised() : mapping_ == Mapping::Withdrawing && WantsToBeUp())
+        first = Earlier(first, managerDueAt_);
     return first;
 }
 
@@ -228,19 +215,25 @@ bool X11Window::TakeDue(Moment now) {
 void X11Window::HandleDue() {
     const Moment now = std::chrono::steady_clock::now();
     duePosted_ = false;
-    if (mapping_ == Mapping::Withdrawing && now >= withdrawnAtLatest_)
+    if (mapping_ == Mapping::Withdrawing && now >= managerDueAt_)
         FinishWithdrawing();
     if (mapping_ != Mapping::Up)
         return;
     // The manager has lost the request, or taken an older withdrawal for a younger one. The next
     // Commit maps the window anew.
-    if (!isMapped_ && !IsMinimised() && now >= mapAgainAt_)
+    if (!isMapped_ && !IsMinimised() && now >= managerDueAt_)
         mapping_ = Mapping::Withdrawn;
     if (sizeCheckAt_ && now >= *sizeCheckAt_)
         InsistOnSize();
     if (placeCheckAt_ && now >= *placeCheckAt_)
         AskForPlace();
-    SettlePlace(now);
+    // A wish of the owner that waits for Commit is younger than whatever is known here.
+    if (WantedOnRoot().Origin() != place_.Believed())
+        return;
+    if (const auto place = place_.Settle(now)) {
+        MoveWanted(ToLogical(*place));
+        owner_.ContentChanged(wanted_);
+    }
 }
 
 } // namespace kqu::platform

@@ -1,11 +1,10 @@
 #include "platform/x11/X11Window.h"
 
 #include "platform/interfaces/DeviceScale.h"
+#include "platform/x11/PointerState.h"
 #include "platform/x11/X11WindowSystem.h"
 
-#include <algorithm>
 #include <array>
-#include <iterator>
 #include <utility>
 
 // The user's hand and the manager's messages.
@@ -15,21 +14,9 @@ namespace kqu::platform {
 namespace {
 constexpr xcb_button_t primaryButton = XCB_BUTTON_INDEX_1;
 
-/// One step of the wheel for a press of the buttons 4 to 7; nothing for any other.
-std::optional<Point> WheelStep(xcb_button_t button) {
-    switch (button) {
-    case 4:
-        return Point{0, -1};
-    case 5:
-        return Point{0, 1};
-    case 6:
-        return Point{-1, 0};
-    case 7:
-        return Point{1, 0};
-    default:
-        return std::nullopt;
-    }
-}
+/// The steps of the wheel that the buttons from 4 on stand for.
+constexpr xcb_button_t firstOfWheel = 4;
+constexpr std::array<Point, 4> wheelSteps{{{0, -1}, {0, 1}, {-1, 0}, {1, 0}}};
 } // namespace
 
 void X11Window::Handle(const X11Event& event) {
@@ -67,16 +54,17 @@ void X11Window::Handle(const X11Event& event) {
 void X11Window::OnPress(const xcb_button_press_event_t& press) {
     const Point onDevice{press.event_x, press.event_y};
     const Point inContent = onDevice / DeviceScale();
-    if (const auto step = WheelStep(press.detail)) {
-        owner_.WheelTurned(inContent, step->x, step->y);
-        return;
+    if (press.detail >= firstOfWheel && press.detail < firstOfWheel + wheelSteps.size()) {
+        const Point step = wheelSteps.at(press.detail - firstOfWheel);
+        return owner_.WheelTurned(inContent, step.x, step.y);
     }
     if (press.detail != primaryButton || mapping_ != Mapping::Up)
         return;
     isPressed_ = true;
     hasMoved_ = false;
     handedOver_ = false;
-    drag_.reset();
+    drag_ = Drag::Nobody;
+    system_.pointer_->SetReleaseLost(false);
     pressTime_ = press.time;
     pointerAtPress_ = pointerTold_ = {press.root_x, press.root_y};
     contentAtPress_ = pointerAtPress_ - onDevice;
@@ -88,13 +76,11 @@ void X11Window::OnPress(const xcb_button_press_event_t& press) {
 void X11Window::StartMoving() {
     hasMoved_ = true;
     answersMap_ = false;
-    placeAsked_.reset();
+    ++placeQuestion_;
     const bool isElsewhere = contentAtPress_ != place_.Believed();
     place_.Assume(contentAtPress_);
-    if (isElsewhere) {
-        wanted_.onDesktop = ToLogical(contentAtPress_);
-        TellContent();
-    }
+    if (isElsewhere && MoveWanted(ToLogical(contentAtPress_)))
+        owner_.ContentChanged(wanted_);
 }
 
 void X11Window::OnRelease(const xcb_button_release_event_t& release) {
@@ -105,10 +91,8 @@ void X11Window::OnRelease(const xcb_button_release_event_t& release) {
         CancelHandedOverDrag(pointer);
     if (!isPressed_)
         return;
-    if (!drag_ || pointer == pointerAtPress_) {
-        EndPress(pointer);
-        return;
-    }
+    if (drag_ == Drag::Nobody || pointer == pointerAtPress_)
+        return EndPress(pointer);
     const std::weak_ptr<const bool> alive = alive_;
     if (!hasMoved_)
         StartMoving();
@@ -121,44 +105,42 @@ void X11Window::OnRelease(const xcb_button_release_event_t& release) {
 
 void X11Window::EndPress(Point pointerOnRoot) {
     isPressed_ = false;
-    drag_.reset();
+    drag_ = Drag::Nobody;
     owner_.ButtonReleased((pointerOnRoot - place_.Actual()) / DeviceScale());
 }
 
 void X11Window::OnMotion(const xcb_motion_notify_event_t& motion) {
     const Point at{motion.root_x, motion.root_y};
+    if (handedOver_)
+        pointerTold_ = at;
     if (!isPressed_ || (!hasMoved_ && at == pointerAtPress_))
         return;
     const std::weak_ptr<const bool> alive = alive_;
     if (!hasMoved_) {
         StartMoving();
-        if (!alive.expired() && drag_)
+        if (!alive.expired() && drag_ != Drag::Nobody)
             AskWhoDrags();
     }
     if (alive.expired())
         return;
-    if (drag_) {
-        DragTo(at);
-        return;
-    }
+    if (drag_ != Drag::Nobody)
+        return DragTo(at);
     // Where the pointer is by now, for motions that waited long and one that arrives alike.
-    const Point pointer = system_.PointerOnRoot();
+    const Point pointer = system_.pointer_->OnRoot();
     if (std::exchange(pointerTold_, pointer) != pointer)
         owner_.PointerMoved((pointer - place_.Actual()) / DeviceScale());
 }
 
 void X11Window::OnMessage(const xcb_client_message_event_t& message) {
-    if (message.type != display_.Atom(AtomName::WmProtocols) || message.format != 32)
+    if (message.type != display_.Atom("WM_PROTOCOLS") || message.format != 32)
         return;
-    const xcb_atom_t protocol = message.data.data32[0];
-    if (protocol == display_.Atom(AtomName::WmDeleteWindow)) {
+    const auto& words = message.data.data32;
+    if (words[0] == display_.Atom("WM_DELETE_WINDOW"))
         owner_.CloseRequested();
-    } else if (protocol == display_.Atom(AtomName::NetWmPing)) {
+    else if (words[0] == display_.Atom("_NET_WM_PING"))
         // The same message back to the root window says that we are alive (EWMH).
-        std::array<std::uint32_t, 5> words{};
-        std::copy_n(std::begin(message.data.data32), words.size(), words.begin());
-        display_.SendToManager(display_.Root(), AtomName::WmProtocols, words);
-    }
+        display_.SendToManager(display_.Root(), "WM_PROTOCOLS",
+                               {words[0], words[1], words[2], words[3], words[4]});
 }
 
 } // namespace kqu::platform

@@ -4,6 +4,7 @@
 #include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/DesktopScale.h"
 #include "platform/x11/Display.h"
+#include "platform/x11/Moments.h"
 #include "platform/x11/Monitors.h"
 #include "platform/x11/PointArithmetic.h"
 #include "platform/x11/PointerState.h"
@@ -21,27 +22,16 @@ namespace {
 /// So that a chatty server can't hold the loop.
 constexpr int mostEventsAtOnce = 256;
 
-/// The window of ours that an event is for, among the kinds of events that are asked for; 0 for one
-/// that concerns no window.
+/// The window that an event is for. Where a window hears of its own structure, the event begins
+/// with it, as one for a property and a message do.
 xcb_window_t WindowOf(const X11Event& event) {
     switch (event.Type()) {
     case XCB_BUTTON_PRESS:
     case XCB_BUTTON_RELEASE:
     case XCB_MOTION_NOTIFY:
         return event.As<xcb_button_press_event_t>().event;
-    case XCB_CONFIGURE_NOTIFY:
-        return event.As<xcb_configure_notify_event_t>().window;
-    case XCB_DESTROY_NOTIFY:
-    case XCB_MAP_NOTIFY:
-    case XCB_UNMAP_NOTIFY:
-    case XCB_REPARENT_NOTIFY:
-        return event.As<xcb_map_notify_event_t>().window;
-    case XCB_PROPERTY_NOTIFY:
-        return event.As<xcb_property_notify_event_t>().window;
-    case XCB_CLIENT_MESSAGE:
-        return event.As<xcb_client_message_event_t>().window;
     default:
-        return 0;
+        return event.As<xcb_property_notify_event_t>().window;
     }
 }
 
@@ -65,7 +55,9 @@ X11WindowSystem::X11WindowSystem(std::unique_ptr<Display> display)
                                            [this] { TellWindows(&X11Window::ScreensChanged); })),
       scale_(std::make_unique<DesktopScale>(*display_, *questions_,
                                             [this] { TellWindows(&X11Window::ScaleChanged); })),
-      pointer_(std::make_unique<PointerState>(*display_)) {}
+      pointer_(std::make_unique<PointerState>(*display_)) {
+    questions_->AwaitAll();
+}
 
 X11WindowSystem::~X11WindowSystem() = default;
 
@@ -87,31 +79,11 @@ std::vector<Rect> X11WindowSystem::Screens() {
 }
 
 Point X11WindowSystem::PointerPosition() {
-    return (pointer_->OnRoot() - Origin()) / DeviceScale();
+    return (pointer_->OnRoot() - monitors_->Origin()) / DeviceScale();
 }
 
 bool X11WindowSystem::PrimaryButtonDown() {
     return pointer_->PrimaryButtonDown();
-}
-
-void X11WindowSystem::OnDisplayLost(std::function<void()> handler) {
-    displayLost_ = std::move(handler);
-}
-
-Point X11WindowSystem::Origin() {
-    return monitors_->Origin();
-}
-
-Point X11WindowSystem::PointerOnRoot() {
-    return pointer_->OnRoot();
-}
-
-bool X11WindowSystem::ServerAnswers() {
-    return pointer_->ServerAnswers();
-}
-
-void X11WindowSystem::Ask(unsigned int sequence, Questions::Answer answer) {
-    questions_->Ask(sequence, std::move(answer));
 }
 
 X11Window* X11WindowSystem::Find(std::uint32_t window) const {
@@ -126,9 +98,8 @@ pollfd X11WindowSystem::Watch() const {
 std::optional<Moment> X11WindowSystem::Due() const {
     std::optional<Moment> first;
     for (const auto& [id, window] : windows_)
-        if (const auto due = window->Due(); due && !isLost_ && (!first || *due < *first))
-            first = due;
-    return first;
+        first = Earlier(first, window->Due());
+    return isLost_ ? std::nullopt : first;
 }
 
 bool X11WindowSystem::Collect(EventQueue& queue) {

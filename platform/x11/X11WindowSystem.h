@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kqu::platform {
@@ -36,7 +37,9 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     /// Asked of the server once per Collect, however often it is wanted.
     [[nodiscard]] Point PointerPosition() override;
     [[nodiscard]] bool PrimaryButtonDown() override;
-    void OnDisplayLost(std::function<void()> handler) override;
+    void OnDisplayLost(std::function<void()> handler) override {
+        displayLost_ = std::move(handler);
+    }
 
     [[nodiscard]] pollfd Watch() const override;
     [[nodiscard]] std::optional<Moment> Due() const override;
@@ -47,16 +50,7 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     enum class Events { FromServer, AlreadyReceived };
 
     explicit X11WindowSystem(std::unique_ptr<Display> display);
-    /// Where the main screen's top left is on the root window.
-    [[nodiscard]] Point Origin();
-    [[nodiscard]] Point PointerOnRoot();
-    /// False while another client holds the server: what is sent then fills the socket, and the
-    /// program would wait for the other client.
-    [[nodiscard]] bool ServerAnswers();
-    /// Has the answer to a question that was sent handed over from the loop.
-    void Ask(unsigned int sequence, std::function<void(const void* reply)> answer);
     [[nodiscard]] X11Window* Find(std::uint32_t window) const;
-    void Forget(std::uint32_t window) { windows_.erase(window); }
 
     /// Both are true if there may be more.
     bool CollectFromServer(EventQueue& queue);
@@ -65,12 +59,12 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
     void Handle(const X11Event& event);
     void TellWindows(void (X11Window::*what)());
 
+    std::map<std::uint32_t, X11Window*> windows_;
     std::unique_ptr<Display> display_;
     std::unique_ptr<Questions> questions_;
     std::unique_ptr<Monitors> monitors_;
     std::unique_ptr<DesktopScale> scale_;
     std::unique_ptr<PointerState> pointer_;
-    std::map<std::uint32_t, X11Window*> windows_;
     std::function<void()> displayLost_;
     bool isLost_ = false;
 };

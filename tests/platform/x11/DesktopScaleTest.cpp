@@ -42,7 +42,7 @@ class Settings {
 };
 
 std::optional<int> Read(const std::string& bytes) {
-    return WindowScalingFactor(std::as_bytes(std::span(bytes)));
+    return WindowScalingFactor(bytes);
 }
 
 TEST(DesktopScale, IsTheWindowScalingFactorOfTheSettings) {
