@@ -1,16 +1,13 @@
-"""The panel under the user's hand, with real input: its grip, its scroll bar, its wheel, its place."""
+"""The panel under the user's hand, with real input: its grip, its scroll bar, its wheel."""
 
 import os
-import signal
 
 from support import DesktopTest
 from support.panel import ROW
 from support.waiting import hold, wait_until
 
-FILE = "com.brackwater.KQU_Messenger.plist"
 
-
-class HandWithoutManager(DesktopTest):
+class Hand(DesktopTest):
     options = {"window_manager": None, "screen": (1024, 500)}
 
     def setUp(self):
@@ -38,10 +35,6 @@ class HandWithoutManager(DesktopTest):
     def wait_geometry(self, **wanted):
         wait_until(f"the geometry to be {wanted}", lambda: all(
             getattr(self.panel.geometry(), key) == value for key, value in wanted.items()), 5)
-
-    def saved(self):
-        path = self.desktop.folder / "config" / FILE
-        return path.read_bytes() if path.exists() else b""
 
     def test_the_grip_widens_and_goes_by_rows_to_both_sides(self):
         self.rows(3)
@@ -74,16 +67,6 @@ class HandWithoutManager(DesktopTest):
         wait_until("the thumb at the beginning", lambda: bar(5) != bar(at.height - 25))
         self.assertEqual(self.panel.geometry(), at)
 
-    def test_a_drag_of_the_background_moves_the_panel_by_exactly_its_way(self):
-        self.rows(1)
-        at = self.panel.geometry()
-        self.drag((100, 30), (37, 11))
-        self.wait_geometry(x=at.x + 37, y=at.y + 11)
-        wait_until("the place to be saved", lambda: f"<integer>{at.x + 37}<".encode() in self.saved())
-        self.drag((20, 60), (-5, 120))
-        self.wait_geometry(x=at.x + 32, y=at.y + 131)
-        hold("the place", lambda: self.panel.geometry().x == at.x + 32, 0.5)
-
     def test_the_program_lives_while_the_panel_is_dragged(self):
         job = self.desktop.start_job()
         self.rows(1)
@@ -93,41 +76,3 @@ class HandWithoutManager(DesktopTest):
         self.desktop.end_job(job)
         self.panel.wait_height(ROW)
         self.desktop.pointer.release()
-
-    def test_comes_back_where_it_was_left_however_often(self):
-        self.rows(1)
-        before = self.panel.geometry()
-        self.drag((100, 30), (-150, 60))
-        self.wait_geometry(x=before.x - 150, y=before.y + 60)
-        at = self.panel.geometry()
-        wait_until("the place to be saved", lambda: f"<integer>{at.x}<".encode() in self.saved())
-        saved = self.saved()
-        for _ in range(10):
-            self.desktop.messenger.send_signal(signal.SIGTERM)
-            self.assertEqual(self.desktop.wait_exit(), 0)
-            self.start()
-            self.rows(1)
-            wait_until("the same place", lambda: self.panel.geometry() == at)
-        hold("the file", lambda: self.saved() == saved, 1.5)
-
-    def test_hidden_and_shown_again_it_has_not_moved_by_a_pixel(self):
-        at = None
-        for cycle in range(10):
-            job = self.desktop.start_job()
-            self.desktop.post(f"KQS_disk.{cycle}", "scanner", PID=job.pid)
-            self.panel.wait_visible()
-            if at is None:
-                first = self.panel.geometry()
-                at = first._replace(x=first.x - 29, y=first.y + 113)
-                self.drag((50, 20), (-29, 113))
-            wait_until("the same place", lambda: self.panel.geometry() == at)
-            self.desktop.end_job(job)
-            self.panel.wait_hidden()
-
-
-class HandUnderOpenbox(HandWithoutManager):
-    options = {**HandWithoutManager.options, "window_manager": "openbox"}
-
-
-class HandUnderIcewm(HandWithoutManager):
-    options = {**HandWithoutManager.options, "window_manager": "icewm"}

@@ -234,8 +234,9 @@ TEST_F(PaintedPanel, AtTwoTheListIsTheSameAndSharp) {
     panel.ChangeWindowSize(340, 146, true, true);
     const Ref<Picture> one = Paint();
     platform::DeviceScale() = 2;
-    list.ProgressSep = list.WhitePict = nullptr;
     const Ref<Picture> two = Paint();
+    for (const auto& kept : {panel.MyDragPict, list.ProgressSep, list.WhitePict, list.BluePict})
+        EXPECT_EQ(kept->Scale(), 2);
     platform::DeviceScale() = 1;
 
     ASSERT_EQ(two->Width(), one->Width());

@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import select
 import shutil
 import subprocess
@@ -17,6 +18,19 @@ ROOT = pathlib.Path(__file__).resolve().parents[3]
 WINDOW_MANAGERS = {
     "openbox": ["openbox", "--sm-disable"],
     "icewm": ["icewm"],
+    # Those that only scripts/managers starts.
+    "metacity": ["metacity", "--sm-disable", "--no-composite"],
+    "metacity-composite": ["metacity", "--sm-disable", "--composite"],
+    "marco": ["marco", "--sm-disable", "--no-composite"],
+    "marco-composite": ["marco", "--sm-disable", "--composite"],
+    "xfwm4": ["xfwm4", "--compositor=off"],
+    "xfwm4-composite": ["xfwm4", "--compositor=on", "--vblank=off"],
+    "mutter": ["mutter", "--x11", "--sm-disable"],
+    "i3": ["sh", "-c", "echo font pango:sans 8 >$HOME/i3 && exec i3 -c $HOME/i3"],
+    "bspwm": ["bspwm", "-c", "/bin/true"],
+    "dwm": ["dwm"],
+    "weston": ["weston", "--backend=x11-backend.so", "--use-pixman", "--fullscreen", "--xwayland",
+               "--idle-time=0"],
 }
 
 
@@ -46,6 +60,8 @@ class Desktop:
         self.env = self._make_environment()
         self.messenger = self.session_bus = self.system_bus = self.logind = None
         self.xserver = self.window_manager = None
+        self.panel = Panel(self.env)
+        self.pointer = Pointer(self.env)
         try:
             self._start_display(screen)
             if window_manager:
@@ -56,8 +72,6 @@ class Desktop:
         except BaseException:
             self.stop()
             raise
-        self.panel = Panel(self.env)
-        self.pointer = Pointer(self.env)
 
     def _make_environment(self):
         env = {key: os.environ[key] for key in ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS")
@@ -90,8 +104,12 @@ class Desktop:
 
     def start_window_manager(self, name):
         self.window_manager = self.processes.start(WINDOW_MANAGERS[name], self.env)
+        if name == "weston":
+            self._enter_xwayland()
         wait_until(f"{name} to manage the screen",
                    lambda: "window id" in self.root_property("_NET_SUPPORTING_WM_CHECK"))
+        if name not in ("openbox", "icewm"):
+            return
 
         # What comes while openbox starts lies until the next event: only one that has done what it
         # was asked to is known to have begun.
@@ -100,6 +118,13 @@ class Desktop:
             return self.root_property("_NET_NUMBER_OF_DESKTOPS").strip().endswith("= 2")
 
         wait_until(f"{name} to do what it is asked", obeys)
+
+    def _enter_xwayland(self):
+        """The X server of a compositor that shows itself on this one; the hand stays outside."""
+        self.pointer = Pointer(dict(self.env))
+        self.env["DISPLAY"] = wait_until("the compositor's display", lambda: next(
+            iter(re.findall(r"xserver listening on display (:\d+)",
+                            self.window_manager.log.read_text())), None))
 
     def _start_buses(self):
         owner = settled_user()

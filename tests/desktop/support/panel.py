@@ -36,8 +36,12 @@ class Panel:
         """None as long as there is no window."""
         info = self._info()
         numbers = [re.search(re.escape(label) + r":\s+(-?\d+)", info) for label in (
-            "Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")]
-        return Geometry(*(int(number[1]) for number in numbers)) if all(numbers) else None
+            "Absolute upper-left X", "Absolute upper-left Y", "Width", "Height", "Border width")]
+        if not all(numbers):
+            return None
+        x, y, width, height, border = (int(number[1]) for number in numbers)
+        # The corner that xwininfo gives is that of the border.
+        return Geometry(x + border, y + border, width, height)
 
     def is_mapped(self):
         return "Map State: IsViewable" in self._info()
