@@ -53,13 +53,10 @@ class PlaceFile(DesktopTest):
 class OddPreferences(DesktopTest):
     options = {"window_manager": None, "logind": True}
 
-    def launch_with(self, file):
+    def test_a_device_without_an_end_counts_for_nothing(self):
         room = self.desktop.folder / "room"
         room.mkdir()
-        return self.desktop.launch_messenger(*mounts.with_new_file(file, PREFERENCES, room))
-
-    def test_a_device_without_an_end_counts_for_nothing(self):
-        self.launch_with("/dev/urandom")
+        self.desktop.launch_messenger(*mounts.with_new_file("/dev/urandom", PREFERENCES, room))
         self.desktop.wait_listening()
         self.assertLess(int(self.desktop.messenger_facts().field("VmHWM")) * 1024, LARGE)
         self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
@@ -67,13 +64,3 @@ class OddPreferences(DesktopTest):
         self.assertEqual(self.panel.title(), "Brackwater Scheduled Task")
         wait_for_value("the locks", lambda: sorted(
             lock[3] for lock in self.desktop.logind.inhibitors()), ["block", "block"])
-
-    def test_a_request_to_terminate_is_heard_while_nobody_writes_them(self):
-        file = self.desktop.folder / "preferences"
-        os.mkfifo(file)
-        messenger = self.launch_with(file)
-        wait_until("the reading command", lambda: {"cat", "kqu-messenger"} <= set(
-            self.desktop.processes.marked().values()))
-        messenger.terminate()
-        self.assertEqual(self.desktop.wait_exit(), 0)
-        self.assertEqual(self.desktop.messenger_output(), "")

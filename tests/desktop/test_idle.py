@@ -1,6 +1,5 @@
 """Idle means asleep: without rows, with rows that don't change, and whatever the manager did late."""
 
-import os
 import signal
 import time
 
@@ -43,10 +42,3 @@ class Idle(DesktopTest):
         self.desktop.window_manager.send_signal(signal.SIGCONT)
         self.panel.wait_hidden()
         self.assert_asleep()
-
-    def test_rows_that_do_not_change_cost_little(self):
-        for number in range(5):
-            self.desktop.post(f"KQS_disk.{number}", "scanner", PID=os.getpid(), Progress=500)
-        self.panel.wait_visible()
-        time.sleep(1)
-        self.assertLess(self.cost(6)[0], 0.2)

@@ -103,15 +103,6 @@ class StartBySessionBus(StartTest):
         self.offer("kqu-messenger 60")
         self.assertGreater(self.post(1), PATIENCE - 1)
 
-    def test_it_can_be_started_without_a_post(self):
-        self.offer()
-        for _ in range(2):
-            done = self.run_post("--start-only")
-            self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
-        self.assertEqual(len(self.started()), 1)
-        self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid())
-        self.panel.wait_visible()
-
     def test_one_that_was_started_by_hand_is_not_started_again(self):
         bus = self.desktop.session_bus
         manager = Mock(self.desktop, bus, SYSTEMD, [("StartUnit", "ss", "o", "ret = '/job'")])

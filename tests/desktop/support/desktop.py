@@ -140,11 +140,6 @@ class Desktop:
     def root_property(self, name):
         return self.output("xprop", "-root", name)
 
-    def active_window(self):
-        """The id of the window that the window manager calls active; None where there is none."""
-        _, known, number = self.root_property("_NET_ACTIVE_WINDOW").partition("# ")
-        return (known and int(number.split(",")[0], 16)) or None
-
     def output(self, *command):
         """What a command prints on this desktop."""
         return subprocess.run(command, env=self.env, check=True, capture_output=True, text=True,
@@ -176,7 +171,7 @@ class Desktop:
         if seat_user is not None:
             (seats / "seat0").write_text(f"IS_SEAT0=1\nACTIVE=1\nACTIVE_UID={seat_user}\n")
         return ["unshare", "--mount", "sh", "-c", f"mount --bind {console} /dev/console &&"
-                f' mount --bind {run} /run && exec "$0"']
+                f' mount --bind {run} /run && exec "$0" "$@"']
 
     def _ended_early(self):
         if self.messenger.poll() is not None:

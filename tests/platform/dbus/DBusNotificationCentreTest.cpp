@@ -138,31 +138,6 @@ TEST_F(DBusNotificationCentreTest, ABusThatNeverAnswersHoldsNobody) {
     AwaitListening(Poster(system));
 }
 
-/// One more program that listens.
-struct Copy {
-    DBusNotificationCentre centre{100ms};
-    SourcePump pump{centre.Sources()};
-    Names heard;
-    Registration listening =
-        centre.Listen([this](const auto& posted) { heard.push_back(*posted.name); });
-};
-
-TEST_F(DBusNotificationCentreTest, WhoSeesTheNameOwnedIsHeardOnBothBuses) {
-    session.Run();
-    system.Run();
-    const Poster onSession(session);
-    const Poster onSystem(system);
-    for (int round = 0; round < 50; ++round) {
-        ASSERT_TRUE(pump.Until([&] { return onSession.Owner().empty(); })) << "the former is gone";
-        Copy copy;
-        ASSERT_TRUE(copy.pump.Until([&] { return !onSession.Owner().empty(); }));
-        onSystem.Post("system");
-        onSession.Post("session");
-        ASSERT_TRUE(copy.pump.Until([&] { return copy.heard.size() == 2; }, 5s)) << round;
-        EXPECT_FALSE(copy.centre.Sources()[2]->Due());
-    }
-}
-
 TEST_F(DBusNotificationCentreTest, TheNameWaitsForASystemBusThatHangsButNotForLong) {
     session.Run();
     const DeafBus deaf(system);

@@ -141,20 +141,6 @@ TEST_F(X11WindowTest, WhatOtherClientsMakeUpOrDestroyIsHeard) {
     EXPECT_TRUE(told.empty());
 }
 
-TEST_F(X11WindowTest, OnlyWhatIsToldBeforeTheManagerCanHaveFinishedIsItsAnswerToTheMap) {
-    Appear();
-    xcb_grab_server(looker.get());
-    Sync();
-    RunFor(300ms);
-    Configure({7, 8, 340, 73});
-    xcb_ungrab_server(looker.get());
-    Sync();
-    // The manager is asked for the wanted place once more.
-    Await([this] { return Place() == content; });
-    EXPECT_TRUE(told.empty());
-    EXPECT_EQ(ToldAfterMovesTo(40).y, 40);
-}
-
 TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
     const xcb_atom_t state = Atom("WM_STATE");
     Appear();
