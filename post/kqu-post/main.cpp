@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <csignal>
 #include <cstring>
 #include <string_view>
 
@@ -131,14 +132,25 @@ std::string HelpText() {
         "Keys of the tools, exact in case; all values are text:\n";
     for (const Tool& tool : Tools())
         text += "  " + std::string(tool.name) + ": " + KeysOf(tool) + "\n";
-    return text + "\nThe row goes when the process named in PID goes.\n"
-                  "Exit status: 0 the bus has taken the message, 1 it has not, 2 wrong usage.\n"
-                  "With --start-only: 0 the messenger listens, 1 it does not.\n";
+    return text +
+           "\nThe row goes when the process named in PID goes.\n"
+           "Exit status: 0 the bus has taken the message, 1 it has not, 2 wrong usage.\n"
+           "With --start-only: 0 the messenger listens, 1 it does not, 3 the bus is silent.\n";
+}
+
+Connection ConnectFor(const Request& request) {
+    try {
+        return Connect(request.bus, request.startsOnly ? untilSilent : patience);
+    } catch (const SilentBus& error) {
+        throw StatusError(error.what(), request.startsOnly ? busIsSilent : notTaken);
+    }
 }
 
 int Run(std::span<char*> arguments) {
+    // A parent may have it ignored; then no child's status could be had.
+    std::signal(SIGCHLD, SIG_DFL);
     const Request request = ParseCommandLine(arguments);
-    const Connection connection = Connect(request.bus);
+    const Connection connection = ConnectFor(request);
     const bool starts = request.starts || request.startsOnly;
     const bool listens = starts && StartMessenger(connection);
     if (request.startsOnly && !listens)

@@ -27,6 +27,11 @@ struct Row {
     std::uint64_t filesInUse = 0;
     /// Whether names of files and paths are posted; on the system bus every user can read them.
     bool showsFiles = true;
+
+    /// A name as everybody who can read the row may see it.
+    [[nodiscard]] const std::string& Shown(const Name& name) const {
+        return showsFiles ? name.full : name.open;
+    }
 };
 
 /// How far a tool is.

@@ -72,7 +72,6 @@ post::Notification MakeNotification(const std::string& name, const Row& row,
                                     const Progress& progress, pid_t tool,
                                     const std::string& after) {
     const bool isDefragmenter = row.tool->name == "defragmenter";
-    const auto known = [&](const Name& one) { return row.showsFiles ? one.full : one.open; };
     const std::string& text = Shown(progress, row);
     const std::string doing = progress.checking ? "check" : "defrag";
     std::vector<std::pair<std::string, std::string>> values{
@@ -80,8 +79,8 @@ post::Notification MakeNotification(const std::string& name, const Row& row,
         {"Extra", after},
         {"BSD", row.disk},
         {"Progress", Of(1000, progress.share, 2)},
-        {"VolName", known(row.volume)},
-        {"dVolName", known(row.destination)},
+        {"VolName", row.Shown(row.volume)},
+        {"dVolName", row.Shown(row.destination)},
         {"Item", text},
         {"ScanType", row.sectors ? "1" : ""},
         {"FolderBackup", row.folder ? "1" : ""},

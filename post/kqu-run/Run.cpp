@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <linux/kcmp.h>
 #include <memory>
@@ -78,6 +79,11 @@ class Run {
         Start();
         while (!ending_ || (relay_ && !relay_->IsDone() && !isCutShort_))
             Pump();
+        if (relay_ && relay_->Failure() != 0) {
+            post::Complain("kqu-run", std::strerror(relay_->Failure()), 0);
+            if (ending_->signal == 0 && ending_->status == 0)
+                ending_->status = notWritten;
+        }
         Show([this] {
             ReadTool();
             PostIfDue(true);
@@ -85,11 +91,6 @@ class Run {
         });
         Reap(child_);
         Notify();
-        if (relay_ && relay_->Failure() != 0) {
-            post::Complain("kqu-run", std::strerror(relay_->Failure()), 0);
-            if (ending_->signal == 0 && ending_->status == 0)
-                ending_->status = notWritten;
-        }
         return *ending_;
     }
 
@@ -101,7 +102,8 @@ class Run {
                 "there is no command with the number " + std::to_string(process), 1);
         process_ = child_ = process;
         // What the job calls its operands begins there; without the right to it they stay unknown.
-        static_cast<void>(chdir(WorkingFolderOf(process).c_str()));
+        std::error_code unknown;
+        std::filesystem::current_path(WorkingFolderOf(process), unknown);
         NameRow();
         BeginPosting();
         std::array<pollfd, 2> polled{{{job.Number(), POLLIN, 0}, {signals_.Number(), POLLIN, 0}}};
@@ -136,7 +138,8 @@ class Run {
         else if (isBad)
             how = "has ended with status " + std::to_string(ending_->status);
         const std::string title = ToolName(launch_);
-        post::ShowNotification(CleanText(title), CleanText(row_.volume.full + " " + how), isBad);
+        post::ShowNotification(CleanText(title), CleanText(row_.Shown(row_.volume) + " " + how),
+                               isBad);
     }
 
     void NameRow() {

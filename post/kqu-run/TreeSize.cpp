@@ -40,8 +40,10 @@ std::shared_ptr<const std::atomic<double>> SizeOfTrees(std::vector<std::string> 
         std::thread([size, roots = std::move(paths), staysOnVolume] {
             MakeWay();
             // Folders are read piece by piece, so that the walk takes no memory for their files.
+            const int flags = FTW_PHYS | (staysOnVolume ? FTW_MOUNT : 0);
             for (const std::string& root : roots)
-                nftw(root.c_str(), Add, openFolders, FTW_PHYS | (staysOnVolume ? FTW_MOUNT : 0));
+                if (nftw(root.c_str(), Add, openFolders, flags) != 0)
+                    return; // a part would be taken for the whole
             *size = sum;
         }).detach();
     } catch (const std::system_error&) {

@@ -1,6 +1,5 @@
 #include "post/posting/Connection.h"
 
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -49,7 +48,8 @@ Connection Connect(Bus kind, std::chrono::milliseconds most) {
         const std::chrono::microseconds left =
             std::chrono::duration_cast<std::chrono::microseconds>(deadline -
                                                                   std::chrono::steady_clock::now());
-        Check(left.count() > 0 ? 0 : -ETIMEDOUT, failure);
+        if (left.count() <= 0)
+            throw SilentBus(std::string(failure) + ": it does not answer");
         if (more == 0)
             Check(sd_bus_wait(bus.get(), static_cast<std::uint64_t>(left.count())), failure);
     }

@@ -14,6 +14,11 @@ class PostError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The bus is there and says nothing.
+class SilentBus : public PostError {
+    using PostError::PostError;
+};
+
 /// The user's session bus, or the system bus, on which tools post that run as root.
 enum class Bus { Session, System };
 
@@ -29,7 +34,8 @@ struct Connection {
 /// How long a bus, or somebody on it, may take over a message before it counts as not there.
 constexpr std::chrono::seconds patience{10};
 
-/// Connects to a bus and waits until it has greeted. Raises PostError.
+/// Connects to a bus and waits until it has greeted. Raises PostError, and SilentBus when that
+/// takes longer than `most`.
 [[nodiscard]] Connection Connect(Bus kind, std::chrono::milliseconds most = patience);
 
 /// Raises PostError with this text if an sd-bus function has returned an error.

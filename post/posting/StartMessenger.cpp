@@ -24,9 +24,8 @@ constexpr const char* command = "kqu-post";
 
 constexpr std::chrono::milliseconds betweenLooks{10};
 
-/// How long root waits for a user's session, whose bus may be silent.
-constexpr std::chrono::seconds patienceWithUser{2};
-/// How long such a session is left alone, so that a job with many posts waits once.
+/// How long root leaves a session alone that does not answer, so that a job with many posts waits
+/// once.
 constexpr std::chrono::seconds untilAskedAgain = std::chrono::minutes(10);
 
 using Object = Questions::Object;
@@ -92,12 +91,13 @@ bool StartAtSeat() {
     const std::string mark = "/run/kqu-post.silent." + std::to_string(session ? session->user : 0);
     if (!session || IsRecent(mark))
         return false;
-    const Moment deadline = std::chrono::steady_clock::now() + patienceWithUser;
-    const bool isStarted =
-        RunAs(session->user, {FolderOfProgram() + command, "--start-only"}, patienceWithUser);
-    if (std::chrono::steady_clock::now() >= deadline)
+    const Moment deadline = std::chrono::steady_clock::now() + patience + untilSilent;
+    const int status =
+        RunAs(session->user, {FolderOfProgram() + command, "--start-only"}, patience + untilSilent);
+    // A start may take long on a busy machine; that alone is no reason to leave the session alone.
+    if (status == busIsSilent || std::chrono::steady_clock::now() >= deadline)
         Mark(mark);
-    return isStarted;
+    return status == 0;
 }
 } // namespace
 

@@ -4,6 +4,11 @@
 
 namespace kqu::post {
 
+/// How long `kqu-post --start-only` waits for the bus's greeting, and its exit status when none
+/// comes.
+constexpr std::chrono::seconds untilSilent{2};
+constexpr int busIsSilent = 3;
+
 /// Has the messenger running and listening before something is posted, and returns within the
 /// patience of ten seconds in any case. Whether it listens; that it doesn't is no failure, and the
 /// post can be made all the same. Asks over the connection that the post will take.

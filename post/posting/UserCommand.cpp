@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <linux/keyctl.h>
 #include <pwd.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -24,6 +25,7 @@ namespace {
 /// The group of the account "nobody", for a user that no account describes.
 constexpr gid_t groupOfNobody = 65534;
 constexpr int cannotBeRun = 127;
+constexpr int didNotRun = -1;
 
 std::vector<std::string> PrefixFor(uid_t user, std::chrono::milliseconds most) {
     const passwd* const account = getpwuid(user);
@@ -73,21 +75,23 @@ bool LeaveCaller(std::initializer_list<int> kept) {
     for (int number = 1; number < NSIG; ++number)
         std::signal(number, SIG_DFL);
     umask(S_IWGRP | S_IWOTH);
+    const sched_param none{};
+    sched_setscheduler(0, SCHED_OTHER, &none);
     setpriority(PRIO_PROCESS, 0, 0);
     // The session keyring of root.
     syscall(SYS_keyctl, KEYCTL_JOIN_SESSION_KEYRING, nullptr);
-    sigset_t none;
-    sigemptyset(&none);
+    sigset_t unblocked;
+    sigemptyset(&unblocked);
     const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
     return nowhere >= 0 && dup2(nowhere, 0) == 0 && dup2(nowhere, 1) == 1 &&
            dup2(nowhere, 2) == 2 && CloseAllBut(kept) && chdir("/") == 0 &&
-           sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
+           sigprocmask(SIG_SETMASK, &unblocked, nullptr) == 0;
 }
 
-bool RunAs(uid_t user, const std::vector<std::string>& command, std::chrono::milliseconds most) {
+int RunAs(uid_t user, const std::vector<std::string>& command, std::chrono::milliseconds most) {
     // To the system calls that change a user it means "leave as it is".
     if (user == static_cast<uid_t>(-1))
-        return false;
+        return didNotRun;
     std::vector<std::string> whole = PrefixFor(user, most);
     whole.insert(whole.end(), command.begin(), command.end());
     const std::vector<char*> arguments = Pointers(whole);
@@ -102,10 +106,10 @@ bool RunAs(uid_t user, const std::vector<std::string>& command, std::chrono::mil
         _exit(cannotBeRun);
     }
     if (child < 0)
-        return false;
+        return didNotRun;
     int status = 0;
     const auto reaped = TEMP_FAILURE_RETRY(waitpid(child, &status, 0));
-    return reaped == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return reaped == child && WIFEXITED(status) ? WEXITSTATUS(status) : didNotRun;
 }
 
 } // namespace kqu::post

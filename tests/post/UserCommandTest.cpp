@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 constexpr uid_t nobody = 65534;
 
 bool RunScript(const std::string& script, std::chrono::milliseconds patience = 20s) {
-    return RunAs(nobody, {"/bin/sh", "-c", script}, patience);
+    return RunAs(nobody, {"/bin/sh", "-c", script}, patience) == 0;
 }
 
 /// Only root may run something as another user.
@@ -40,7 +40,8 @@ TEST_F(UserCommandTest, TheProgramIsTheUsersCompletely) {
     sigaddset(&blocked, SIGTERM);
     std::thread([&] {
         pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
-        setpriority(PRIO_PROCESS, 0, 5);
+        const sched_param real{1};
+        sched_setscheduler(0, SCHED_FIFO, &real);
         for (const char* script : {
                  "test \"$(grep ^Uid: /proc/self/status | tr -dc '0-9 \\t' | xargs)\" = "
                  "'65534 65534 65534 65534'",
@@ -53,6 +54,7 @@ TEST_F(UserCommandTest, TheProgramIsTheUsersCompletely) {
                  "test \"$(ps -o sid= -p $$ | xargs)\" = $PPID",
                  "grep '^SigBlk:.0*$' /proc/self/status",
                  "test \"$(nice) $(umask)\" = '0 0022'",
+                 "chrt -p $$ | grep -q SCHED_OTHER",
                  "test \"$(prlimit --noheadings --raw -o HARD --nice)\" = 0",
              })
             EXPECT_EQ(RunScript(script), may) << script;
@@ -67,10 +69,10 @@ TEST_F(UserCommandTest, TheProgramIsTheUsersCompletely) {
 TEST_F(UserCommandTest, ItsStatusIsToldAndItsTimeIsBounded) {
     const auto began = std::chrono::steady_clock::now();
     EXPECT_EQ(RunScript("exit 0"), may);
-    EXPECT_FALSE(RunScript("exit 1"));
+    EXPECT_EQ(RunAs(nobody, {"/bin/sh", "-c", "exit 3"}, 20s) == 3, may);
     EXPECT_FALSE(RunScript("kill -9 $$"));
-    EXPECT_FALSE(RunAs(static_cast<uid_t>(-1), {"/bin/true"}, 20s));
-    EXPECT_FALSE(RunAs(nobody, {"/no/such/program"}, 20s));
+    EXPECT_EQ(RunAs(static_cast<uid_t>(-1), {"/bin/true"}, 20s), -1);
+    EXPECT_NE(RunAs(nobody, {"/no/such/program"}, 20s), 0);
     EXPECT_FALSE(RunScript("sleep 60", 100ms));
     EXPECT_LT(std::chrono::steady_clock::now() - began, 10s);
 }
