@@ -34,20 +34,6 @@ TEST(LineReader, MakesLinesOfWhatIsPrintedForEyes) {
     EXPECT_EQ(Take(reader), Lines{"four \xff!"});
 }
 
-TEST(LineReader, AFloodLeavesTheNewestWholeLines) {
-    LineReader reader;
-    for (int i = 0; i < 100000; ++i)
-        reader.Add("line " + std::to_string(i) + "\n");
-    const Lines lines = Take(reader);
-    ASSERT_LT(lines.size(), 5000U);
-    EXPECT_EQ(lines.front().find("line "), 0U);
-    EXPECT_EQ(lines.back(), "line 99999");
-    reader.Add(std::string(10'000'000, 'x'));
-    EXPECT_EQ(Take(reader), Lines{});
-    reader.Add("x\nnext\n");
-    EXPECT_EQ(Take(reader), Lines{"next"});
-}
-
 TEST(Rate, SaysSpeedAndTimeLeftOnceTheyAreSteadyAndThatNothingMoves) {
     Rate rate;
     const Rate::Time start{};

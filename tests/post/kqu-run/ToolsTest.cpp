@@ -3,10 +3,10 @@
 #include "post/kqu-run/RowText.h"
 #include "post/kqu-run/tools/Numbers.h"
 #include "post/kqu-run/tools/Tool.h"
+#include "tests/support/MadeUpTree.h"
 
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <unistd.h>
@@ -197,27 +197,13 @@ TEST(Tools, AreFoundBehindOtherCommands) {
     }
 }
 
-/// Files of one test and links to them, in a folder that is the working one meanwhile.
-class ToolsInFolder : public testing::Test {
-  protected:
-    ToolsInFolder() {
-        files::create_directories(folder_ / "real/deep");
-        std::ofstream(folder_ / "real/file") << std::string(2000, 'x');
-        files::create_symlink("real/file", folder_ / "link");
-        files::current_path(folder_ / "real");
-    }
-    ~ToolsInFolder() override {
-        files::current_path(before_);
-        files::remove_all(folder_);
-    }
-
-    const files::path before_ = files::current_path();
-    const files::path folder_ =
-        files::canonical(testing::TempDir()) / ("kqu-run-" + std::to_string(getpid()));
-};
-
-TEST_F(ToolsInFolder, SayWhereTheyWrite) {
-    const std::string here = folder_.string();
+TEST(Tools, SayWhereTheyWrite) {
+    const simulation::MadeUpTree tree;
+    tree.Write("real/file", std::string(2000, 'x'));
+    tree.Write("real/deep/file", "");
+    tree.Link("link", "real/file");
+    const files::path before = files::current_path(), here = tree.Root();
+    files::current_path(here / "real");
     const std::vector<std::pair<std::string, std::string>> destinations{
         {"rsync a .", "/real"},
         {"rsync a ..", ""},
@@ -230,11 +216,13 @@ TEST_F(ToolsInFolder, SayWhereTheyWrite) {
         {"tar cf deep/a.tar a", "/real/deep/a.tar"},
         {"tar -x --warning none --exclude-tag t -f a.tar -C ..", ""}};
     for (const auto& [command, place] : destinations)
-        EXPECT_EQ(Prepared(command).tool->GetRow().destination.full, here + place) << command;
+        EXPECT_EQ(Prepared(command).tool->GetRow().destination.full, here.string() + place)
+            << command;
     const Prepared zeros("dd if=/dev/zero");
     EXPECT_EQ(zeros.tool->GetRow().destination.full, "standard output");
     EXPECT_EQ(zeros.tool->GetRow().volume.full, "");
     EXPECT_EQ(Prepared("tar xf me@nas:/a.tar").tool->GetRow().volume.full, "/a.tar on nas");
+    files::current_path(before);
 }
 
 TEST(Numbers, AreReadAsToolsWriteThem) {
