@@ -31,8 +31,7 @@ class Identity(DesktopTest):
                 # It listens and shows as that user.
                 self.desktop.post("KQS_disk.1", "scanner", PID=os.getpid(), Progress=250)
                 self.panel.wait_visible()
-                self.desktop.post_by("kqu-post", "KQS_disk.2", "scanner", {"PID": os.getpid()},
-                                     self.desktop.system_bus)
+                self.desktop.post_on_system_bus("KQS_disk.2", os.getpid())
                 self.panel.wait_height(2 * ROW)
                 self.desktop.messenger.terminate()
                 self.desktop.wait_exit()

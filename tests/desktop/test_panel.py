@@ -1,7 +1,7 @@
 """The panel on a real X server: unseen before its first row, then growing with its rows, and what it
 asks a window manager for."""
 
-from support import DesktopTest, posting
+from support import DesktopTest
 from support.panel import ROW
 from support.waiting import wait_until
 
@@ -76,15 +76,3 @@ class UnderAManager(Panel):
         self.panel.wait_visible()
         self.desktop.output("wmctrl", "-i", "-c", self.panel.find())
         self.assertEqual(self.desktop.wait_exit(), 0)
-
-
-class Posters(DesktopTest):
-    def test_stock_clients_bring_up_a_row_on_the_session_bus(self):
-        self.desktop.start_messenger()
-        self.desktop.wait_listening()
-        for number, client in enumerate(posting.CLIENTS, 1):
-            self.desktop.post_by(client, f"KQS_disk.{client}", "scanner",
-                                 {"PID": self.desktop.messenger.pid, "Progress": 250,
-                                  "VolName": "Data", "Item": "/a b/c"})
-            self.panel.wait_height(number * ROW)
-        self.assertEqual(self.desktop.messenger_output(), "")

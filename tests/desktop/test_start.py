@@ -166,8 +166,7 @@ class StartByRoot(StartTest):
         running = self.started()
         self.assertEqual(ProcessFacts(*running).ids("Uid"), [NOBODY] * 4)
         job = self.desktop.start_job()
-        self.desktop.post_by("kqu-post", "KQS_disk.2", "scanner", {"PID": job.pid},
-                             self.desktop.system_bus)
+        self.desktop.post_on_system_bus("KQS_disk.2", job.pid)
         self.panel.wait_height(2 * ROW)
         self.desktop.end_job(job)
         self.panel.wait_height(ROW)  # so it can list processes under its unit's limits

@@ -208,10 +208,10 @@ class Desktop:
         """Posts on the session bus. A tool that is none of the three is the object as it stands."""
         posting.post(self.session_bus, name, tool, **info)
 
-    def post_by(self, client, name, tool, info, bus=None):
-        """Posts with one of posting.CLIENTS."""
-        posting.post_by_command(client, bus or self.session_bus, self.env, name, tool, info,
-                                self.build / "kqu-post")
+    def post_on_system_bus(self, name, pid):
+        """Posts a scanner's row with the command."""
+        self.output(str(self.build / "kqu-post"), "--system", "--tool", "scanner", "--name", name,
+                    f"PID={pid}")
 
     def stop(self):
         """Ends everything and removes the folder; complains about processes that were left over."""
