@@ -14,9 +14,6 @@
 namespace kqu::run {
 
 namespace {
-constexpr int isNotThere = 127;
-constexpr int cannotRun = 126;
-
 /// Starts a program with these descriptors in the place of others; the reason why not, or 0.
 int Spawn(pid_t& child, std::vector<std::string>& command, const sigset_t& mask,
           std::initializer_list<std::pair<int, int>> descriptors) {
@@ -50,7 +47,7 @@ pid_t StartChild(const Launch& launch, const Signals& signals, int output, int e
     }
     if (reason != 0)
         throw post::StatusError(launch.arguments.front() + ": " + std::strerror(reason),
-                                reason == ENOENT ? isNotThere : cannotRun);
+                                reason == ENOENT ? 127 : 126);
     return child;
 }
 

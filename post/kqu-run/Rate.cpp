@@ -55,10 +55,13 @@ Progress WithNumbers(Progress progress, const std::string& rate, bool isComplete
 }
 
 void Rate::Add(Time now, const Progress& progress) {
-    if (progress.phase != phase_)
+    const Sample sample{now, progress.share.value_or(-1), progress.done.value_or(-1)};
+    const Sample first = samples_.empty() ? sample : samples_.front();
+    // What was not known at first is measured from where it is.
+    if (progress.phase != phase_ || (first.share < 0) != (sample.share < 0) ||
+        (first.done < 0) != (sample.done < 0))
         samples_.clear();
     phase_ = progress.phase;
-    const Sample sample{now, progress.share.value_or(-1), progress.done.value_or(-1)};
     if (samples_.empty() || sample.share > samples_.back().share ||
         sample.done > samples_.back().done)
         moved_ = now;
@@ -82,9 +85,9 @@ std::string Rate::Text(Time now) const {
                " min";
     const double time = Seconds(now - first.when).count();
     std::string text;
-    if (first.done >= 0 && last.done > first.done)
+    if (last.done > first.done)
         text = Bytes((last.done - first.done) / time) + "/s";
-    if (first.share >= 0 && last.share > first.share)
+    if (last.share > first.share)
         text = Joint(text, Left((1 - last.share) / (last.share - first.share) * time));
     return text;
 }

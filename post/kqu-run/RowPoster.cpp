@@ -17,7 +17,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 /// How long a bus that did not take a post is left alone.
-constexpr std::chrono::seconds pause{3};
+constexpr std::chrono::milliseconds pause{1500};
 constexpr std::chrono::minutes untilGivenUp{1};
 } // namespace
 

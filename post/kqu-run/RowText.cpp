@@ -49,11 +49,12 @@ const std::string& Shown(const Progress& progress, const Row& row) {
 std::string CleanText(std::string_view text) {
     std::string clean;
     while (!text.empty() && clean.size() < longestText) {
-        const std::size_t length = CharacterLength(text);
+        const bool isPlain = text.front() >= ' ' && text.front() <= '~';
+        const std::size_t length = isPlain ? 1 : CharacterLength(text);
         const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
         if (length == 0)
             clean += '?';
-        else if (IsControl(character))
+        else if (!isPlain && IsControl(character))
             clean += ' ';
         else
             clean += character;

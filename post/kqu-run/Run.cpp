@@ -37,12 +37,9 @@ constexpr std::chrono::milliseconds betweenReads{50};
 constexpr std::chrono::milliseconds betweenPosts{334};
 /// What doesn't change is posted again all the same, so that a messenger or a bus that has come
 /// later knows it within five seconds.
-constexpr std::chrono::seconds untilRepeated{4};
+constexpr std::chrono::seconds untilRepeated{2};
 /// How long the last post may hold up the end; a bus that is there takes a millisecond.
 constexpr std::chrono::milliseconds lastPatience{300};
-
-/// The status where the tool's output could not be passed on; most tools have the same.
-constexpr int notWritten = 1;
 
 /// Whether two descriptors share one open file, so that what is written to them has an order.
 bool AreOneFile(int one, int other) {
@@ -82,7 +79,7 @@ class Run {
         if (relay_ && relay_->Failure() != 0) {
             post::Complain("kqu-run", std::strerror(relay_->Failure()), 0);
             if (ending_->signal == 0 && ending_->status == 0)
-                ending_->status = notWritten;
+                ending_->status = 1; // as most tools have where their output cannot be written
         }
         Show([this] {
             ReadTool();

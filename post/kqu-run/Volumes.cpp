@@ -18,8 +18,6 @@ namespace kqu::run {
 namespace {
 namespace files = std::filesystem;
 
-constexpr std::uint64_t sector = 512;
-
 using Device = platform::CPointer<sd_device, sd_device_unref>;
 
 Device DeviceOf(dev_t number) {
@@ -178,7 +176,7 @@ std::optional<std::uint64_t> SizeOf(const std::string& path) {
         return std::nullopt;
     const std::string sectors =
         Known(sd_device_get_sysattr_value, DeviceOf(status.st_rdev).get(), "size");
-    return std::strtoull(sectors.c_str(), nullptr, 10) * sector;
+    return std::strtoull(sectors.c_str(), nullptr, 10) * 512; // sectors, whatever the disk has
 }
 
 } // namespace kqu::run

@@ -22,7 +22,6 @@ constexpr const char* path = "/com/brackwater/DistributedNotifications";
 constexpr const char* interfaceName = "com.brackwater.DistributedNotifications";
 constexpr const char* member = "Posted";
 constexpr const char* busName = "org.freedesktop.DBus";
-constexpr const char* busPath = "/org/freedesktop/DBus";
 
 /// Listeners on the system bus ask who posted, and the bus knows that only while the poster is
 /// connected. Nothing reports that they have asked, and a flood from others may delay them.
@@ -63,8 +62,8 @@ void AwaitTaken(sd_bus* bus) {
     const auto most = std::chrono::microseconds(patience).count();
     Check(sd_bus_set_method_call_timeout(bus, static_cast<std::uint64_t>(most)), notTaken);
     sd_bus_message* answer = nullptr;
-    const int result =
-        sd_bus_call_method(bus, busName, busPath, busName, "GetId", nullptr, &answer, "");
+    const int result = sd_bus_call_method(bus, busName, "/org/freedesktop/DBus", busName, "GetId",
+                                          nullptr, &answer, "");
     const MessagePointer answered(answer);
     Check(result, notTaken);
     bool mayPost = false;

@@ -30,7 +30,7 @@ struct Known {
 };
 
 constexpr std::string_view ofCopies = "S t g m o suffix target-directory group mode owner";
-constexpr std::array<Known, 10> known{
+constexpr std::array<Known, 11> known{
     {{"cp", ofCopies, -1},
      {"mv", ofCopies, -1},
      {"install", ofCopies, -1},
@@ -43,7 +43,8 @@ constexpr std::array<Known, 10> known{
       "max-error-rate max-errors output-position retry-passes sector-size size timeout",
       2, 1, "", "pct rescued: +([0-9.]+%)"},
      {"rclone", "", -1, 1, "P progress", "^Transferred: .*, ([0-9]+%), .*ETA"},
-     {"mdadm", "c e l n s x z"}}};
+     {"mdadm", "c e l n s x z"},
+     {"su", "c g G s w command group shell supp-group"}}};
 
 /// Words behind a command's name that say what it does. Of any other command no word is posted but
 /// names of files that exist, since it may be a password, and others can read it.

@@ -42,8 +42,7 @@ std::optional<double> LastPercentage(std::string_view text) {
         return std::nullopt;
     text = text.substr(0, text.find_last_not_of(' ', sign - 1) + 1);
     const auto value = Decimal(text.substr(text.find_last_not_of("0123456789.,") + 1));
-    constexpr double whole = 100;
-    return value ? std::optional(*value / whole) : std::nullopt;
+    return value ? std::optional(*value / 100) : std::nullopt;
 }
 
 double Count(std::string_view text) {

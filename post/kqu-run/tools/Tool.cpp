@@ -19,6 +19,7 @@ void Tool::Look(pid_t process, bool isRead) {
     const double done = (work_.isRead ? moved->read : 0) + (work_.isWritten ? moved->written : 0);
     const double size = WorkSize();
     if (work_.passes > 1) {
+        progress_.file.clear();
         progress_.share = Share(done, size * work_.passes);
         const double pass = std::floor(progress_.share.value_or(0) * work_.passes) + 1;
         progress_.text = "pass " + std::to_string(std::lround(std::min(pass, work_.passes))) +

@@ -44,6 +44,7 @@ TEST(Rate, SaysSpeedAndTimeLeftOnceTheyAreSteadyAndThatNothingMoves) {
         rate.Add(start + time, progress);
         return rate.Text(start + time);
     };
+    rate.Add(start - 60s, {}); // nothing is known yet
     for (int second = 0; second < 8; ++second)
         EXPECT_EQ(after(std::chrono::seconds(second), second * 40e6), "");
     EXPECT_EQ(after(8s, 320e6), "40 MB/s, 8 min left");

@@ -210,9 +210,9 @@ TEST(Tools, SayWhereTheyWrite) {
         {"rsync a deep/none/", "/real/deep/none"},
         {"rsync a none/", "/real/none"},
         {"dd if=a of=../link", "/real/file"},
-        {"borg create ./deep/::x a", "/real/deep"},
+        {"borg create --unknown .. ./deep/::x a", "/real/deep"},
         {"borg prune --keep-daily 7 deep", "/real/deep"},
-        {"restic -r local:deep backup a", "/real/deep"},
+        {"restic --unknown .. -r local:deep backup a", "/real/deep"},
         {"tar cf deep/a.tar a", "/real/deep/a.tar"},
         {"tar -x --warning none --exclude-tag t -f a.tar -C ..", ""}};
     for (const auto& [command, place] : destinations)
