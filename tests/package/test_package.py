@@ -49,7 +49,7 @@ EXPECTED = {
 
 def run(*command, check=True, **options):
     done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, text=True,
-                          stderr=subprocess.STDOUT, timeout=200, check=False, **options)
+                          stderr=subprocess.STDOUT, timeout=900, check=False, **options)
     if check and done.returncode != 0:
         raise AssertionError(f"{command} ended with {done.returncode}:\n{done.stdout}")
     return done.stdout
