@@ -1,6 +1,6 @@
 #pragma once
 
-#include "framework/events/EventLoop.h"
+#include "framework/loop/EventLoop.h"
 #include "platform/interfaces/Platform.h"
 
 #include <vector>
@@ -11,6 +11,11 @@ class Window;
 
 /// The framework's one connection to the world: the platform that it was started with and the event
 /// loop on top of it. There is exactly one at a time; the program makes it first and drops it last.
+///
+/// It is a global on purpose. A process has one display, one user and one loop; the rules make
+/// their windows, timers and listeners, and look up functions, at places where there is nothing
+/// else to get it from, and passing it would add the same argument to each of them. Only the
+/// framework asks for it.
 class Runtime {
   public:
     explicit Runtime(platform::Platform platform);
@@ -23,7 +28,9 @@ class Runtime {
 
     [[nodiscard]] EventLoop& Loop() { return loop_; }
     [[nodiscard]] platform::WindowSystem& Windows() { return platform_.windows; }
-    [[nodiscard]] platform::NotificationCentre& Notifications() { return platform_.notifications; }
+    [[nodiscard]] platform::DistributedNotifications& Notifications() {
+        return platform_.notifications;
+    }
     [[nodiscard]] platform::PowerMessages& Power() { return platform_.power; }
     [[nodiscard]] const platform::FunctionTable& Functions() const { return platform_.functions; }
     [[nodiscard]] const platform::ScreenUpdates& Updates() const { return platform_.screenUpdates; }

@@ -1,5 +1,5 @@
 #include "framework/Runtime.h"
-#include "platform/dbus/DBusNotificationCentre.h"
+#include "platform/dbus/DBusNotifications.h"
 #include "platform/functions/LinuxFunctions.h"
 #include "platform/loop/SignalSource.h"
 #include "platform/loop/SystemWaiting.h"
@@ -33,7 +33,7 @@ void FillStandardDescriptors() {
 
 int RunOn(platform::X11WindowSystem& windows, platform::SignalSource& signals) {
     platform::SystemWaiting waiting;
-    platform::DBusNotificationCentre notifications;
+    platform::DBusNotifications notifications;
     platform::SystemPowerMessages power;
     platform::ScreenUpdates screenUpdates;
     platform::Handles handles;

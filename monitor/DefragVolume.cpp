@@ -4,7 +4,7 @@
 #include "framework/FunctionLookup.h"
 #include "framework/files/FolderItem.h"
 #include "framework/files/TextInputStream.h"
-#include "framework/files/Volumes.h"
+#include "framework/files/VolumeList.h"
 #include "framework/values/MemoryBlock.h"
 #include "framework/values/Numbers.h"
 #include "framework/values/Required.h"

@@ -1,5 +1,6 @@
 #include "framework/FunctionLookup.h"
 #include "framework/events/Application.h"
+#include "framework/events/SleepNotification.h"
 #include "framework/ui/System.h"
 #include "framework/values/Text.h"
 #include "monitor/TaskRecord.h"
@@ -35,6 +36,8 @@ void Window1::DiskNotification_Received(const Ref<CFString>& name, const Ref<CFO
             TakeIn(key, object, userInfo);
     }
     UpdateTileIfCollapsed(Native());
+    // Whether the machine may sleep depends on what runs.
+    SleepNotification::AnswerMayHaveChanged();
 }
 
 void Window1::TakeIn(const std::string& name, const Ref<CFObject>& object,

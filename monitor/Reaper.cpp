@@ -2,23 +2,10 @@
 #include "framework/events/Application.h"
 #include "panel/Window1.h"
 
-// Removes the rows of dead processes, and repaints the rows of living ones. A tool never says that
-// it has ended: its row goes when the system no longer lists its process.
+// Removes the rows of dead processes. A tool never says that it has ended: its row goes when the
+// system no longer lists its process.
 
 namespace kqu {
-
-namespace {
-/// A full turn of MyInc, in repaints.
-constexpr std::int32_t repaintsPerTurn = 6;
-} // namespace
-
-void Window1::MyTimer1_Action() {
-    if (!MyWindowEventList || MyWindowEventList->MyDict->Count() <= 0)
-        return;
-    MyWindowEventList->Refresh(Erasing::KeepBackground);
-    const std::int32_t next = MyInc + 1;
-    MyInc = next == repaintsPerTurn ? 0 : next;
-}
 
 void Window1::MyTimer3_Action() {
     const Ref<Dictionary> table = MyWindowEventList->MyDict;

@@ -3,17 +3,13 @@
 #include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFValues.h"
 #include "framework/values/Dictionary.h"
+#include "panel/TaskCode.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace kqu {
-
-/// The values of a row's "task": which tool it belongs to. The gaps in the numbering are the
-/// suite's.
-enum class TaskCode : std::int32_t { Scanner = 1, Defragmenter = 2, Backup = 6 };
 
 /// The text under an exact key of the user information; nothing if the key was not sent.
 /// Raises IllegalCastException if the value is no text: tools are trusted to keep to the format.

@@ -2,7 +2,7 @@
 #include "framework/values/Text.h"
 #include "panel/Pictures.h"
 #include "panel/RowLayout.h"
-#include "panel/RowParts.h"
+#include "panel/RowPainting.h"
 
 namespace kqu {
 

@@ -1,6 +1,6 @@
 #include "panel/Pictures.h"
 
-#include "framework/files/ResourceFork.h"
+#include "framework/ui/ResourceFork.h"
 
 #include <map>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "framework/values/Numbers.h"
 #include "framework/values/Text.h"
 #include "panel/RowLayout.h"
-#include "panel/RowParts.h"
+#include "panel/RowPainting.h"
 
 namespace kqu {
 

@@ -1,7 +1,8 @@
+#include "panel/RowPainting.h"
+
 #include "framework/values/Required.h"
-#include "monitor/TaskRecord.h"
 #include "panel/RowLayout.h"
-#include "panel/RowParts.h"
+#include "panel/TaskCode.h"
 
 // The list: every row from the task table into one picture, and the picture to the canvas at the
 // scroll position. Each paint begins anew.

@@ -1,8 +1,8 @@
 #include "framework/values/Text.h"
+#include "globals/Module1.h"
 #include "panel/Pictures.h"
 #include "panel/RowLayout.h"
-#include "panel/RowParts.h"
-#include "shell/Module1.h"
+#include "panel/RowPainting.h"
 
 namespace kqu {
 

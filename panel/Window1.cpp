@@ -5,8 +5,8 @@
 #include "framework/ui/Graphics.h"
 #include "framework/ui/Picture.h"
 #include "framework/values/Required.h"
+#include "globals/Module1.h"
 #include "panel/Pictures.h"
-#include "shell/Module1.h"
 
 namespace kqu {
 

@@ -2,7 +2,7 @@
 #include "framework/corefoundation/CFPropertyList.h"
 #include "framework/corefoundation/CFValues.h"
 #include "framework/files/FolderItem.h"
-#include "shell/Module1.h"
+#include "globals/Module1.h"
 
 namespace kqu {
 

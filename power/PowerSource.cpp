@@ -1,7 +1,7 @@
 #include "framework/FunctionLookup.h"
 #include "framework/values/MemoryBlock.h"
 #include "framework/values/Text.h"
-#include "shell/Module1.h"
+#include "globals/Module1.h"
 
 #include <memory>
 

@@ -2,9 +2,9 @@
 
 #include "framework/values/Required.h"
 #include "framework/values/Text.h"
-#include "monitor/TaskRecord.h"
+#include "globals/Module1.h"
+#include "panel/TaskCode.h"
 #include "panel/Window1.h"
-#include "shell/Module1.h"
 
 #include <algorithm>
 #include <array>

@@ -13,8 +13,27 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 NOT_OURS = {"build", "out", ".git", "__pycache__"}
 PICTURES = {".svg", ".png"}
 
-MESSENGER = ("shell", "monitor", "panel", "power", "bridges")
-RANKS = {"platform": 0, "framework": 1, **dict.fromkeys(MESSENGER, 2), "main": 3}
+# From the bottom up. A folder includes its own files and those of the lines below it.
+LAYERS = (
+    ("platform",),
+    ("platform/interfaces", "platform/files"),
+    ("platform/loop", "platform/text", "platform/dbus", "platform/power_supply",
+     "platform/volumes", "platform/x11"),
+    ("platform/functions", "platform/power_messages"),
+    ("framework/values", "framework/loop"),
+    ("framework",),
+    ("framework/files", "framework/ui/drawing"),
+    ("framework/corefoundation", "framework/ui"),
+    ("framework/events",),
+    ("globals",),
+    ("panel",),
+    ("power",),
+    ("shell",),
+    ("bridges",),
+    ("monitor",),
+    ("main",),
+)
+RANKS = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folders}
 # Folders that no layer may include, and that stand beside the layers.
 BESIDE = ("tests", "bench", "demo", "post")
 # The one alias for the deleters of C objects serves the command beside the layers as well.
@@ -52,13 +71,20 @@ def is_cpp(name):
     return name.suffix in (".cpp", ".h")
 
 
+def layer_of(path):
+    """The innermost folder of a path that is a layer; none where no layer is."""
+    return next((str(folder) for folder in pathlib.PurePath(path).parents
+                 if str(folder) in RANKS), None)
+
+
 def layer_complaint(name, bracket, header):
     folder, target = name.parts[0], header.split("/")[0]
+    layer, below = layer_of(name), layer_of(header)
     if folder in ("tests", "bench") or header == SHARED:
         return None
     if bracket == '"':
-        if folder in RANKS and target in RANKS and RANKS[target] > RANKS[folder]:
-            return f"{folder} includes from above: {header}"
+        if layer and below and layer != below and RANKS[below] >= RANKS[layer]:
+            return f"{layer} includes from above or beside: {header}"
         if target != folder and (target in BESIDE or (folder in BESIDE and target in RANKS)):
             return f"{folder} and {target} do not include each other: {header}"
         if target not in RANKS and target not in BESIDE and target != "resources":

@@ -1,10 +1,10 @@
 #include "shell/App.h"
 
 #include "framework/FunctionLookup.h"
+#include "globals/Module1.h"
 #include "panel/Pictures.h"
 #include "panel/Window1.h"
 #include "power/SleepNote.h"
-#include "shell/Module1.h"
 
 #include <memory>
 

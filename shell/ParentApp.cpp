@@ -1,8 +1,8 @@
 #include "framework/files/FileDescriptor.h"
 #include "framework/files/FolderItem.h"
 #include "framework/values/Text.h"
+#include "globals/Module1.h"
 #include "shell/App.h"
-#include "shell/Module1.h"
 
 namespace kqu {
 

@@ -1,6 +1,6 @@
 #include "framework/values/Text.h"
+#include "globals/Module1.h"
 #include "panel/Window1.h"
-#include "shell/Module1.h"
 
 namespace kqu {
 

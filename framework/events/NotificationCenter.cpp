@@ -41,8 +41,6 @@ void NotificationCenter::Deliver(const platform::PostedNotification& posted) {
     const Ref<CFObject> object = posted.object ? std::visit(ToObject{}, *posted.object) : nullptr;
     const Ref<CFDictionary> userInfo = posted.userInfo ? ToDictionary(*posted.userInfo) : nullptr;
     Received(name, object, userInfo);
-    // Whether the machine may sleep depends on what runs, and this may have changed it.
-    Runtime::Current().Power().AnswerMayHaveChanged();
 }
 
 } // namespace kqu

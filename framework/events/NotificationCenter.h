@@ -5,7 +5,7 @@
 #include "framework/corefoundation/CFValues.h"
 #include "framework/ui/InvisibleControl.h"
 #include "framework/values/Object.h"
-#include "platform/interfaces/NotificationCentre.h"
+#include "platform/interfaces/DistributedNotifications.h"
 #include "platform/interfaces/Registration.h"
 
 #include <cstdint>

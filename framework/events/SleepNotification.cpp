@@ -9,4 +9,8 @@ SleepNotification::SleepNotification()
           [this](std::int32_t message) { return Event_Sleep(message); },
           [this] { return WhatRuns(); })) {}
 
+void SleepNotification::AnswerMayHaveChanged() {
+    Runtime::Current().Power().AnswerMayHaveChanged();
+}
+
 } // namespace kqu

@@ -15,6 +15,9 @@ class SleepNotification : public Object {
   public:
     SleepNotification();
 
+    /// Something that the answer may depend on has changed: the listener is asked again soon.
+    static void AnswerMayHaveChanged();
+
     bool running = true;
 
     /// Returns whether the listener objects to a power message.

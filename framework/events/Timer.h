@@ -1,6 +1,6 @@
 #pragma once
 
-#include "framework/events/LoopTimer.h"
+#include "framework/loop/LoopTimer.h"
 #include "framework/ui/InvisibleControl.h"
 
 #include <cstdint>

@@ -15,7 +15,7 @@ std::filesystem::path& Root() {
     return root;
 }
 
-std::string WithoutEscapes(std::string_view path) {
+std::string WithoutBackslashes(std::string_view path) {
     std::string plain;
     for (std::size_t i = 0; i < path.size(); ++i) {
         if (path[i] == '\\' && i + 1 < path.size())
@@ -99,7 +99,7 @@ Ref<TextOutputStream> FolderItem::CreateTextFile() const {
 
 Ref<FolderItem> GetFolderItem(std::string_view path, PathForm form) {
     const std::filesystem::path plain =
-        form == PathForm::Shell ? WithoutEscapes(path) : std::string(path);
+        form == PathForm::Shell ? WithoutBackslashes(path) : std::string(path);
     if (!plain.is_absolute())
         return nullptr;
     const std::filesystem::path normal = plain.lexically_normal();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "framework/values/Object.h"
-#include "platform/volumes/MountedVolume.h"
+#include "platform/interfaces/MountedVolume.h"
 
 #include <cstdint>
 #include <filesystem>

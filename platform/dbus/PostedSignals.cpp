@@ -16,7 +16,7 @@ std::string SubscriptionRule() {
 
 PostedSignals::PostedSignals(HeardSenders heard, BusConnection::FindAddress findAddress,
                              std::chrono::milliseconds retryAfter,
-                             std::shared_ptr<const NotificationCentre::Listener> listener)
+                             std::shared_ptr<const DistributedNotifications::Listener> listener)
     : listener_(std::move(listener)), connection_(findAddress, retryAfter, *this) {
     if (heard == HeardSenders::RootAndOwn)
         trust_.emplace(*this);

@@ -2,7 +2,7 @@
 
 #include "platform/dbus/BusConnection.h"
 #include "platform/dbus/SenderTrust.h"
-#include "platform/interfaces/NotificationCentre.h"
+#include "platform/interfaces/DistributedNotifications.h"
 
 #include <cstdint>
 #include <map>
@@ -21,7 +21,7 @@ class PostedSignals final : public BusConnection::Client, public SenderTrust::Bu
   public:
     PostedSignals(HeardSenders heard, BusConnection::FindAddress findAddress,
                   std::chrono::milliseconds retryAfter,
-                  std::shared_ptr<const NotificationCentre::Listener> listener);
+                  std::shared_ptr<const DistributedNotifications::Listener> listener);
 
     void Begin() { connection_.Begin(); }
     [[nodiscard]] EventSource& Source() { return connection_; }
@@ -49,7 +49,7 @@ class PostedSignals final : public BusConnection::Client, public SenderTrust::Bu
     void Deliver(PostedNotification posted, EventQueue& queue) const;
 
     /// Empty while nobody listens. Shared with the deliveries that wait in the loop's queue.
-    std::shared_ptr<const NotificationCentre::Listener> listener_;
+    std::shared_ptr<const DistributedNotifications::Listener> listener_;
     BusConnection connection_;
     std::optional<SenderTrust> trust_;
     std::uint64_t subscription_ = 0;

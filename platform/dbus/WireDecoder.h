@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/interfaces/NotificationCentre.h"
+#include "platform/interfaces/DistributedNotifications.h"
 
 #include <cstddef>
 #include <systemd/sd-bus.h>

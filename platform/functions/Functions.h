@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/interfaces/MountedVolume.h"
 #include "platform/interfaces/NativeWindow.h"
-#include "platform/volumes/MountedVolume.h"
 
 #include <algorithm>
 #include <array>

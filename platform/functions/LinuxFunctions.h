@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/functions/FunctionTable.h"
 #include "platform/functions/Handles.h"
-#include "platform/functions/ScreenUpdates.h"
+#include "platform/interfaces/FunctionTable.h"
+#include "platform/interfaces/ScreenUpdates.h"
 #include "platform/power_supply/PowerSupplies.h"
 
 #include <filesystem>

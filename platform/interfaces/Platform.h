@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/functions/FunctionTable.h"
-#include "platform/functions/ScreenUpdates.h"
+#include "platform/interfaces/DistributedNotifications.h"
 #include "platform/interfaces/EventSource.h"
+#include "platform/interfaces/FunctionTable.h"
 #include "platform/interfaces/NativeWindow.h"
-#include "platform/interfaces/NotificationCentre.h"
 #include "platform/interfaces/PowerMessages.h"
+#include "platform/interfaces/ScreenUpdates.h"
 #include "platform/interfaces/Waiting.h"
 
 #include <vector>
@@ -17,7 +17,7 @@ namespace kqu::platform {
 struct Platform {
     Waiting& waiting;
     WindowSystem& windows;
-    NotificationCentre& notifications;
+    DistributedNotifications& notifications;
     PowerMessages& power;
     FunctionTable& functions;
     ScreenUpdates& screenUpdates;

@@ -27,7 +27,7 @@ std::string LinkName(const fs::path& link) {
 }
 
 /// A name as udev writes it in a file name: odd characters as \x and two hexadecimal digits.
-std::string WithoutEscapes(const std::string& name) {
+std::string PlainLabel(const std::string& name) {
     constexpr std::size_t escapeLength = 4;
     constexpr std::string_view digits = "0123456789abcdef";
     std::string plain;
@@ -117,7 +117,7 @@ void Volumes::ForgetAllBut(const std::vector<Volume>& mounted) {
 std::string Volumes::NameOf(const Volume& volume) const {
     for (const fs::path& label : EntriesOf(root_ / "dev/disk/by-label"))
         if (!volume.disk.empty() && LinkName(label) == volume.disk)
-            return WithoutEscapes(label.filename().string());
+            return PlainLabel(label.filename().string());
     const std::string last = fs::path(volume.mountPoint).filename().string();
     return last.empty() ? "/" : last;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/volumes/MountedVolume.h"
+#include "platform/interfaces/MountedVolume.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,6 +1,6 @@
-#include "framework/files/ResourceFork.h"
 #include "framework/ui/Graphics.h"
 #include "framework/ui/Picture.h"
+#include "framework/ui/ResourceFork.h"
 #include "platform/functions/Functions.h"
 #include "tests/support/SimulatedMachine.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "framework/files/ResourceFork.h"
 #include "framework/ui/Colour.h"
 #include "framework/ui/Picture.h"
+#include "framework/ui/ResourceFork.h"
 #include "panel/Pictures.h"
 #include "platform/CDeleter.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/interfaces/NotificationCentre.h"
+#include "platform/interfaces/DistributedNotifications.h"
 
 #include <iomanip>
 #include <sstream>

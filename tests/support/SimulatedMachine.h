@@ -1,10 +1,10 @@
 #pragma once
 
 #include "framework/Runtime.h"
+#include "globals/Module1.h"
 #include "panel/Window1.h"
 #include "platform/functions/Handles.h"
 #include "shell/App.h"
-#include "shell/Module1.h"
 #include "tests/support/MadeUpVolumes.h"
 #include "tests/support/SimulatedProcesses.h"
 #include "tests/support/SimulatedWaiting.h"
@@ -29,7 +29,8 @@ using platform::WireValue;
 using Texts = std::initializer_list<std::pair<const char*, const char*>>;
 
 /// The distributed notification centre in memory.
-class SimulatedCentre final : public platform::NotificationCentre, public platform::EventSource {
+class SimulatedCentre final : public platform::DistributedNotifications,
+                              public platform::EventSource {
   public:
     [[nodiscard]] platform::Registration Listen(Listener listener) override;
     [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }

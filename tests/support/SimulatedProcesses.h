@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/functions/FunctionTable.h"
+#include "platform/interfaces/FunctionTable.h"
 
 #include <cstdint>
 #include <functional>

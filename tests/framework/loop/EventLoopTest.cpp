@@ -1,6 +1,6 @@
-#include "framework/events/EventLoop.h"
+#include "framework/loop/EventLoop.h"
 
-#include "framework/events/LoopTimer.h"
+#include "framework/loop/LoopTimer.h"
 #include "tests/support/SimulatedWaiting.h"
 
 #include <gtest/gtest.h>

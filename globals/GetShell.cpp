@@ -2,7 +2,7 @@
 #include "framework/events/Application.h"
 #include "framework/values/MemoryBlock.h"
 #include "framework/values/Text.h"
-#include "shell/Module1.h"
+#include "globals/Module1.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
-#include "framework/files/ResourceFork.h"
+#include "framework/ui/ResourceFork.h"
 
-#include "framework/files/EmbeddedPictures.h"
+#include "framework/ui/EmbeddedPictures.h"
 #include "framework/ui/Picture.h"
 #include "platform/interfaces/DeviceScale.h"
 

@@ -27,11 +27,11 @@ struct PostedNotification {
 };
 
 /// The machine's distributed notification centre, to which every process may post.
-class NotificationCentre {
+class DistributedNotifications {
   public:
     using Listener = std::function<void(const PostedNotification&)>;
 
-    virtual ~NotificationCentre() = default;
+    virtual ~DistributedNotifications() = default;
 
     /// Every notification that is posted from now on is delivered to `listener` once, from the
     /// event loop. One listens at a time. The first call connects to the buses, and goes on trying

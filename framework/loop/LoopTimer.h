@@ -1,6 +1,6 @@
 #pragma once
 
-#include "framework/events/EventLoop.h"
+#include "framework/loop/EventLoop.h"
 
 #include <chrono>
 

@@ -1,4 +1,4 @@
-#include "platform/dbus/DBusNotificationCentre.h"
+#include "platform/dbus/DBusNotifications.h"
 
 #include "platform/dbus/WireDecoder.h"
 #include "tests/support/PrivateBus.h"
@@ -45,9 +45,9 @@ struct Poster {
     PrivateBus::Connection connection;
 };
 
-class DBusNotificationCentreTest : public testing::Test {
+class DBusNotificationsTest : public testing::Test {
   protected:
-    DBusNotificationCentreTest() {
+    DBusNotificationsTest() {
         setenv("DBUS_SESSION_BUS_ADDRESS", session.Address().c_str(), 1);
         setenv("DBUS_SYSTEM_BUS_ADDRESS", system.Address().c_str(), 1);
     }
@@ -73,13 +73,13 @@ class DBusNotificationCentreTest : public testing::Test {
 
     PrivateBus session;
     PrivateBus system;
-    DBusNotificationCentre centre{100ms};
+    DBusNotifications centre{100ms};
     SourcePump pump{centre.Sources()};
     Names heard;
     Registration listening;
 };
 
-TEST_F(DBusNotificationCentreTest, EachBusIsFoundWheneverItComesAndTrustDoesNotOutliveIt) {
+TEST_F(DBusNotificationsTest, EachBusIsFoundWheneverItComesAndTrustDoesNotOutliveIt) {
     EXPECT_FALSE(IsConnected(0)) << "the first listener connects";
     Listen();
     pump.For(300ms);
@@ -131,14 +131,14 @@ class DeafBus {
     int socket_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
 };
 
-TEST_F(DBusNotificationCentreTest, ABusThatNeverAnswersHoldsNobody) {
+TEST_F(DBusNotificationsTest, ABusThatNeverAnswersHoldsNobody) {
     system.Run();
     const DeafBus deaf(session);
     Listen();
     AwaitListening(Poster(system));
 }
 
-TEST_F(DBusNotificationCentreTest, TheNameWaitsForASystemBusThatHangsButNotForLong) {
+TEST_F(DBusNotificationsTest, TheNameWaitsForASystemBusThatHangsButNotForLong) {
     session.Run();
     const DeafBus deaf(system);
     const Poster poster(session);

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/interfaces/DistributedNotifications.h"
 #include "platform/interfaces/EventSource.h"
-#include "platform/interfaces/NotificationCentre.h"
 
 #include <chrono>
 #include <memory>
@@ -18,11 +18,11 @@ class PostedSignals;
 /// It hears everybody on the user's session bus. On the system bus, to which all users may post, it
 /// hears root and the process's own user only. Either bus may be absent or go away; it is tried
 /// again while the other goes on. The program's name on the session bus stands for its listening.
-class DBusNotificationCentre final : public NotificationCentre {
+class DBusNotifications final : public DistributedNotifications {
   public:
     /// Connects to nothing yet. `retryAfter` is the pause before an absent bus is tried again.
-    explicit DBusNotificationCentre(std::chrono::milliseconds retryAfter = std::chrono::seconds(3));
-    ~DBusNotificationCentre() override;
+    explicit DBusNotifications(std::chrono::milliseconds retryAfter = std::chrono::seconds(3));
+    ~DBusNotifications() override;
 
     /// The process must run as its final user by the first call, which connects without waiting.
     [[nodiscard]] Registration Listen(Listener listener) override;

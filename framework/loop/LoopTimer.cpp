@@ -1,4 +1,4 @@
-#include "framework/events/LoopTimer.h"
+#include "framework/loop/LoopTimer.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "platform/dbus/DBusNotificationCentre.h"
+#include "platform/dbus/DBusNotifications.h"
 
 #include "platform/dbus/BusAddress.h"
 #include "platform/dbus/OwnName.h"
@@ -8,7 +8,7 @@
 
 namespace kqu::platform {
 
-DBusNotificationCentre::DBusNotificationCentre(std::chrono::milliseconds retryAfter)
+DBusNotifications::DBusNotifications(std::chrono::milliseconds retryAfter)
     : listener_(std::make_shared<Listener>()),
       session_(std::make_unique<PostedSignals>(HeardSenders::All, SessionBusAddress, retryAfter,
                                                listener_)),
@@ -16,16 +16,16 @@ DBusNotificationCentre::DBusNotificationCentre(std::chrono::milliseconds retryAf
                                               retryAfter, listener_)),
       name_(std::make_unique<OwnName>(*session_, *system_)) {}
 
-DBusNotificationCentre::~DBusNotificationCentre() = default;
+DBusNotifications::~DBusNotifications() = default;
 
-Registration DBusNotificationCentre::Listen(Listener listener) {
+Registration DBusNotifications::Listen(Listener listener) {
     *listener_ = std::move(listener);
     session_->Begin();
     system_->Begin();
     return Registration([listener = listener_] { *listener = nullptr; });
 }
 
-std::vector<EventSource*> DBusNotificationCentre::Sources() {
+std::vector<EventSource*> DBusNotifications::Sources() {
     return {&session_->Source(), &system_->Source(), name_.get()};
 }
 

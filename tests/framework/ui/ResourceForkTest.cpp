@@ -1,4 +1,4 @@
-#include "framework/files/ResourceFork.h"
+#include "framework/ui/ResourceFork.h"
 
 #include "framework/ui/Picture.h"
 

@@ -1,4 +1,4 @@
-#include "shell/Module1.h"
+#include "globals/Module1.h"
 
 namespace kqu {
 

@@ -1,4 +1,4 @@
-#include "framework/files/Volumes.h"
+#include "framework/files/VolumeList.h"
 
 #include "framework/FunctionLookup.h"
 
