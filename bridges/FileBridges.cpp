@@ -1,6 +1,6 @@
 #include "framework/FunctionLookup.h"
 #include "framework/files/FolderItem.h"
-#include "framework/values/Required.h"
+#include "framework/values/Object.h"
 #include "framework/values/Text.h"
 #include "shell/App.h"
 

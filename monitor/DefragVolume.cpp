@@ -3,11 +3,11 @@
 #include "bridges/VolumeBridges.h"
 #include "framework/FunctionLookup.h"
 #include "framework/files/FolderItem.h"
-#include "framework/files/TextInputStream.h"
+#include "framework/files/Streams.h"
 #include "framework/files/VolumeList.h"
 #include "framework/values/MemoryBlock.h"
 #include "framework/values/Numbers.h"
-#include "framework/values/Required.h"
+#include "framework/values/Object.h"
 #include "framework/values/Text.h"
 #include "monitor/TaskRecord.h"
 

@@ -1,4 +1,4 @@
-#include "framework/values/Required.h"
+#include "framework/values/Object.h"
 #include "framework/values/Text.h"
 #include "panel/Pictures.h"
 #include "panel/RowLayout.h"

@@ -1,10 +1,9 @@
 #include "framework/files/FolderItem.h"
 #include "framework/files/SpecialFolder.h"
-#include "framework/files/TextInputStream.h"
-#include "framework/files/TextOutputStream.h"
+#include "framework/files/Streams.h"
 #include "framework/ui/System.h"
 #include "framework/values/Numbers.h"
-#include "framework/values/Required.h"
+#include "framework/values/Object.h"
 #include "framework/values/Text.h"
 #include "panel/Window1.h"
 

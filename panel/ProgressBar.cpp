@@ -1,6 +1,6 @@
 #include "framework/ui/Graphics.h"
 #include "framework/values/Numbers.h"
-#include "framework/values/Required.h"
+#include "framework/values/Object.h"
 #include "panel/MyEventList.h"
 #include "panel/Pictures.h"
 

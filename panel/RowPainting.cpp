@@ -1,6 +1,6 @@
 #include "panel/RowPainting.h"
 
-#include "framework/values/Required.h"
+#include "framework/values/Object.h"
 #include "panel/RowLayout.h"
 #include "panel/TaskCode.h"
 

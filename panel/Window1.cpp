@@ -4,7 +4,7 @@
 #include "framework/events/Application.h"
 #include "framework/ui/Graphics.h"
 #include "framework/ui/Picture.h"
-#include "framework/values/Required.h"
+#include "framework/values/Object.h"
 #include "globals/Module1.h"
 #include "panel/Pictures.h"
 

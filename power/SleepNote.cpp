@@ -1,6 +1,6 @@
 #include "power/SleepNote.h"
 
-#include "framework/values/Required.h"
+#include "framework/values/Object.h"
 #include "framework/values/Text.h"
 #include "globals/Module1.h"
 #include "panel/TaskCode.h"

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "framework/values/Object.h"
-#include "framework/values/Required.h"
 
 namespace kqu {
 

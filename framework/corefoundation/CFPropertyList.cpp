@@ -4,8 +4,8 @@
 #include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFValues.h"
 #include "framework/corefoundation/XmlPropertyList.h"
-#include "framework/files/BinaryStream.h"
 #include "framework/files/FolderItem.h"
+#include "framework/files/Streams.h"
 #include "platform/CDeleter.h"
 
 #include <plist/plist.h>

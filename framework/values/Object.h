@@ -29,4 +29,12 @@ template <class T>
     return cast;
 }
 
+/// The object itself where there must be one. Raises NilObjectException for nil.
+template <class T>
+[[nodiscard]] const Ref<T>& Required(const Ref<T>& object) {
+    if (!object)
+        throw NilObjectException("a nil object was used");
+    return object;
+}
+
 } // namespace kqu

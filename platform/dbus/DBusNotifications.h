@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dbus/PostedSignals.h"
 #include "platform/interfaces/DistributedNotifications.h"
 #include "platform/interfaces/EventSource.h"
 
@@ -9,20 +10,22 @@
 
 namespace kqu::platform {
 
-class OwnName;
-class PostedSignals;
-
 /// The distributed notification centre on D-Bus: every signal `Posted` of the interface
 /// com.brackwater.DistributedNotifications, whatever its path and its arguments.
 ///
 /// It hears everybody on the user's session bus. On the system bus, to which all users may post, it
 /// hears root and the process's own user only. Either bus may be absent or go away; it is tried
-/// again while the other goes on. The program's name on the session bus stands for its listening.
-class DBusNotifications final : public DistributedNotifications {
+/// again while the other goes on.
+///
+/// The program's name on the session bus stands for its listening, and the program is started and
+/// found by it. A sender who sees that the name has an owner may post on either bus at once. So the
+/// name is asked for when the session bus has taken the subscription, and the system bus has been
+/// dealt with as well or has taken too long. It is asked for anew on each new connection. Whether
+/// the name is given is of no interest; a second copy queues for it.
+class DBusNotifications final : public DistributedNotifications, private EventSource {
   public:
     /// Connects to nothing yet. `retryAfter` is the pause before an absent bus is tried again.
     explicit DBusNotifications(std::chrono::milliseconds retryAfter = std::chrono::seconds(3));
-    ~DBusNotifications() override;
 
     /// The process must run as its final user by the first call, which connects without waiting.
     [[nodiscard]] Registration Listen(Listener listener) override;
@@ -31,11 +34,18 @@ class DBusNotifications final : public DistributedNotifications {
     /// in this order. They are valid as long as this object is.
     [[nodiscard]] std::vector<EventSource*> Sources();
 
+    /// How long the system bus may take once the session bus is ready.
+    static constexpr std::chrono::seconds patience{2};
+
   private:
+    [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
+    /// A moment only while nothing but the system bus is waited for.
+    [[nodiscard]] std::optional<Moment> Due() const override;
+    bool Collect(EventQueue& queue) override;
+
     std::shared_ptr<Listener> listener_;
-    std::unique_ptr<PostedSignals> session_;
-    std::unique_ptr<PostedSignals> system_;
-    std::unique_ptr<OwnName> name_;
+    PostedSignals session_;
+    PostedSignals system_;
 };
 
 } // namespace kqu::platform

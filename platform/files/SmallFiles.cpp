@@ -2,29 +2,19 @@
 
 #include "platform/CDeleter.h"
 
-#include <array>
-#include <cstdio>
+#include <glib.h>
 #include <system_error>
 
 namespace kqu::platform {
 
-std::optional<std::string> TextOfFile(const std::filesystem::path& path) {
-    const CPointer<std::FILE, std::fclose> file(std::fopen(path.c_str(), "re"));
-    if (!file)
-        return std::nullopt;
-    std::string text;
-    std::array<char, 4096> piece{};
-    while (const std::size_t got = std::fread(piece.data(), 1, piece.size(), file.get()))
-        text.append(piece.data(), got);
-    if (std::ferror(file.get()) != 0)
-        return std::nullopt;
-    return text;
-}
-
 std::optional<std::string> ValueOfFile(const std::filesystem::path& path) {
-    auto value = TextOfFile(path);
-    if (value)
-        value->erase(value->find_last_not_of('\n') + 1);
+    char* contents = nullptr;
+    gsize length = 0;
+    if (g_file_get_contents(path.c_str(), &contents, &length, nullptr) == 0)
+        return std::nullopt;
+    const CPointer<char, g_free> owned(contents);
+    std::string value(contents, length);
+    value.erase(value.find_last_not_of('\n') + 1);
     return value;
 }
 

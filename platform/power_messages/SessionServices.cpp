@@ -1,7 +1,6 @@
 #include "platform/power_messages/SessionServices.h"
 
 #include "platform/dbus/BusAddress.h"
-#include "platform/dbus/OwnName.h"
 
 namespace kqu::platform {
 
@@ -34,7 +33,7 @@ int WriteForSessionManager(sd_bus_message& call, const char* why) {
     constexpr std::uint32_t logOut = 1;
     constexpr std::uint32_t suspend = 4;
     constexpr std::uint32_t noWindow = 0;
-    return sd_bus_message_append(&call, "susu", OwnName::name, noWindow, why, logOut | suspend);
+    return sd_bus_message_append(&call, "susu", ownBusName, noWindow, why, logOut | suspend);
 }
 
 int WriteForPowerManager(sd_bus_message& call, const char* why) {

@@ -1,8 +1,6 @@
 #include "framework/files/FolderItem.h"
-#include "framework/files/BinaryStream.h"
 #include "framework/files/SpecialFolder.h"
-#include "framework/files/TextInputStream.h"
-#include "framework/files/TextOutputStream.h"
+#include "framework/files/Streams.h"
 #include "tests/support/MadeUpTree.h"
 
 #include <gtest/gtest.h>
