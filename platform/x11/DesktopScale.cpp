@@ -15,13 +15,6 @@ namespace {
 constexpr int largestScale = 3;
 /// In words: more than any sensible property of this kind has.
 constexpr std::uint32_t mostWords = 1U << 16;
-
-std::string_view TextOf(const void* reply) {
-    const auto* property = static_cast<const xcb_get_property_reply_t*>(reply);
-    if (property == nullptr || property->format != 8)
-        return {};
-    return {static_cast<const char*>(xcb_get_property_value(property)), property->value_len};
-}
 } // namespace
 
 std::optional<int> WindowScalingFactor(std::string_view settings) {
@@ -103,8 +96,12 @@ void DesktopScale::AskForText(xcb_window_t window, xcb_atom_t property, xcb_atom
                               std::function<void(std::string_view)> take) {
     const auto question =
         xcb_get_property(display_.Connection(), 0, window, property, type, 0, mostWords);
-    questions_.Ask(question.sequence,
-                   [take = std::move(take)](const void* reply) { take(TextOf(reply)); });
+    questions_.Ask(question.sequence, [take = std::move(take)](const void* reply) {
+        const auto* text = static_cast<const xcb_get_property_reply_t*>(reply);
+        if (text == nullptr || text->format != 8)
+            return take({});
+        take({static_cast<const char*>(xcb_get_property_value(text)), text->value_len});
+    });
 }
 
 void DesktopScale::Take(std::optional<int> scale) {

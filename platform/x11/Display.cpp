@@ -19,17 +19,16 @@ const xcb_screen_t* ScreenOfNumber(xcb_connection_t* connection, int number) {
         xcb_screen_next(&screen);
     return screen.data;
 }
-
-/// A display that refuses us has the library print why; whether there is a display is ours to tell.
-xcb_connection_t* ConnectQuietly(int& screenNumber) {
-    const QuietErrors quiet;
-    return xcb_connect(nullptr, &screenNumber);
-}
 } // namespace
 
 std::unique_ptr<Display> Display::Open() {
     int screenNumber = 0;
-    Connected connection(ConnectQuietly(screenNumber));
+    Connected connection;
+    {
+        // A display that refuses us has the library print why; that is ours to report.
+        const QuietErrors quiet;
+        connection.reset(xcb_connect(nullptr, &screenNumber));
+    }
     if (xcb_connection_has_error(connection.get()) != 0)
         return nullptr;
     // The commands that the program starts are not to hold our connection.
@@ -43,29 +42,31 @@ std::unique_ptr<Display> Display::Open() {
 Display::Display(Connected connection, int screenNumber)
     : connection_(std::move(connection)), screen_(ScreenOfNumber(Connection(), screenNumber)) {
     InternAtoms();
-    ChooseVisual();
+    format_ = ChooseFormat();
     colormap_ = screen_->default_colormap;
-    if (visual_ != screen_->root_visual) {
+    if (format_ && Visual() != screen_->root_visual) {
         colormap_ = xcb_generate_id(Connection());
-        xcb_create_colormap(Connection(), XCB_COLORMAP_ALLOC_NONE, colormap_, Root(), visual_);
+        xcb_create_colormap(Connection(), XCB_COLORMAP_ALLOC_NONE, colormap_, Root(), Visual());
     }
 }
 
-void Display::ChooseVisual() {
-    // The root's own if its pixels carry their colours, else any of at most 24 bits that do. More
-    // than 24 bits would make the window see-through under a compositor.
+std::optional<PixelFormat> Display::ChooseFormat() const {
+    // That of the root's own visual if its pixels carry their colours, else of any of at most 24
+    // bits that do. More than 24 bits would make the window see-through under a compositor.
+    std::optional<PixelFormat> best;
     for (auto depth = xcb_screen_allowed_depths_iterator(screen_); depth.rem > 0;
          xcb_depth_next(&depth))
         for (auto visual = xcb_depth_visuals_iterator(depth.data); visual.rem > 0;
              xcb_visualtype_next(&visual)) {
-            const bool isRoots = visual.data->visual_id == screen_->root_visual;
-            const bool isBetter = depth.data->depth <= 24 && visual_ != screen_->root_visual &&
-                                  (!format_ || depth.data->depth > format_->depth);
-            if (visual.data->_class != XCB_VISUAL_CLASS_TRUE_COLOR || (!isRoots && !isBetter))
+            if (visual.data->_class != XCB_VISUAL_CLASS_TRUE_COLOR)
                 continue;
-            format_.emplace(*xcb_get_setup(Connection()), depth.data->depth, *visual.data);
-            visual_ = visual.data->visual_id;
+            const PixelFormat format(*xcb_get_setup(Connection()), depth.data->depth, *visual.data);
+            if (format.Visual() == screen_->root_visual)
+                return format;
+            if (format.Depth() <= 24 && (!best || format.Depth() > best->Depth()))
+                best.emplace(format);
         }
+    return best;
 }
 
 void Display::InternAtoms() {
@@ -110,9 +111,7 @@ void Display::SendToManager(xcb_window_t window, AtomName type,
                             const std::array<std::uint32_t, 5>& words) const {
     xcb_client_message_event_t message{XCB_CLIENT_MESSAGE, 32, 0, window, Atom(type), {}};
     std::copy(words.begin(), words.end(), message.data.data32);
-    xcb_send_event(Connection(), 0, Root(),
-                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                   reinterpret_cast<const char*>(&message));
+    SendToRoot(message);
 }
 
 } // namespace kqu::platform

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <span>
@@ -31,7 +32,7 @@ class Display {
 
     [[nodiscard]] const xcb_screen_t& Screen() const { return *screen_; }
     [[nodiscard]] xcb_window_t Root() const { return screen_->root; }
-    [[nodiscard]] xcb_visualid_t Visual() const { return visual_; }
+    [[nodiscard]] xcb_visualid_t Visual() const { return format_->Visual(); }
     [[nodiscard]] xcb_colormap_t Colormap() const { return colormap_; }
     [[nodiscard]] const PixelFormat& Format() const { return *format_; }
     [[nodiscard]] xcb_atom_t Atom(AtomName name) const { return atoms_[name.index]; }
@@ -46,6 +47,15 @@ class Display {
                                            xcb_atom_t type) const;
     /// The items that an answer holds; nothing if there is none or it is of another type.
     [[nodiscard]] static std::vector<std::uint32_t> WordsOf(const void* reply, xcb_atom_t type);
+    /// Sends an event of the core protocol to whoever manages the root window.
+    template <class Event>
+    void SendToRoot(const Event& event) const {
+        std::array<char, 32> bytes{};
+        std::memcpy(bytes.data(), &event, sizeof event);
+        xcb_send_event(Connection(), 0, Root(),
+                       XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                       bytes.data());
+    }
     /// Sends a client message on `window` to whoever manages the root window, as EWMH has it.
     void SendToManager(xcb_window_t window, AtomName type,
                        const std::array<std::uint32_t, 5>& words) const;
@@ -54,14 +64,13 @@ class Display {
     using Connected = CPointer<xcb_connection_t, xcb_disconnect>;
 
     Display(Connected connection, int screenNumber);
-    void ChooseVisual();
+    [[nodiscard]] std::optional<PixelFormat> ChooseFormat() const;
     void InternAtoms();
 
     Connected connection_;
     const xcb_screen_t* screen_ = nullptr;
     std::array<xcb_atom_t, atomNames.size()> atoms_{};
     std::optional<PixelFormat> format_;
-    xcb_visualid_t visual_ = 0;
     xcb_colormap_t colormap_ = 0;
 };
 

@@ -10,7 +10,6 @@ namespace kqu::platform {
 
 namespace {
 using Surface = CPointer<cairo_surface_t, cairo_surface_destroy>;
-using Cairo = CPointer<cairo_t, cairo_destroy>;
 
 Surface SurfaceOf(std::uint32_t* pixels, cairo_format_t format, int width, int height, int stride) {
     return Surface(cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(pixels),
@@ -31,7 +30,7 @@ std::vector<std::uint32_t> ScaledIcon(const Frame& frame, int side) {
     const Surface source = SurfaceOf(const_cast<std::uint32_t*>(frame.pixels), CAIRO_FORMAT_RGB24,
                                      frame.width, frame.height, frame.stride);
     const Surface target = SurfaceOf(icon.data() + 2, CAIRO_FORMAT_ARGB32, side, side, side);
-    const Cairo cairo(cairo_create(target.get()));
+    const CPointer<cairo_t, cairo_destroy> cairo(cairo_create(target.get()));
     // Whole pixels: an icon between two of them is blurred.
     const int left = (side - size.width) / 2;
     const int top = (side - size.height) / 2;

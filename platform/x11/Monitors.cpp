@@ -1,22 +1,11 @@
 #include "platform/x11/Monitors.h"
 
+#include "platform/interfaces/DeviceScale.h"
+#include "platform/x11/PointArithmetic.h"
+
 #include <utility>
 
 namespace kqu::platform {
-
-namespace {
-std::vector<Rect> MonitorsOf(const xcb_randr_get_monitors_reply_t& reply) {
-    std::vector<Rect> found;
-    for (auto monitor = xcb_randr_get_monitors_monitors_iterator(&reply); monitor.rem > 0;
-         xcb_randr_monitor_info_next(&monitor)) {
-        const Rect area{monitor.data->x, monitor.data->y, monitor.data->width,
-                        monitor.data->height};
-        if (!area.IsEmpty())
-            found.insert(monitor.data->primary != 0 ? found.begin() : found.end(), area);
-    }
-    return found;
-}
-} // namespace
 
 Monitors::Monitors(const Display& display, Questions& questions, std::function<void()> changed)
     : display_(display),
@@ -43,10 +32,11 @@ Monitors::Monitors(const Display& display, Questions& questions, std::function<v
 }
 
 std::vector<Rect> Monitors::Screens() const {
-    std::vector<Rect> screens = monitors_;
-    for (Rect& screen : screens) {
-        screen.x -= Origin().x;
-        screen.y -= Origin().y;
+    std::vector<Rect> screens;
+    for (const Rect& monitor : monitors_) {
+        const Point at = (monitor.Origin() - Origin()) / DeviceScale();
+        screens.push_back(
+            {at.x, at.y, monitor.width / DeviceScale(), monitor.height / DeviceScale()});
     }
     return screens;
 }
@@ -76,7 +66,15 @@ void Monitors::Ask() {
 }
 
 void Monitors::Take(const xcb_randr_get_monitors_reply_t* reply) {
-    std::vector<Rect> told = reply != nullptr ? MonitorsOf(*reply) : std::vector<Rect>();
+    std::vector<Rect> told;
+    if (reply != nullptr)
+        for (auto monitor = xcb_randr_get_monitors_monitors_iterator(reply); monitor.rem > 0;
+             xcb_randr_monitor_info_next(&monitor)) {
+            const auto& is = *monitor.data;
+            told.insert(is.primary != 0 ? told.begin() : told.end(),
+                        Rect{is.x, is.y, is.width, is.height});
+        }
+    std::erase_if(told, [](const Rect& monitor) { return monitor.IsEmpty(); });
     if (told.empty())
         told = {{0, 0, rootSize_.width, rootSize_.height}};
     // A server that has gone takes no monitor away.

@@ -24,7 +24,7 @@ class Monitors {
 
     /// Where the primary monitor's top left is on the root window: the origin of the desktop.
     [[nodiscard]] Point Origin() const { return monitors_.front().Origin(); }
-    /// All monitors, the primary one first, relative to its top left.
+    /// All monitors in whole logical pixels, the primary one first, relative to its top left.
     [[nodiscard]] std::vector<Rect> Screens() const;
 
     /// Takes any event that is for no window of ours.

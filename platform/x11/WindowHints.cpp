@@ -1,9 +1,7 @@
 #include "platform/x11/WindowHints.h"
 
 #include <algorithm>
-#include <array>
-#include <climits>
-#include <string>
+#include <sys/utsname.h>
 #include <unistd.h>
 #include <xcb/xcb_icccm.h>
 
@@ -22,12 +20,6 @@ constexpr std::uint32_t collapseAttribute = 8;
 /// The desktop of a window that stands on all of them.
 constexpr std::uint32_t allDesktops = 0xFFFFFFFF;
 
-std::string MachineName() {
-    std::array<char, HOST_NAME_MAX + 1> name{};
-    if (gethostname(name.data(), name.size() - 1) != 0)
-        return {};
-    return name.data();
-}
 } // namespace
 
 WindowHints::WindowHints(const Display& display, xcb_window_t window,
@@ -37,7 +29,9 @@ WindowHints::WindowHints(const Display& display, xcb_window_t window,
 void WindowHints::WriteIdentity() const {
     xcb_icccm_set_wm_class(display_.Connection(), window_,
                            static_cast<std::uint32_t>(windowClass.size()), windowClass.data());
-    display_.SetText(window_, XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, MachineName());
+    utsname machine{};
+    uname(&machine);
+    display_.SetText(window_, XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, machine.nodename);
     Write("_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(getpid())});
     // A window without a close box may be closed all the same, by the manager's menu or a pager.
     Write("WM_PROTOCOLS", XCB_ATOM_ATOM,
@@ -48,10 +42,8 @@ void WindowHints::WriteWishes(bool iconic) const {
     const bool floats = settings_.globalFloating;
     xcb_icccm_wm_hints_t hints{};
     xcb_icccm_wm_hints_set_input(&hints, floats ? 0 : 1);
-    if (iconic)
-        xcb_icccm_wm_hints_set_iconic(&hints);
-    else
-        xcb_icccm_wm_hints_set_normal(&hints);
+    hints.flags |= XCB_ICCCM_WM_HINT_STATE;
+    hints.initial_state = iconic ? XCB_ICCCM_WM_STATE_ICONIC : XCB_ICCCM_WM_STATE_NORMAL;
     xcb_icccm_set_wm_hints(display_.Connection(), window_, &hints);
     Write("_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
           {floats ? display_.Atom("_NET_WM_WINDOW_TYPE_UTILITY")

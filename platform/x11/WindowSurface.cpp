@@ -12,7 +12,6 @@ namespace {
 constexpr std::size_t longestStrip = std::size_t{128} * 1024;
 /// How many lines of the window are made into pixels at a time.
 constexpr int linesAtATime = 32;
-constexpr std::uint32_t white = 0xFFFFFF;
 
 std::span<const std::uint32_t> LineOf(const Frame& frame, int line, int width) {
     return {frame.pixels + static_cast<std::ptrdiff_t>(line) * frame.stride,
@@ -28,22 +27,17 @@ WindowSurface::WindowSurface(const Display& display, xcb_window_t window)
 }
 
 WindowSurface::~WindowSurface() {
-    for (const xcb_pixmap_t pixmap : {pixmap_, shown_})
-        if (pixmap != 0)
-            xcb_free_pixmap(display_.Connection(), pixmap);
+    if (shown_ != 0)
+        xcb_free_pixmap(display_.Connection(), shown_);
     xcb_free_gc(display_.Connection(), context_);
 }
 
 void WindowSurface::Rebuild(Size extent, NativeWindowOwner& owner) {
-    isShown_ = false;
-    shown_ = std::exchange(pixmap_, xcb_generate_id(display_.Connection()));
     extent_ = extent;
-    xcb_create_pixmap(display_.Connection(), display_.Format().depth, pixmap_, window_,
-                      static_cast<std::uint16_t>(extent.width),
-                      static_cast<std::uint16_t>(extent.height));
+    MakePixmap();
     framed_ = Framed(owner);
     if (framed_ != extent) {
-        const std::uint32_t colour = display_.Format().PixelOf(white);
+        const std::uint32_t colour = display_.Format().PixelOf(0xFFFFFF);
         const xcb_rectangle_t whole{0, 0, static_cast<std::uint16_t>(extent.width),
                                     static_cast<std::uint16_t>(extent.height)};
         xcb_change_gc(display_.Connection(), context_, XCB_GC_FOREGROUND, &colour);
@@ -113,7 +107,7 @@ void WindowSurface::PutStrip(Lines lines) {
     xcb_put_image(display_.Connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, context_,
                   static_cast<std::uint16_t>(framed_.width),
                   static_cast<std::uint16_t>(lines.last - lines.first), 0,
-                  static_cast<std::int16_t>(lines.first), 0, display_.Format().depth,
+                  static_cast<std::int16_t>(lines.first), 0, display_.Format().Depth(),
                   static_cast<std::uint32_t>(strip_.size()),
                   reinterpret_cast<const std::uint8_t*>(strip_.data()));
 }
@@ -124,22 +118,27 @@ void WindowSurface::Repaint() const {
 
 /// What the window shows must not change line by line: an exposure in between would show a mixture.
 void WindowSurface::DrawAside() {
-    if (!std::exchange(isShown_, false))
+    if (pixmap_ != shown_)
         return;
-    shown_ = std::exchange(pixmap_, xcb_generate_id(display_.Connection()));
-    const auto width = static_cast<std::uint16_t>(extent_.width);
-    const auto height = static_cast<std::uint16_t>(extent_.height);
-    xcb_create_pixmap(display_.Connection(), display_.Format().depth, pixmap_, window_, width,
-                      height);
-    xcb_copy_area(display_.Connection(), shown_, pixmap_, context_, 0, 0, 0, 0, width, height);
+    MakePixmap();
+    xcb_copy_area(display_.Connection(), shown_, pixmap_, context_, 0, 0, 0, 0,
+                  static_cast<std::uint16_t>(extent_.width),
+                  static_cast<std::uint16_t>(extent_.height));
+}
+
+void WindowSurface::MakePixmap() {
+    pixmap_ = xcb_generate_id(display_.Connection());
+    xcb_create_pixmap(display_.Connection(), display_.Format().Depth(), pixmap_, window_,
+                      static_cast<std::uint16_t>(extent_.width),
+                      static_cast<std::uint16_t>(extent_.height));
 }
 
 void WindowSurface::MakeBackground() {
     // What is drawn into a pixmap after it was made a background need not be seen.
     xcb_change_window_attributes(display_.Connection(), window_, XCB_CW_BACK_PIXMAP, &pixmap_);
-    isShown_ = true;
     if (shown_ != 0)
-        xcb_free_pixmap(display_.Connection(), std::exchange(shown_, 0));
+        xcb_free_pixmap(display_.Connection(), shown_);
+    shown_ = pixmap_;
 }
 
 } // namespace kqu::platform

@@ -44,14 +44,14 @@ class WindowSurface {
     [[nodiscard]] bool HasChanged(std::span<const std::uint32_t> pixels, int line);
     void PutStrip(Lines lines);
     void DrawAside();
+    void MakePixmap();
     void MakeBackground();
 
     const Display& display_;
     xcb_window_t window_;
     xcb_gcontext_t context_;
-    /// What is drawn on, and whether the window shows it; while it doesn't, what it shows instead.
+    /// What is drawn on, and what the window shows.
     xcb_pixmap_t pixmap_ = 0;
-    bool isShown_ = false;
     xcb_pixmap_t shown_ = 0;
     Size extent_;
     /// The part of the pixmap that shows the frame, and a fingerprint of each of its lines.

@@ -7,20 +7,17 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <utility>
 
 namespace kqu::platform {
 
 namespace {
-/// The limits of the protocol.
-constexpr int largestSide = 32767;
-constexpr int largestScale = 3;
+/// The largest side of a window by the protocol, at the largest scale.
+constexpr int largest = 32767 / 3;
 /// Sides of the icons that are offered.
 constexpr std::array iconSides{48, 32};
 
 Size Possible(Size size) {
-    constexpr int largest = largestSide / largestScale;
     return {std::clamp(size.width, 1, largest), std::clamp(size.height, 1, largest)};
 }
 
@@ -30,23 +27,21 @@ Rect RectOf(Point at, Size size) {
 
 xcb_window_t MakeWindow(const Display& display, const Rect& onRoot) {
     const xcb_window_t window = xcb_generate_id(display.Connection());
-    xcb_create_window_value_list_t values{};
-    values.background_pixel = display.Format().PixelOf(0xFFFFFF);
-    values.border_pixel = 0;
     // Nothing of the old pixels is kept at a change of size: the server paints the background.
-    values.bit_gravity = XCB_GRAVITY_BIT_FORGET;
-    values.event_mask = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
-                        XCB_EVENT_MASK_BUTTON_1_MOTION | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
-                        XCB_EVENT_MASK_PROPERTY_CHANGE;
-    values.colormap = display.Colormap();
-    xcb_create_window_aux(display.Connection(), display.Format().depth, window, display.Root(),
-                          static_cast<std::int16_t>(onRoot.x), static_cast<std::int16_t>(onRoot.y),
-                          static_cast<std::uint16_t>(onRoot.width),
-                          static_cast<std::uint16_t>(onRoot.height), 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, display.Visual(),
-                          XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_BIT_GRAVITY |
-                              XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
-                          &values);
+    const std::array<std::uint32_t, 5> values{
+        display.Format().PixelOf(0xFFFFFF), 0, XCB_GRAVITY_BIT_FORGET,
+        XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
+            XCB_EVENT_MASK_BUTTON_1_MOTION | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
+            XCB_EVENT_MASK_PROPERTY_CHANGE,
+        display.Colormap()};
+    xcb_create_window(display.Connection(), display.Format().Depth(), window, display.Root(),
+                      static_cast<std::int16_t>(onRoot.x), static_cast<std::int16_t>(onRoot.y),
+                      static_cast<std::uint16_t>(onRoot.width),
+                      static_cast<std::uint16_t>(onRoot.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      display.Visual(),
+                      XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_BIT_GRAVITY |
+                          XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
+                      values.data());
     return window;
 }
 } // namespace

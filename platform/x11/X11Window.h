@@ -16,7 +16,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace kqu::platform {
@@ -58,8 +57,8 @@ class X11Window final : public NativeWindow {
     void Handle(const X11Event& event);
     void ScreensChanged();
     void ScaleChanged();
-    /// When HandleDue is to be called.
-    [[nodiscard]] std::optional<Moment> Due() const;
+    /// When HandleDue is to be called; the end of time if nothing is due.
+    [[nodiscard]] Moment Due() const;
     /// True, once, if that moment has come; HandleDue then has to follow.
     [[nodiscard]] bool TakeDue(Moment now);
     void HandleDue();
@@ -68,6 +67,8 @@ class X11Window final : public NativeWindow {
     enum class Mapping { Withdrawn, Up, Withdrawing };
     /// The source of a message to the manager (EWMH): a normal application.
     static constexpr std::uint32_t fromApplication = 1;
+    /// The directions of a _NET_WM_MOVERESIZE message.
+    enum class MoveResize : std::uint32_t { ByPointer = 8, Cancel = 11 };
     /// The actions of a _NET_WM_STATE message (EWMH).
     enum class NetStateChange : std::uint32_t { Remove, Add };
 
@@ -126,10 +127,8 @@ class X11Window final : public NativeWindow {
     void AskWhoDrags();
     void AskInDrag(xcb_window_t window, AtomName property, xcb_atom_t type,
                    std::function<void(const Words&)> take);
-    void AskForManager(xcb_window_t window, std::function<void(const Words&)> take);
     void HandDragOver();
-    void CancelHandedOverDrag(Point pointer);
-    void SendMoveResize(Point pointer, std::uint32_t direction) const;
+    void SendMoveResize(Point pointer, MoveResize direction) const;
     void DragByOurselves(Point pointer);
     void DragTo(Point pointer);
 
@@ -171,11 +170,9 @@ class X11Window final : public NativeWindow {
     Mapping mapping_ = Mapping::Withdrawn;
     bool isMapped_ = false;
     bool awaitsMap_ = false;
-    bool answersMap_ = false;
-    /// Whether the place that the manager chose at the map was corrected.
-    bool corrected_ = false;
-    /// Questions about the state that a manager keeps of the window, not yet answered.
-    int statesAsked_ = 0;
+    /// How many places, at most, the manager may still give the window in answer to the map: its
+    /// own choice, and one after it was asked once more.
+    int mapAnswers_ = 0;
     bool isManaged_ = false;
     bool isIconic_ = false;
     bool isHidden_ = false;

@@ -2,20 +2,12 @@
 #include "platform/x11/X11WindowSystem.h"
 
 #include <algorithm>
-#include <chrono>
-#include <functional>
 #include <utility>
 
 // Moving the window by its content: the window manager's business where there is one that does it
 // (EWMH `_NET_WM_MOVERESIZE`), else ours. Either way the program goes on living.
 
 namespace kqu::platform {
-
-namespace {
-// The directions of _NET_WM_MOVERESIZE.
-constexpr std::uint32_t moveByPointer = 8;
-constexpr std::uint32_t cancelMove = 11;
-} // namespace
 
 void X11Window::BeginDrag(Point /*start*/) {
     // Without a press there is nothing that would ever end the drag. Who moves the window is asked
@@ -31,10 +23,11 @@ void X11Window::AskWhoDrags() {
         const xcb_atom_t move = display_.Atom("_NET_WM_MOVERESIZE");
         if (std::find(atoms.begin(), atoms.end(), move) == atoms.end())
             return DragByOurselves(pointerTold_);
-        AskForManager(display_.Root(), [this](const Words& manager) {
+        constexpr AtomName check = "_NET_SUPPORTING_WM_CHECK";
+        AskInDrag(display_.Root(), check, XCB_ATOM_WINDOW, [this](const Words& manager) {
             if (manager.empty())
                 return DragByOurselves(pointerTold_);
-            AskForManager(manager.front(), [this, manager](const Words& named) {
+            AskInDrag(manager.front(), check, XCB_ATOM_WINDOW, [this, manager](const Words& named) {
                 if (named == manager)
                     HandDragOver();
                 else
@@ -42,10 +35,6 @@ void X11Window::AskWhoDrags() {
             });
         });
     });
-}
-
-void X11Window::AskForManager(xcb_window_t window, std::function<void(const Words&)> take) {
-    AskInDrag(window, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW, std::move(take));
 }
 
 void X11Window::AskInDrag(xcb_window_t window, AtomName property, xcb_atom_t type,
@@ -61,22 +50,17 @@ void X11Window::AskInDrag(xcb_window_t window, AtomName property, xcb_atom_t typ
 void X11Window::HandDragOver() {
     // The press made the pointer ours; the manager needs it.
     xcb_ungrab_pointer(display_.Connection(), pressTime_);
-    SendMoveResize(pointerAtPress_, moveByPointer);
+    SendMoveResize(pointerAtPress_, MoveResize::ByPointer);
     handedOver_ = true;
     // The release goes to the manager; for the owner the press ends here.
     EndPress(pointerTold_);
 }
 
-void X11Window::CancelHandedOverDrag(Point pointer) {
-    // The button went up before the manager had the pointer: it would move the window for ever.
-    SendMoveResize(pointer, cancelMove);
-}
-
-void X11Window::SendMoveResize(Point pointer, std::uint32_t direction) const {
-    display_.SendToManager(id_, "_NET_WM_MOVERESIZE",
-                           {static_cast<std::uint32_t>(pointer.x),
-                            static_cast<std::uint32_t>(pointer.y), direction, XCB_BUTTON_INDEX_1,
-                            fromApplication});
+void X11Window::SendMoveResize(Point pointer, MoveResize direction) const {
+    display_.SendToManager(
+        id_, "_NET_WM_MOVERESIZE",
+        {static_cast<std::uint32_t>(pointer.x), static_cast<std::uint32_t>(pointer.y),
+         static_cast<std::uint32_t>(direction), XCB_BUTTON_INDEX_1, fromApplication});
     display_.Flush();
 }
 

@@ -1,15 +1,12 @@
 #include "platform/x11/X11Window.h"
 
 #include "platform/interfaces/DeviceScale.h"
-#include "platform/x11/Moments.h"
 #include "platform/x11/Monitors.h"
 #include "platform/x11/PointerState.h"
 #include "platform/x11/X11WindowSystem.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
-#include <vector>
 
 // Place and size of the content: what is asked for, what comes of it, and what is told of that.
 
@@ -129,20 +126,20 @@ void X11Window::AskForPlace() {
 void X11Window::OnPlaceAnswered(Point onRoot) {
     const Moment now = std::chrono::steady_clock::now();
     TakePlace(onRoot, now);
-    if (!std::exchange(answersMap_, false) || onRoot == place_.Believed() ||
-        std::exchange(corrected_, true))
+    if (onRoot == place_.Believed())
+        mapAnswers_ = 0;
+    if (mapAnswers_ == 0 || --mapAnswers_ == 0)
         return;
     // The manager has put the window elsewhere, perhaps for the sake of a border. It is asked once
     // more; what it does then is the rest of its answer to the map.
     Configure(WantedOnRoot(), onlyPlace);
-    answersMap_ = true;
     placeCheckAt_ = now + settleTime;
 }
 
 void X11Window::TakePlace(Point onRoot, Moment now) {
     // The manager's answer to a map is not the user's doing, and not to be taken for it: the wanted
     // place stays the wanted one, or the window would creep with each return.
-    if (answersMap_)
+    if (mapAnswers_ > 0)
         place_.Acknowledge(onRoot);
     else
         place_.Observe(onRoot, now);
@@ -192,24 +189,22 @@ void X11Window::ScaleChanged() {
     owner_.ScaleChanged();
 }
 
-std::optional<Moment> X11Window::Due() const {
-    if (duePosted_)
-        return std::nullopt;
+Moment X11Window::Due() const {
     const bool isUp = mapping_ == Mapping::Up;
-    std::optional<Moment> first;
+    Moment first = Moment::max();
+    if (duePosted_)
+        return first;
     // Only a window that can be seen is waited for.
     if (isUp)
         for (const auto& due : {repaintAt_, sizeCheckAt_, placeCheckAt_, place_.Due()})
-            first = Earlier(first, due);
+            first = std::min(first, due.value_or(first));
     if (isUp ? !isMapped_ && !IsMinimised() : mapping_ == Mapping::Withdrawing && WantsToBeUp())
-        first = Earlier(first, managerDueAt_);
+        first = std::min(first, managerDueAt_);
     return first;
 }
 
 bool X11Window::TakeDue(Moment now) {
-    const auto due = Due();
-    duePosted_ = duePosted_ || (due && *due <= now);
-    return due && duePosted_;
+    return Due() <= now && !std::exchange(duePosted_, true);
 }
 
 void X11Window::HandleDue() {

@@ -75,7 +75,7 @@ void X11Window::OnPress(const xcb_button_press_event_t& press) {
 // the manager put it when it was mapped.
 void X11Window::StartMoving() {
     hasMoved_ = true;
-    answersMap_ = false;
+    mapAnswers_ = 0;
     ++placeQuestion_;
     const bool isElsewhere = contentAtPress_ != place_.Believed();
     place_.Assume(contentAtPress_);
@@ -88,7 +88,8 @@ void X11Window::OnRelease(const xcb_button_release_event_t& release) {
         return;
     const Point pointer{release.root_x, release.root_y};
     if (std::exchange(handedOver_, false))
-        CancelHandedOverDrag(pointer);
+        // The button went up before the manager had the pointer: it would move the window for ever.
+        SendMoveResize(pointer, MoveResize::Cancel);
     if (!isPressed_)
         return;
     if (drag_ == Drag::Nobody || pointer == pointerAtPress_)
@@ -123,10 +124,10 @@ void X11Window::OnMotion(const xcb_motion_notify_event_t& motion) {
     }
     if (alive.expired())
         return;
-    if (drag_ != Drag::Nobody)
-        return DragTo(at);
     // Where the pointer is by now, for motions that waited long and one that arrives alike.
     const Point pointer = system_.pointer_->OnRoot();
+    if (drag_ != Drag::Nobody)
+        return DragTo(pointer);
     if (std::exchange(pointerTold_, pointer) != pointer)
         owner_.PointerMoved((pointer - place_.Actual()) / DeviceScale());
 }

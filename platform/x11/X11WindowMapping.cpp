@@ -2,9 +2,6 @@
 #include "platform/x11/X11WindowSystem.h"
 
 #include <algorithm>
-#include <array>
-#include <chrono>
-#include <cstring>
 #include <utility>
 #include <xcb/xcb_icccm.h>
 
@@ -35,8 +32,7 @@ void X11Window::Map(Moment now) {
     xcb_map_window(display_.Connection(), id_);
     mapping_ = Mapping::Up;
     awaitsMap_ = true;
-    answersMap_ = true;
-    corrected_ = false;
+    mapAnswers_ = 2;
     managerDueAt_ = now + managerLimit;
     sizeAsked_ = content.Extent();
     insisted_ = false;
@@ -47,15 +43,10 @@ void X11Window::Map(Moment now) {
 
 void X11Window::Withdraw(Moment now) {
     xcb_unmap_window(display_.Connection(), id_);
-    std::array<char, 32> unmapped{};
-    const xcb_unmap_notify_event_t event{XCB_UNMAP_NOTIFY, 0, 0, display_.Root(), id_, 0, {}};
-    std::memcpy(unmapped.data(), &event, sizeof event);
-    xcb_send_event(display_.Connection(), 0, display_.Root(),
-                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                   unmapped.data());
+    display_.SendToRoot(
+        xcb_unmap_notify_event_t{XCB_UNMAP_NOTIFY, 0, 0, display_.Root(), id_, 0, {}});
     // A manager that has not yet let go would wipe out what the next map needs.
-    const bool mayBeManaged = isManaged_ || awaitsMap_ || statesAsked_ > 0;
-    mapping_ = mayBeManaged ? Mapping::Withdrawing : Mapping::Withdrawn;
+    mapping_ = isManaged_ || awaitsMap_ ? Mapping::Withdrawing : Mapping::Withdrawn;
     managerDueAt_ = now + managerLimit;
     repaintAt_.reset();
     placeCheckAt_.reset();
@@ -102,10 +93,10 @@ void X11Window::OnProperty(xcb_atom_t property) {
             [this](const void* reply) { OnNetState(Display::WordsOf(reply, XCB_ATOM_ATOM)); });
     if (property != display_.Atom("WM_STATE"))
         return;
-    ++statesAsked_;
+    // Until the answer is there.
+    isManaged_ = true;
     Ask(display_.AskForWords(id_, "WM_STATE", property), [this, property](const void* reply) {
         const Words words = Display::WordsOf(reply, property);
-        --statesAsked_;
         OnState(words.empty() ? std::uint32_t{XCB_ICCCM_WM_STATE_WITHDRAWN} : words.front());
     });
 }

@@ -3,18 +3,12 @@
 #include "platform/CDeleter.h"
 #include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/DesktopScale.h"
-#include "platform/x11/Display.h"
-#include "platform/x11/Moments.h"
 #include "platform/x11/Monitors.h"
-#include "platform/x11/PointArithmetic.h"
 #include "platform/x11/PointerState.h"
-#include "platform/x11/Questions.h"
-#include "platform/x11/X11Event.h"
 #include "platform/x11/X11Window.h"
 
-#include <chrono>
+#include <algorithm>
 #include <cstdlib>
-#include <utility>
 
 namespace kqu::platform {
 
@@ -25,19 +19,9 @@ constexpr int mostEventsAtOnce = 256;
 /// The window that an event is for. Where a window hears of its own structure, the event begins
 /// with it, as one for a property and a message do.
 xcb_window_t WindowOf(const X11Event& event) {
-    switch (event.Type()) {
-    case XCB_BUTTON_PRESS:
-    case XCB_BUTTON_RELEASE:
-    case XCB_MOTION_NOTIFY:
-        return event.As<xcb_button_press_event_t>().event;
-    default:
-        return event.As<xcb_property_notify_event_t>().window;
-    }
-}
-
-bool IsMotionOfSameWindow(const X11Event& one, const X11Event& other) {
-    return one.Type() == XCB_MOTION_NOTIFY && other.Type() == XCB_MOTION_NOTIFY &&
-           WindowOf(one) == WindowOf(other);
+    const bool isOfPointer = event.Type() >= XCB_BUTTON_PRESS && event.Type() <= XCB_MOTION_NOTIFY;
+    return isOfPointer ? event.As<xcb_button_press_event_t>().event
+                       : event.As<xcb_property_notify_event_t>().window;
 }
 } // namespace
 
@@ -69,13 +53,7 @@ std::unique_ptr<NativeWindow> X11WindowSystem::MakeWindow(const NativeWindowSett
 }
 
 std::vector<Rect> X11WindowSystem::Screens() {
-    // Whole logical pixels.
-    std::vector<Rect> screens = monitors_->Screens();
-    for (Rect& screen : screens) {
-        const Point at = screen.Origin() / DeviceScale();
-        screen = {at.x, at.y, screen.width / DeviceScale(), screen.height / DeviceScale()};
-    }
-    return screens;
+    return monitors_->Screens();
 }
 
 Point X11WindowSystem::PointerPosition() {
@@ -96,10 +74,10 @@ pollfd X11WindowSystem::Watch() const {
 }
 
 std::optional<Moment> X11WindowSystem::Due() const {
-    std::optional<Moment> first;
+    Moment first = Moment::max();
     for (const auto& [id, window] : windows_)
-        first = Earlier(first, window->Due());
-    return isLost_ ? std::nullopt : first;
+        first = std::min(first, window->Due());
+    return isLost_ || first == Moment::max() ? std::nullopt : std::optional(first);
 }
 
 bool X11WindowSystem::Collect(EventQueue& queue) {
@@ -126,46 +104,29 @@ bool X11WindowSystem::Collect(EventQueue& queue) {
 }
 
 bool X11WindowSystem::CollectFromServer(EventQueue& queue) {
-    if (CollectEvents(queue, Events::FromServer))
+    if (CollectEvents(queue, xcb_poll_for_event))
         return true;
     questions_->TakeIn();
     // What was received on the way to an answer may have been sent before it.
-    if (CollectEvents(queue, Events::AlreadyReceived))
+    if (CollectEvents(queue, xcb_poll_for_queued_event))
         return true;
     questions_->PostAll(queue);
     return false;
 }
 
-bool X11WindowSystem::CollectEvents(EventQueue& queue, Events which) {
-    using Received = CPointer<xcb_generic_event_t, std::free>;
-    const auto next = which == Events::FromServer ? xcb_poll_for_event : xcb_poll_for_queued_event;
-    // Of motions in a row only the last one counts: what is wanted is where the pointer is by now.
-    std::optional<X11Event> motion;
-    int count = 0;
-    for (; count < mostEventsAtOnce; ++count) {
-        const Received received(next(display_->Connection()));
+bool X11WindowSystem::CollectEvents(EventQueue& queue, NextEvent* next) {
+    for (int count = 0; count < mostEventsAtOnce; ++count) {
+        const CPointer<xcb_generic_event_t, std::free> received(next(display_->Connection()));
         if (!received)
-            break;
+            return false;
         const X11Event event{*received};
-        if (motion && !IsMotionOfSameWindow(*motion, event))
-            PostEvent(queue, *motion);
-        motion.reset();
         questions_->PostBefore(event, queue);
-        if (event.Type() == XCB_MOTION_NOTIFY)
-            motion = event;
-        else
-            PostEvent(queue, event);
+        // Requests that failed are told as events of type 0. They fail for reasons beyond us (a
+        // window manager that has just gone), and there is nothing to be done about them.
+        if (event.Type() != 0)
+            queue.Post([this, event] { Handle(event); });
     }
-    if (motion)
-        PostEvent(queue, *motion);
-    return count == mostEventsAtOnce;
-}
-
-void X11WindowSystem::PostEvent(EventQueue& queue, const X11Event& event) {
-    // Requests that failed are told as events of type 0. They fail for reasons beyond us (a window
-    // manager that has just gone), and there is nothing to be done about them.
-    if (event.Type() != 0)
-        queue.Post([this, event] { Handle(event); });
+    return true;
 }
 
 void X11WindowSystem::Handle(const X11Event& event) {

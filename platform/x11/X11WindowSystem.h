@@ -10,6 +10,7 @@
 #include <optional>
 #include <utility>
 #include <vector>
+#include <xcb/xcb.h>
 
 namespace kqu::platform {
 
@@ -47,15 +48,14 @@ class X11WindowSystem final : public WindowSystem, public EventSource {
 
   private:
     friend class X11Window;
-    enum class Events { FromServer, AlreadyReceived };
+    using NextEvent = xcb_generic_event_t*(xcb_connection_t*);
 
     explicit X11WindowSystem(std::unique_ptr<Display> display);
     [[nodiscard]] X11Window* Find(std::uint32_t window) const;
 
     /// Both are true if there may be more.
     bool CollectFromServer(EventQueue& queue);
-    bool CollectEvents(EventQueue& queue, Events which);
-    void PostEvent(EventQueue& queue, const X11Event& event);
+    bool CollectEvents(EventQueue& queue, NextEvent* next);
     void Handle(const X11Event& event);
     void TellWindows(void (X11Window::*what)());
 

@@ -29,7 +29,7 @@ WINDOW_MANAGERS = {
     "i3": ["sh", "-c", "echo font pango:sans 8 >$HOME/i3 && exec i3 -c $HOME/i3"],
     "bspwm": ["bspwm", "-c", "/bin/true"],
     "dwm": ["dwm"],
-    "weston": ["weston", "--backend=x11-backend.so", "--use-pixman", "--fullscreen", "--xwayland",
+    "weston": ["weston", "--backend=x11-backend.so", "--use-pixman", "--width=1280", "--height=900", "--xwayland",
                "--idle-time=0"],
 }
 

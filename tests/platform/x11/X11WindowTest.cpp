@@ -126,6 +126,9 @@ TEST_F(X11WindowTest, AMinimisedWindowComesBackMinimised) {
         Await([&] { return !window->IsCollapsed(); });
         Appear();
         EXPECT_EQ(initialState(), state);
+        const Words states = PropertyOf(Atom("_NET_WM_STATE"));
+        EXPECT_EQ(std::count(states.begin(), states.end(), Atom("_NET_WM_STATE_SKIP_TASKBAR")),
+                  state == 3 ? 0 : 1);
     }
 }
 
@@ -203,10 +206,14 @@ TEST_F(X11WindowTest, AHandedOverDragIsCancelledWhenTheReleaseComesHere) {
     EXPECT_EQ(pressedAt, (Point{110, 35}));
     ASSERT_EQ(std::system("xdotool mousemove 215 85"), 0);
     awaitMessage({210, 85, 8, 1, 1});
+    // The window goes and the pointer stays: it is a compositor's by now, and so is the release.
+    EXPECT_TRUE(system->PrimaryButtonDown());
+    Configure({150, 60, 340, 73});
+    Await([this] { return !system->PrimaryButtonDown(); });
     // This manager does not take hold of the pointer.
     ASSERT_EQ(std::system("xdotool mouseup 1"), 0);
     awaitMessage({215, 85, 11, 1, 1});
-    EXPECT_EQ(Place(), content);
+    EXPECT_EQ(Place(), (Rect{150, 60, 340, 73}));
 }
 
 TEST_F(X11WindowTest, WhenTheMainMonitorChangesItStaysWhereItIsOnTheGlass) {
