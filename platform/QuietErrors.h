@@ -5,8 +5,8 @@
 
 namespace kqu::platform {
 
-/// Keeps libraries from printing on standard error for as long as it lives: the program itself
-/// tells what there is to tell, and otherwise is silent. Not to be held while a command is started.
+/// Keeps libraries from printing on standard error for as long as it lives: only the program itself
+/// prints there. Not to be held while a command is started.
 class QuietErrors {
   public:
     QuietErrors() : kept_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {

@@ -38,8 +38,8 @@ class Application {
 
   protected:
     virtual void Event_Open() {}
-    /// Told of every exception that no handler took. True if it is thereby dealt with; otherwise
-    /// the program ends.
+    /// Called with every exception that no handler caught. Returns whether it is dealt with;
+    /// otherwise the program ends.
     virtual bool Event_UnhandledException(const RuntimeException& error);
 
   private:

@@ -59,7 +59,7 @@ drawing::Image Picture::Snapshot() const {
 }
 
 void Picture::Draw(drawing::Command command, const Area& clip) {
-    // A plane that somebody else holds is a snapshot and stays as it is.
+    // A plane with a second owner is a snapshot and stays as it is.
     if (plane_.use_count() > 1) {
         if (plane_->IsHiddenBy(command, clip))
             plane_ = std::make_shared<Plane>(plane_->Width(), plane_->Height());

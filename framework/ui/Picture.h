@@ -27,7 +27,7 @@ enum class MaskCreation { IfThere, MakeIfMissing };
 /// and makes pixels of what is looked at. A picture may be far larger than would fit in memory.
 class Picture : public Object {
   public:
-    /// A picture that has its pixels from the start, for those who look at many of them.
+    /// A picture that has its pixels from the start. It pays where many of them are read.
     [[nodiscard]] static Ref<Picture> MakeBuffer(int width, int height);
     /// A picture from a PNG file's bytes; nil if they are broken. What is transparent becomes
     /// white. `scale` says how many of its pixels make a logical one.

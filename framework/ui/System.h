@@ -15,7 +15,7 @@ struct ScreenArea {
 /// The screen of that number. Raises OutOfBoundsException for a screen that is not there.
 [[nodiscard]] ScreenArea Screen(int index);
 
-/// The user's hand, anywhere on the display.
+/// The pointer, anywhere on the display.
 namespace System {
 /// Whether the primary mouse button is held anywhere. The wheel is no button.
 [[nodiscard]] bool MouseDown();

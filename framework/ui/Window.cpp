@@ -67,7 +67,7 @@ void Window::Resize(platform::Size size) {
     content_.width = size.width;
     content_.height = size.height;
     InvalidateLayout();
-    // A platform that tells sizes at once raises Resized from within this call.
+    // A platform that reports sizes at once raises Resized from within this call.
     native_->SetSize(size);
     toldSize_ = content_.Extent();
 }
@@ -76,8 +76,8 @@ void Window::SetTitle(std::string title) {
     if (title == layout_.Title)
         return;
     layout_.Title = std::move(title);
-    // While the window is being built its title is still that of the layout, which nobody is
-    // meant to see; the first one to be seen is told when the window has opened.
+    // While the window is being built its title is still that of the layout, which the user must
+    // not see. The platform gets the first title when the window has opened.
     if (opened_)
         native_->SetTitle(layout_.Title);
 }

@@ -22,8 +22,8 @@ PostedSignals::PostedSignals(HeardSenders heard, BusConnection::FindAddress find
         trust_.emplace(*this);
 }
 
-/// The rule is the first thing that the bus is told after the greeting, in the same breath: what is
-/// posted once the bus knows us is routed to us.
+/// The rule is sent together with the greeting, right behind it: the bus routes to us whatever is
+/// posted after it has accepted us.
 void PostedSignals::Began() {
     subscription_ = connection_.AskBus("AddMatch", SubscriptionRule());
 }

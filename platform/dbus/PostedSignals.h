@@ -32,7 +32,7 @@ class PostedSignals final : public BusConnection::Client, public SenderTrust::Bu
     [[nodiscard]] bool IsSettled() const { return !connection_.IsThere() || listeningSince_; }
 
     /// Asks the bus for a well-known name, and queues for it while another has it. Only while there
-    /// is a connection; nothing comes of it that would be told.
+    /// is a connection. The answer is not read.
     void AskForName(const char* name);
     [[nodiscard]] bool HasAskedForName() const { return hasAskedForName_; }
 

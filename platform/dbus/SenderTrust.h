@@ -28,7 +28,7 @@ class SenderTrust {
     class Bus {
       public:
         virtual ~Bus() = default;
-        /// Asks the bus to tell when this sender leaves, and for its user; Answered is called
+        /// Asks the bus to report when this sender leaves, and for its user; Answered is called
         /// later.
         virtual void AskForUser(const std::string& sender) = 0;
         /// The sender's leaving is no longer of interest.
@@ -51,8 +51,8 @@ class SenderTrust {
     /// Holds a post of a sender about whom the opinion is still open; the first one asks the bus.
     void Hold(std::string_view sender, PostedNotification posted);
 
-    /// The bus has told a sender's user, or that it knows no such sender. Gives what was held back
-    /// and may be heard now, in the order in which it was posted.
+    /// The bus has answered with a sender's user, or that it knows no such sender. Returns what was
+    /// held back and may be heard now, in the order in which it was posted.
     [[nodiscard]] Posts Answered(std::string_view sender, std::optional<uid_t> user);
 
     /// A sender has left the bus.

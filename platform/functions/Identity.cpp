@@ -72,7 +72,7 @@ bool TakeOn(const Groups& groups) {
            setresgid(groups.real, groups.effective, groups.saved) == 0;
 }
 
-/// Also those that a process may have been told to keep over a change of its user.
+/// A process can be set to keep capabilities over a change of its user; those go as well.
 void DropCapabilities() {
     __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
     std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> none{};

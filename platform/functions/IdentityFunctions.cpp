@@ -14,10 +14,10 @@ constexpr int success = 0;
 constexpr int failure = -1;
 constexpr std::size_t ownerOffset = 12;
 constexpr std::string_view versionSelector = "sysv";
-/// In the form 0xMMmb: the newest that any user of it tells apart.
+/// In the form 0xMMmb: the newest that the version flags distinguish.
 constexpr std::int32_t systemVersion = 0x1068;
 
-/// On Linux the console's device stays root's whoever sits there; the login manager knows the user.
+/// On Linux the console's device belongs to root at all times; the login manager knows the user.
 uid_t ConsoleOwner(uid_t owner) {
     uid_t user = owner;
     if (owner == 0 && sd_seat_get_active("seat0", nullptr, &user) < 0)

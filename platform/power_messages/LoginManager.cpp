@@ -103,7 +103,7 @@ void LoginManager::TakeSignal(sd_bus_message& message, EventQueue& queue) {
         Deliver(hasKind && ReadIsRestart(message) ? systemWillRestart : systemWillPowerOff, queue);
 }
 
-/// While the system prepares, the manager refuses all locks.
+/// While the system prepares, the login manager refuses all locks.
 void LoginManager::Ended(bool isSleep, EventQueue& queue) {
     for (Inhibitor& inhibitor : inhibitors_)
         inhibitor.Retry();

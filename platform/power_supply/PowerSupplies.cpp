@@ -35,7 +35,7 @@ bool IsOnline(const fs::path& supply) {
     return !online.empty() && online != "0";
 }
 
-/// What tells neither whether it is fed nor what it does is believed to be in use.
+/// A UPS that reports neither its input nor its state counts as in use.
 bool IsUpsInUse(const fs::path& supply) {
     const auto online = ValueOfFile(supply / "online");
     const auto status = ValueOfFile(supply / "status");

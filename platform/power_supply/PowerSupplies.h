@@ -5,7 +5,7 @@
 
 namespace kqu::platform {
 
-/// The machine's power supplies as the kernel tells of them, below /sys/class/power_supply.
+/// The machine's power supplies as the kernel reports them, below /sys/class/power_supply.
 class PowerSupplies {
   public:
     explicit PowerSupplies(std::filesystem::path root = "/") : root_(std::move(root)) {}

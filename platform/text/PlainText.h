@@ -9,7 +9,7 @@ namespace kqu::platform {
 
 /// Any bytes as one plain line that can be laid out: every control character and line separator
 /// becomes a blank, every byte that is no UTF-8 a replacement character. One character of the
-/// source is one of the line, so that places in the line can be told in the source.
+/// source is one of the line, so that each place in the line has its place in the source.
 struct PlainText {
     /// Where a character begins, in bytes.
     struct Place {

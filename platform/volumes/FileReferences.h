@@ -9,7 +9,7 @@
 
 namespace kqu::platform {
 
-/// References to files in blocks of 80 bytes that mean nothing to those who carry them.
+/// References to files in blocks of 80 bytes that have no meaning to their users.
 ///
 /// A block holds a mark and a running number; the path stays here, with those of the latest
 /// references. Blocks are made to be used soon: one whose path has been forgotten, and one that was

@@ -24,7 +24,7 @@ struct Volume {
 };
 
 /// The machine's mounted volumes: real block devices alone, each once. Neither the list nor the
-/// names ask a file system, so that one that no longer answers holds nobody up.
+/// names ask a file system: one that no longer answers would block the program.
 class Volumes {
   public:
     /// All paths are taken as they are below `root`, mount points included.
@@ -58,8 +58,8 @@ class Volumes {
     std::int32_t lastNumber_ = bootVolume;
 };
 
-/// The inodes in use, which is what counts as files here. More than 32 bits can tell is as many as
-/// they can.
+/// The inodes in use, which is what counts as files here. A number that needs more than 32 bits
+/// saturates.
 [[nodiscard]] std::uint32_t FilesInUse(const struct statvfs& status);
 
 } // namespace kqu::platform

@@ -12,7 +12,7 @@ namespace kqu::drawing {
 
 /// One plane of a picture, its colours or its mask, white to begin with.
 ///
-/// What is drawn on it is recorded, and made into pixels only where somebody looks: a list of a
+/// What is drawn on it is recorded, and made into pixels only where they are needed: a list of a
 /// thousand rows costs what it shows. A small plane that is looked at again and again gets pixels
 /// for good and is drawn on directly from then on.
 ///
@@ -63,7 +63,7 @@ class Plane {
     mutable Area blank_;
     /// The latest fill among the entries.
     std::optional<std::size_t> latestFill_;
-    /// How often somebody asked for pixels.
+    /// How often pixels were asked for.
     mutable int looks_ = 0;
 };
 
