@@ -126,7 +126,3 @@ class Logind:
         """The locks that are held: (what, who, why, mode)."""
         return [tuple(str(part) for part in lock[:4])
                 for lock in self._interface(self.MANAGER).ListInhibitors()]
-
-    def calls(self):
-        """The names of all methods that it was asked for."""
-        return {str(call[1]) for call in self._interface("org.freedesktop.DBus.Mock").GetCalls()}
