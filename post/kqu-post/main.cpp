@@ -9,7 +9,6 @@
 #include <cmath>
 #include <csignal>
 #include <cstring>
-#include <string_view>
 
 // kqu-post: posts one status notification.
 

@@ -13,7 +13,6 @@ namespace kqu::run {
 
 namespace {
 namespace files = std::filesystem;
-constexpr std::size_t longestName = 15;
 
 files::path FolderOf(pid_t process) {
     return files::path("/proc") / std::to_string(process);
@@ -40,7 +39,7 @@ pid_t FindProcess(pid_t root, std::string_view name) {
         std::ifstream file(FolderOf(process) / "comm");
         std::string found;
         std::getline(file, found);
-        if (found == name.substr(0, longestName))
+        if (found == name.substr(0, 15))
             return process;
     }
     return 0;

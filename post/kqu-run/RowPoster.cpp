@@ -8,7 +8,6 @@
 #include <exception>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <thread>
 
 namespace kqu::run {

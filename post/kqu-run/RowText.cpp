@@ -11,7 +11,6 @@
 namespace kqu::run {
 
 namespace {
-constexpr std::size_t longestText = 512;
 constexpr const char* nameMark = "KQS_disk";
 
 /// The length of the character that the text begins with; 0 if it is none.
@@ -48,7 +47,7 @@ const std::string& Shown(const Progress& progress, const Row& row) {
 
 std::string CleanText(std::string_view text) {
     std::string clean;
-    while (!text.empty() && clean.size() < longestText) {
+    while (!text.empty() && clean.size() < 512) {
         const bool isPlain = text.front() >= ' ' && text.front() <= '~';
         const std::size_t length = isPlain ? 1 : CharacterLength(text);
         const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));

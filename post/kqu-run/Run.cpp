@@ -17,12 +17,7 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
-#include <functional>
 #include <linux/kcmp.h>
-#include <memory>
-#include <optional>
-#include <poll.h>
-#include <string>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
@@ -38,8 +33,6 @@ constexpr std::chrono::milliseconds betweenPosts{334};
 /// What doesn't change is posted again all the same, so that a messenger or a bus that has come
 /// later knows it within five seconds.
 constexpr std::chrono::seconds untilRepeated{2};
-/// How long the last post may hold up the end; a bus that is there takes a millisecond.
-constexpr std::chrono::milliseconds lastPatience{300};
 
 /// Whether two descriptors share one open file, so that what is written to them has an order.
 bool AreOneFile(int one, int other) {
@@ -84,7 +77,8 @@ class Run {
         Show([this] {
             ReadTool();
             PostIfDue(true);
-            poster_->Finish(lastPatience);
+            // A bus that is there takes a millisecond.
+            poster_->Finish(std::chrono::milliseconds(300));
         });
         Reap(child_);
         Notify();

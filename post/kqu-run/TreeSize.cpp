@@ -17,9 +17,6 @@ void MakeWay() {
     sched_setscheduler(0, SCHED_IDLE, &none);
 }
 
-/// How many folders of a deep tree are open at a time.
-constexpr int openFolders = 32;
-
 /// The walk hands nothing of its caller's over to the function that it calls for each file.
 thread_local std::set<std::pair<dev_t, ino_t>> linked;
 thread_local double sum = 0;
@@ -42,7 +39,7 @@ std::shared_ptr<const std::atomic<double>> SizeOfTrees(std::vector<std::string> 
             // Folders are read piece by piece, so that the walk takes no memory for their files.
             const int flags = FTW_PHYS | (staysOnVolume ? FTW_MOUNT : 0);
             for (const std::string& root : roots)
-                if (nftw(root.c_str(), Add, openFolders, flags) != 0)
+                if (nftw(root.c_str(), Add, 32, flags) != 0)
                     return; // a part would be taken for the whole
             *size = sum;
         }).detach();

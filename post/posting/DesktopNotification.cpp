@@ -4,7 +4,6 @@
 #include "post/posting/Text.h"
 #include "post/posting/UserCommand.h"
 
-#include <chrono>
 #include <cstdint>
 #include <unistd.h>
 
@@ -15,15 +14,13 @@ constexpr std::chrono::seconds most{2};
 
 bool ShowInOwnSession(const std::string& title, const std::string& text, bool isUrgent) {
     constexpr const char* service = "org.freedesktop.Notifications";
-    constexpr std::uint32_t replacesNone = 0;
-    constexpr std::int32_t defaultTime = -1;
     try {
         const Connection connection = Connect(Bus::Session, most);
         Questions bus(*connection.bus, std::chrono::steady_clock::now() + most);
         return bus.Call({service, "/org/freedesktop/Notifications", service}, "Notify",
-                        "susssasa{sv}i", "kqu-run", replacesNone, "kqu-messenger", title.c_str(),
-                        text.c_str(), 0, 1, "urgency", "y", isUrgent ? 2 : 1,
-                        defaultTime) != nullptr;
+                        "susssasa{sv}i", "kqu-run", std::uint32_t{0}, "kqu-messenger",
+                        title.c_str(), text.c_str(), 0, 1, "urgency", "y", isUrgent ? 2 : 1,
+                        std::int32_t{-1}) != nullptr;
     } catch (const PostError&) {
         return false;
     }

@@ -4,7 +4,6 @@
 #include "post/posting/UserCommand.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -13,7 +12,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
-#include <unistd.h>
 
 namespace kqu::post {
 

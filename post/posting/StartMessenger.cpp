@@ -7,10 +7,8 @@
 #include <cstdint>
 #include <ctime>
 #include <fcntl.h>
-#include <string>
 #include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 namespace kqu::post {
 
@@ -21,8 +19,6 @@ constexpr const char* unit = "kqu-messenger.service";
 constexpr const char* serviceManager = "org.freedesktop.systemd1";
 /// The command that starts it for the user as whom it runs; it lies beside every other one.
 constexpr const char* command = "kqu-post";
-
-constexpr std::chrono::milliseconds betweenLooks{10};
 
 /// How long root leaves a session alone that does not answer, so that a job with many posts waits
 /// once.
@@ -45,7 +41,7 @@ bool StartedByManager(Questions& bus) {
     // A job that is done, or was given up, is no longer there.
     while (bus.Call({serviceManager, path, "org.freedesktop.DBus.Properties"}, "Get", "ss",
                     "org.freedesktop.systemd1.Job", "State"))
-        std::this_thread::sleep_for(betweenLooks);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     return true;
 }
 

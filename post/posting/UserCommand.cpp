@@ -24,7 +24,6 @@ namespace kqu::post {
 namespace {
 /// The group of the account "nobody", for a user that no account describes.
 constexpr gid_t groupOfNobody = 65534;
-constexpr int cannotBeRun = 127;
 constexpr int didNotRun = -1;
 
 std::vector<std::string> PrefixFor(uid_t user, std::chrono::milliseconds most) {
@@ -103,7 +102,7 @@ int RunAs(uid_t user, const std::vector<std::string>& command, std::chrono::mill
     if (child == 0) {
         if (LeaveCaller())
             execve(arguments[0], arguments.data(), variables.data());
-        _exit(cannotBeRun);
+        _exit(127);
     }
     if (child < 0)
         return didNotRun;

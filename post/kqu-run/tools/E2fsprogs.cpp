@@ -55,8 +55,7 @@ class Badblocks : public Tool {
         const auto share = at == line.npos ? std::nullopt : LastPercentage(line.substr(0, at + 1));
         if (!share || isMeasured_)
             return;
-        constexpr double far = 0.5;
-        if (*share < inPass_ - far && pass_ + 1 < ownPasses_)
+        if (*share < inPass_ - 0.5 && pass_ + 1 < ownPasses_)
             ++pass_;
         inPass_ = std::min(*share, 1.0);
         progress_.share = (pass_ + inPass_) / ownPasses_;

@@ -5,20 +5,18 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <string>
 
 namespace kqu::run {
 
 namespace {
 /// A number whose last mark, if at most three digits follow it, is its decimal mark.
 std::optional<double> Decimal(std::string_view text) {
-    constexpr std::size_t longestFraction = 3;
     const std::size_t mark = text.find_last_of(".,");
     std::string plain;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] >= '0' && text[i] <= '9')
             plain += text[i];
-        else if (i == mark && text.size() - mark - 1 <= longestFraction)
+        else if (i == mark && text.size() - mark - 1 <= 3)
             plain += '.';
     }
     double value = 0;
