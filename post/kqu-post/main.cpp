@@ -150,8 +150,7 @@ int Run(std::span<char*> arguments) {
     std::signal(SIGCHLD, SIG_DFL);
     const Request request = ParseCommandLine(arguments);
     const Connection connection = ConnectFor(request);
-    const bool starts = request.starts || request.startsOnly;
-    const bool listens = starts && StartMessenger(connection);
+    const bool listens = (request.starts || request.startsOnly) && StartMessenger(connection);
     if (request.startsOnly && !listens)
         throw StatusError("the messenger doesn't run and can't be started", notTaken);
     if (!request.startsOnly)

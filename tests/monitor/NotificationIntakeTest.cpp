@@ -80,6 +80,28 @@ TEST_F(NotificationIntakeTest, ALookupFileThatCannotBeOpenedEndsTheProgram) {
     EXPECT_TRUE(machine.HasEnded());
 }
 
+TEST_F(NotificationIntakeTest, ALookupFileIsReadUpToSixteenMebibytes) {
+    std::string text = std::string((16U << 20U) - 7, ' ') + "\rsda:Me";
+    for (const std::string volume : {"Me", "sda"}) {
+        machine.WriteFile("/Application Support/Brackwater Utilties Support/BSDLookup", text);
+        Post("KQS_disk" + volume, "KQDefrag", {{"BSD", "sda"}});
+        EXPECT_EQ(machine.Row("KQS_disk" + volume)->Value("volume").StringValue(), volume);
+        text.insert(0, " ");
+    }
+}
+
+TEST_F(NotificationIntakeTest, TheDefragmentersFileIsStoredBeforeItsProgressIsRead) {
+    Post("KQS_disk", "KQDefrag");
+    const Ref<Dictionary> row = machine.Row("KQS_disk");
+    machine.centre.Post({"KQS_disk", "KQDefrag",
+                         platform::WireDictionary{{"status", std::string("defrag")},
+                                                  {"FileName", std::string("a")},
+                                                  {"FileProgress", platform::OtherWireValue()}}});
+    machine.Advance();
+    EXPECT_TRUE(machine.HasEnded());
+    EXPECT_EQ(row->Value("Status").StringValue(), "File: a");
+}
+
 TEST_F(NotificationIntakeTest, ARowKeepsOfALongTextWhatItCanShow) {
     const std::string text = "start" + std::string(1 << 20, 'x') + "end";
     Post("KQS_disk.1", "KQBackup",

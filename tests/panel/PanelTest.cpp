@@ -56,6 +56,19 @@ TEST(PanelOpening, APaintBeforeTheOpeningIsDoneLeavesTheCanvasAlone) {
     }
 }
 
+TEST(PanelOpening, MenuHandlersAreAskedForOnceTheControlsAreThere) {
+    SimulatedMachine machine;
+    struct MenuWindow : Window {
+        WindowLayout Layout() override { return {}; }
+        void CreateControls() override { calls += "controls "; }
+        void AddMenuHandlers(Window& /*window*/) override { calls += "menu "; }
+        using Window::Create;
+        std::string calls;
+    } window;
+    window.Create();
+    EXPECT_EQ(window.calls, "controls menu ");
+}
+
 TEST(PanelOpening, MissingArtworkEndsTheProgramQuietly) {
     SimulatedMachine machine;
     appResourceForkGetter()->Remove(168);

@@ -70,7 +70,9 @@ class Archiver : public Tool {
     void NameRow(const std::string& program, const std::string& command, std::string given,
                  const char* variable, const std::vector<std::string>& sources) {
         command_ = command;
-        progress_.text = program + " " + command;
+        // A word that is none of theirs may be the value of an option that is not known here.
+        progress_.text =
+            Pattern("^[a-z-]+$").In(command).empty() ? program : program + " " + command;
         const char* const usual = std::getenv(variable);
         given = given.empty() && usual != nullptr ? usual : given;
         row_.folder = true;

@@ -35,6 +35,7 @@ class FolderItemTest : public testing::Test {
 TEST_F(FolderItemTest, PathsResolveUnderTheRootInBothForms) {
     tree.Write("A B/C/d", "x");
     tree.Link("dangling", "nowhere");
+    EXPECT_FALSE(Item("/dangling")->Exists());
     const auto item = GetFolderItem("/A\\ B/C/d", PathForm::Shell);
     EXPECT_TRUE(item->Exists());
     EXPECT_EQ(item->AbsolutePath(), "/A B/C/d");
@@ -86,6 +87,7 @@ TEST_F(FolderItemTest, ALinkIsReplacedByANewFileAndNeverFollowed) {
     tree.Write("target", "kept");
     tree.Link("link", "target");
     tree.Link("dangling", "nowhere");
+    EXPECT_FALSE(Item("/dangling")->Exists());
     for (const char* path : {"/link", "/dangling"}) {
         Item(path)->CreateTextFile()->Write("new");
         EXPECT_EQ(Item(path)->OpenAsTextFile()->ReadAll(), "new");

@@ -1,5 +1,5 @@
-#include "platform/functions/Functions.h"
 #include "platform/functions/LinuxFunctions.h"
+#include "platform/functions/Functions.h"
 
 #include <gtest/gtest.h>
 
@@ -8,13 +8,22 @@
 namespace kqu::platform {
 namespace {
 
-struct CoreFoundationFunctionsTest : testing::Test {
-    CoreFoundationFunctionsTest() { RegisterCoreFoundationFunctions(table, handles); }
+TEST(IdentityFunctions, TheSystemTellsItsVersionAndNothingElse) {
+    FunctionTable table;
+    RegisterIdentityFunctions(table);
+    const auto ask = *table.Find<functions::Gestalt>();
+    std::int32_t value = 7;
+    for (const char* selector : {"", "sys1", "SYSV", "sysv "})
+        EXPECT_FALSE(ask(selector, value)) << selector;
+    EXPECT_EQ(value, 7);
+    EXPECT_TRUE(ask("sysv", value));
+    EXPECT_EQ(value, 0x1068);
+}
+
+TEST(CoreFoundationFunctions, ReleasingEndsWhatIsOwnedAndNothingElse) {
     FunctionTable table;
     Handles handles;
-};
-
-TEST_F(CoreFoundationFunctionsTest, ReleasingEndsWhatIsOwnedAndNothingElse) {
+    RegisterCoreFoundationFunctions(table, handles);
     const auto release = *table.Find<functions::CFRelease>();
     const auto unowned = handles.UnownedText("AC Power");
     const auto blob = handles.AddBlob("blob");
