@@ -106,7 +106,7 @@ bool BecomeForGood(uid_t user) {
     if (SettleOn(user, {user, root, root}))
         return true;
     static_cast<void>(TakeOn(groups));
-    static_cast<void>(seteuid(before.effective));
+    static_cast<void>(BecomeEffectively(before.effective));
     return false;
 }
 
