@@ -17,13 +17,13 @@ void X11Window::BeginDrag(Point /*start*/) {
 }
 
 void X11Window::AskWhoDrags() {
+    static constexpr AtomName check = "_NET_SUPPORTING_WM_CHECK";
     ++drags_;
     // A manager that is alive has a window that names itself; what a dead one left behind has not.
     AskInDrag(display_.Root(), "_NET_SUPPORTED", XCB_ATOM_ATOM, [this](const Words& atoms) {
         const xcb_atom_t move = display_.Atom("_NET_WM_MOVERESIZE");
         if (std::find(atoms.begin(), atoms.end(), move) == atoms.end())
             return DragByOurselves(pointerTold_);
-        constexpr AtomName check = "_NET_SUPPORTING_WM_CHECK";
         AskInDrag(display_.Root(), check, XCB_ATOM_WINDOW, [this](const Words& manager) {
             if (manager.empty())
                 return DragByOurselves(pointerTold_);
