@@ -126,7 +126,8 @@ class Command : public Tool {
         const std::vector<std::string>& all = arguments.Operands();
         const auto at = which < 0 ? all.size() - 1 : static_cast<std::size_t>(which - 1);
         const auto folder = arguments.Value("t target-directory");
-        if (all.size() < 2 && !folder)
+        // A subcommand, from and to: any other word may be the value of an unknown option.
+        if ((all.size() < 2 && !folder) || (name_ == "rclone" && all.size() != 3))
             return;
         const std::string place = folder ? *folder : all[std::min(at, all.size() - 1)];
         row_.destination = Destination(place);
