@@ -1,5 +1,7 @@
 #include "framework/corefoundation/BinaryListBounds.h"
 
+#include "framework/corefoundation/CFPropertyList.h"
+
 #include <cstdint>
 #include <optional>
 
@@ -19,8 +21,6 @@ constexpr std::uint64_t wide = 8;
 enum Kind : unsigned { Number = 1, Data = 4, Ascii, Utf16, Array = 10, Set = 12, Dict };
 constexpr unsigned longForm = 15;
 
-/// Containers in one another; a preference file has a handful.
-constexpr int deepestList = 200;
 /// What a list may take in bytes, with so many for each value besides its content.
 constexpr std::uint64_t mostBytes = std::uint64_t{1} << 22U;
 constexpr std::uint64_t bytesPerValue = 64;

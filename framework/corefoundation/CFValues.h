@@ -9,10 +9,13 @@
 namespace kqu {
 
 /// What the objects around a single C++ value have in common.
-template <CFTypeID id, class T>
+template <class Self, CFTypeID id, class T>
 class CFValue : public CFObject {
   public:
     static constexpr CFTypeID typeID = id;
+    [[nodiscard]] static Ref<Self> Make(T value) {
+        return std::make_shared<Self>(std::move(value));
+    }
     explicit CFValue(T value) : value_(std::move(value)) {}
     [[nodiscard]] CFTypeID TypeID() const override { return typeID; }
 
@@ -21,32 +24,23 @@ class CFValue : public CFObject {
 };
 
 /// A text, by intention UTF-8.
-class CFString : public CFValue<CFTypeID::String, std::string> {
+class CFString : public CFValue<CFString, CFTypeID::String, std::string> {
   public:
     using CFValue::CFValue;
-    [[nodiscard]] static Ref<CFString> Make(std::string value) {
-        return std::make_shared<CFString>(std::move(value));
-    }
     [[nodiscard]] const std::string& Text() const { return value_; }
 };
 
 /// True or false.
-class CFBoolean : public CFValue<CFTypeID::Boolean, bool> {
+class CFBoolean : public CFValue<CFBoolean, CFTypeID::Boolean, bool> {
   public:
     using CFValue::CFValue;
-    [[nodiscard]] static Ref<CFBoolean> Make(bool value) {
-        return std::make_shared<CFBoolean>(value);
-    }
     [[nodiscard]] bool Value() const { return value_; }
 };
 
 /// A number of any kind.
-class CFNumber : public CFValue<CFTypeID::Number, double> {
+class CFNumber : public CFValue<CFNumber, CFTypeID::Number, double> {
   public:
     using CFValue::CFValue;
-    [[nodiscard]] static Ref<CFNumber> Make(double value) {
-        return std::make_shared<CFNumber>(value);
-    }
     [[nodiscard]] double DoubleValue() const { return value_; }
 };
 

@@ -1,6 +1,7 @@
 #include "framework/corefoundation/XmlPropertyList.h"
 
 #include "framework/corefoundation/CFDictionary.h"
+#include "framework/corefoundation/CFPropertyList.h"
 #include "framework/corefoundation/CFValues.h"
 #include "platform/CDeleter.h"
 
@@ -15,9 +16,6 @@
 namespace kqu {
 
 namespace {
-/// Containers in one another; a preference file has a handful.
-constexpr std::size_t deepestList = 200;
-
 /// An element that is open, with what was read of it so far. The document counts as one, without a
 /// name.
 struct Element {
@@ -97,14 +95,18 @@ class XmlReader {
 
     bool Open(std::string name) {
         const Element& parent = open_.back();
-        bool mayStandHere = name != "key";
+        const bool isKey = name == "key";
+        // Only the document holds a list.
+        bool mayStandHere = name != "plist" || parent.name.empty();
         if (parent.name == "dict")
-            mayStandHere = mayStandHere == parent.key.has_value();
-        else if (parent.name != "array")
-            mayStandHere = mayStandHere && !parent.value &&
-                           (parent.name.empty() || (parent.name == "plist" && name != "plist"));
+            mayStandHere = mayStandHere && isKey != parent.key.has_value();
+        else if (parent.name == "array")
+            mayStandHere = mayStandHere && !isKey;
+        else
+            mayStandHere = mayStandHere && !isKey && !parent.value &&
+                           (parent.name.empty() || parent.name == "plist");
         open_.push_back({std::move(name)});
-        return mayStandHere && open_.size() <= deepestList;
+        return mayStandHere && open_.size() <= std::size_t{deepestList};
     }
 
     bool Close() {

@@ -77,9 +77,9 @@ TEST(PropertyList, ABrokenOneIsNilAsAWhole) {
           "<dict><key>a</key><key>b</key></dict>", "<dict><key>a</key><true/><false/></dict>",
           "<dict>a<key>a</key><true/></dict>", "<dict><key>a</key><true>b</true></dict>",
           "<dict><key>a</key><yes/></dict>", "<dict><key>a</key><integer>one</integer></dict>",
-          "<real>1.5.2</real>", "<integer/>", "<real> </real>", "<array><key>a</key></array>",
-          "<dict/><dict/>", "<plist><dict/></plist>", "<string>&unknown;</string>",
-          "<string>a & b</string>", "<string>a<true/></string>"})
+          "<real>1.5.2</real>", "<real> </real>", "<array><key>a</key></array>", "<dict/><dict/>",
+          "<plist><dict/></plist>", "<string>&unknown;</string>", "<string>a & b</string>",
+          "<string>a<true/></string>", "<array><plist><true/></plist></array>"})
         EXPECT_EQ(ParseList(head + content + "</plist>"), nullptr) << content;
 }
 
