@@ -83,12 +83,12 @@ void X11Window::Configure(const Rect& onRoot, unsigned int which) const {
 void X11Window::OnConfigured(const X11Event& event) {
     const auto configured = event.As<xcb_configure_notify_event_t>();
     const Moment now = std::chrono::steady_clock::now();
-    const Size size{configured.width, configured.height};
-    // No window has a side of 0: some client made this event up.
-    if (size.width == 0 || size.height == 0)
-        return;
-    border_ = configured.border_width;
-    TakeSize(size, now);
+    // The server reports each change of the size or the border itself; what clients say of them may
+    // be made up.
+    if (!event.IsSynthetic()) {
+        border_ = configured.border_width;
+        TakeSize({configured.width, configured.height}, now);
+    }
     // Where a window is put while it is not up is nobody's wish: managers move windows about when
     // they take them out of their frames.
     if (mapping_ != Mapping::Up)
@@ -100,9 +100,11 @@ void X11Window::OnConfigured(const X11Event& event) {
         placeCheckAt_ = now + settleTime;
     if (knowsPlace)
         TakePlace({configured.x + border_, configured.y + border_}, now);
-    // The pointer goes with a window that a manager moves. Where it stands still, the server has
-    // lost it to a compositor, and never hears of the release.
-    if (handedOver_ && place_.Actual() != contentAtPress_ &&
+    // A window that a manager moves goes where the pointer goes. If it goes farther than the
+    // pointer, which stands still, the server has lost the pointer to a compositor, and never hears
+    // of the release.
+    const Point moved = place_.Actual() - contentAtPress_;
+    if (handedOver_ && moved != Point{} && moved != pointerTold_ - pointerAtPress_ &&
         system_.pointer_->OnRoot() == pointerTold_)
         system_.pointer_->SetReleaseLost(true);
 }

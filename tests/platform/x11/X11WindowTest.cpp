@@ -134,10 +134,14 @@ TEST_F(X11WindowTest, AMinimisedWindowComesBackMinimised) {
 
 TEST_F(X11WindowTest, WhatOtherClientsMakeUpOrDestroyIsHeard) {
     Appear();
-    xcb_configure_notify_event_t flat{};
-    flat.response_type = XCB_CONFIGURE_NOTIFY;
-    flat.event = flat.window = id;
-    xcb_send_event(looker.get(), 0, id, 0, reinterpret_cast<const char*>(&flat));
+    xcb_configure_notify_event_t madeUp{};
+    madeUp.response_type = XCB_CONFIGURE_NOTIFY;
+    madeUp.event = madeUp.window = id;
+    madeUp.x = 100, madeUp.y = 50, madeUp.width = 60000; // and no height
+    xcb_send_event(looker.get(), 0, id, 0, reinterpret_cast<const char*>(&madeUp));
+    RunFor(100ms);
+    Fill(0x00FF00, 0, content.height);
+    Await([this] { return PixelAt(200, 100) == 0x00FF00; });
     xcb_destroy_window(looker.get(), id);
     Sync();
     Await([this] { return closes == 1; });
@@ -206,8 +210,10 @@ TEST_F(X11WindowTest, AHandedOverDragIsCancelledWhenTheReleaseComesHere) {
     EXPECT_EQ(pressedAt, (Point{110, 35}));
     ASSERT_EQ(std::system("xdotool mousemove 215 85"), 0);
     awaitMessage({210, 85, 8, 1, 1});
-    // The window goes and the pointer stays: it is a compositor's by now, and so is the release.
+    Configure({105, 50, 340, 73});
+    RunFor(100ms);
     EXPECT_TRUE(system->PrimaryButtonDown());
+    // It goes on and the pointer stays: that is a compositor's by now, and so is the release.
     Configure({150, 60, 340, 73});
     Await([this] { return !system->PrimaryButtonDown(); });
     // This manager does not take hold of the pointer.
