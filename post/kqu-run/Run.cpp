@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <fcntl.h>
 #include <filesystem>
 #include <linux/kcmp.h>
 #include <sys/stat.h>
@@ -291,7 +292,7 @@ class Run {
         lines_.Lines([this](std::string_view line) { tool_->Read(line); });
     }
 
-    /// The channel is a file in memory.
+    /// The channel is a file in memory; what has been read is given back.
     void ReadChannel() {
         std::array<char, 16384> buffer{};
         ssize_t got = 0;
@@ -299,6 +300,7 @@ class Run {
             lines_.Add({buffer.data(), static_cast<std::size_t>(got)});
             channelRead_ += got;
         }
+        fallocate(launch_.channel, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, channelRead_);
     }
 
     void LookAtTool() {

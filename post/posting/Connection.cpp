@@ -57,8 +57,7 @@ Connection Connect(Bus kind, std::chrono::milliseconds most) {
 
 bool Questions::HasOwner(const char* name) {
     const MessagePointer reply =
-        Call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"},
-             "NameHasOwner", "s", name);
+        Call({busName, "/org/freedesktop/DBus", busName}, "NameHasOwner", "s", name);
     int isOwned = 0;
     return reply && sd_bus_message_read_basic(reply.get(), 'b', &isOwned) > 0 && isOwned != 0;
 }

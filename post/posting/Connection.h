@@ -34,6 +34,9 @@ struct Connection {
 /// How long a bus, or somebody on it, may take over a message before it counts as not there.
 constexpr std::chrono::seconds patience{10};
 
+/// The bus itself, by its name on it, and by its interface.
+constexpr const char* busName = "org.freedesktop.DBus";
+
 /// Connects to a bus and waits until it has greeted. Raises PostError, and SilentBus when that
 /// takes longer than `most`.
 [[nodiscard]] Connection Connect(Bus kind, std::chrono::milliseconds most = patience);

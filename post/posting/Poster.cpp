@@ -3,15 +3,14 @@
 #include "post/posting/Descriptor.h"
 #include "post/posting/UserCommand.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
+#include <fcntl.h>
 #include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
+#include <sys/file.h>
 #include <thread>
+#include <unistd.h>
 
 namespace kqu::post {
 
@@ -19,7 +18,6 @@ namespace {
 constexpr const char* path = "/com/brackwater/DistributedNotifications";
 constexpr const char* interfaceName = "com.brackwater.DistributedNotifications";
 constexpr const char* member = "Posted";
-constexpr const char* busName = "org.freedesktop.DBus";
 
 /// Listeners on the system bus ask who posted, and the bus knows that only while the poster is
 /// connected. Nothing reports that they have asked, and a flood from others may delay them.
@@ -76,19 +74,16 @@ void AwaitTaken(sd_bus* bus) {
 }
 
 /// A bus allows one user a few hundred connections only, so the processes that keep one are limited
-/// as well: each holds one of these places. Nothing where all are taken.
+/// as well: each holds one of these places, a lock where nobody else can take it. Nothing where all
+/// are taken.
 Descriptor TakePlace() {
     constexpr int places = 32;
+    const std::string folder = geteuid() == 0 ? "/run" : "/run/user/" + std::to_string(geteuid());
     for (int place = 0; place < places; ++place) {
-        Descriptor held(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        // Behind a NUL it is a name without a file, which goes with its descriptor.
-        const int length = std::snprintf(&address.sun_path[1], sizeof address.sun_path - 1,
-                                         "kqu-post.%u.%d", geteuid(), place);
-        if (bind(held.Number(), reinterpret_cast<const sockaddr*>(&address),
-                 static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 +
-                                        static_cast<std::size_t>(length))) == 0)
+        const std::string file = folder + "/kqu-post.place." + std::to_string(place);
+        Descriptor held(
+            open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+        if (held && flock(held.Number(), LOCK_EX | LOCK_NB) == 0)
             return held;
     }
     return {};
@@ -98,11 +93,12 @@ Descriptor TakePlace() {
 /// caller waits for as long as an idle listener needs.
 void KeepConnected(int connection) {
     const Descriptor place = TakePlace();
+    const auto [low, high] = std::minmax({connection, place.Number()});
     const pid_t child = place ? fork() : -1;
     if (child == 0) {
         // Without events poll returns early only when the bus closes the connection.
         pollfd bus{connection, 0, 0};
-        if (LeaveCaller({connection, place.Number()}))
+        if (LeaveCaller({low, high}))
             poll(&bus, 1, static_cast<int>(std::chrono::milliseconds(stay).count()));
         _exit(0);
     }

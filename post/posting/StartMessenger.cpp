@@ -4,7 +4,6 @@
 #include "post/posting/Descriptor.h"
 #include "post/posting/UserCommand.h"
 
-#include <cstdint>
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -24,9 +23,6 @@ constexpr const char* command = "kqu-post";
 /// once.
 constexpr std::chrono::seconds untilAskedAgain = std::chrono::minutes(10);
 
-using Object = Questions::Object;
-using Moment = Questions::Moment;
-
 /// Has the user's service manager start it, and waits until it has done with that, well or badly.
 /// False where it doesn't know how.
 bool StartedByManager(Questions& bus) {
@@ -45,16 +41,14 @@ bool StartedByManager(Questions& bus) {
     return true;
 }
 
-bool StartInSession(sd_bus& connected, Moment deadline) {
+bool StartInSession(sd_bus& connected, Questions::Moment deadline) {
     Questions bus(connected, deadline);
     if (bus.HasOwner(messenger))
         return true;
-    constexpr std::uint32_t noFlags = 0;
-    constexpr const char* daemon = "org.freedesktop.DBus";
     // The bus answers when the name is owned, or can't be.
     if (!StartedByManager(bus))
-        static_cast<void>(bus.Call({daemon, "/org/freedesktop/DBus", daemon}, "StartServiceByName",
-                                   "su", messenger, noFlags));
+        static_cast<void>(bus.Call({busName, "/org/freedesktop/DBus", busName},
+                                   "StartServiceByName", "su", messenger, 0U));
     return bus.HasOwner(messenger);
 }
 
@@ -87,7 +81,7 @@ bool StartAtSeat() {
     const std::string mark = "/run/kqu-post.silent." + std::to_string(session ? session->user : 0);
     if (!session || IsRecent(mark))
         return false;
-    const Moment deadline = std::chrono::steady_clock::now() + patience + untilSilent;
+    const auto deadline = std::chrono::steady_clock::now() + patience + untilSilent;
     const int status =
         RunAs(session->user, {FolderOfProgram() + command, "--start-only"}, patience + untilSilent);
     // A start may take long on a busy machine; that alone is no reason to leave the session alone.

@@ -17,8 +17,9 @@ namespace files = std::filesystem;
 /// What is known of a command beside what the kernel reports.
 struct Known {
     std::string_view name;
-    /// Its options that take a value in an argument of their own.
-    std::string_view withValue = {};
+    /// Its options that take a value in an argument of their own, or those that take none, where
+    /// they are fewer.
+    std::string_view options = {};
     /// Which of its operands, counted from 1, it writes to; -1 for the last.
     int destination = 0;
     /// What of its output is read: the stream, the option without which it prints nothing, and the
@@ -27,6 +28,7 @@ struct Known {
     std::string_view onlyWith = {};
     const char* share = nullptr;
     const char* text = nullptr;
+    Arguments::Listed listed = Arguments::Listed::HasValue;
 };
 
 constexpr std::string_view ofCopies = "S t g m o suffix target-directory group mode owner";
@@ -42,7 +44,12 @@ constexpr std::array<Known, 11> known{
       "a b B c C E e H i K L m o O P Q r s T X Z binary-prefixes cluster-size input-position "
       "max-error-rate max-errors output-position retry-passes sector-size size timeout",
       2, 1, "", "pct rescued: +([0-9.]+%)"},
-     {"rclone", "", -1, 1, "P progress", "^Transferred: .*, ([0-9]+%), .*ETA"},
+     {"rclone",
+      "c i n P q u v checksum create-empty-src-dirs delete-after delete-before delete-during "
+      "dry-run fast-list ignore-existing ignore-times immutable inplace interactive metadata "
+      "no-traverse one-way progress quiet size-only track-renames update use-json-log verbose",
+      -1, 1, "P progress", "^Transferred: .*, ([0-9]+%), .*ETA", nullptr,
+      Arguments::Listed::HasNoValue},
      {"mdadm", "c e l n s x z"},
      {"su", "c g G s w command group shell supp-group"}}};
 
@@ -66,7 +73,7 @@ class Command : public Tool {
                                                [&](const Known& one) { return one.name == name_; });
         const Known nothing;
         const Known& knows = entry != known.end() ? *entry : nothing;
-        const Arguments arguments(launch, knows.withValue);
+        const Arguments arguments(launch, knows.options, knows.listed);
         FindOperands(launch, arguments);
         if (knows.destination != 0)
             TakeDestination(arguments, knows.destination);
@@ -126,8 +133,7 @@ class Command : public Tool {
         const std::vector<std::string>& all = arguments.Operands();
         const auto at = which < 0 ? all.size() - 1 : static_cast<std::size_t>(which - 1);
         const auto folder = arguments.Value("t target-directory");
-        // A subcommand, from and to: any other word may be the value of an unknown option.
-        if ((all.size() < 2 && !folder) || (name_ == "rclone" && all.size() != 3))
+        if (all.size() < 2 && !folder)
             return;
         const std::string place = folder ? *folder : all[std::min(at, all.size() - 1)];
         row_.destination = Destination(place);
