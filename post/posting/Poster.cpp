@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
-#include <thread>
 #include <unistd.h>
 
 namespace kqu::post {
@@ -21,7 +21,7 @@ constexpr const char* member = "Posted";
 
 /// Listeners on the system bus ask who posted, and the bus knows that only while the poster is
 /// connected. Nothing reports that they have asked, and a flood from others may delay them.
-constexpr std::chrono::seconds stay{10};
+constexpr std::chrono::milliseconds stay{10'000};
 
 constexpr const char* notTaken = "the bus has not taken the message";
 
@@ -89,21 +89,30 @@ Descriptor TakePlace() {
     return {};
 }
 
-/// Lets a child keep the connection, so that the caller need not wait. Where there can be none, the
-/// caller waits for as long as an idle listener needs.
+/// Whether the service manager itself runs this process, by systemd.exec(5): what such a process
+/// leaves behind ends with it.
+bool IsOfServiceManager() {
+    const char* const process = std::getenv("SYSTEMD_EXEC_PID");
+    return process != nullptr && process == std::to_string(getpid());
+}
+
+/// Lets a child keep the connection, so that the caller need not wait. Where the child would be
+/// killed, the caller keeps it for as long; where there can be no child, for as long as an idle
+/// listener needs.
 void KeepConnected(int connection) {
-    const Descriptor place = TakePlace();
+    const bool staysItself = IsOfServiceManager();
+    const Descriptor place = staysItself ? Descriptor() : TakePlace();
     const auto [low, high] = std::minmax({connection, place.Number()});
     const pid_t child = place ? fork() : -1;
-    if (child == 0) {
-        // Without events poll returns early only when the bus closes the connection.
-        pollfd bus{connection, 0, 0};
-        if (LeaveCaller({low, high}))
-            poll(&bus, 1, static_cast<int>(std::chrono::milliseconds(stay).count()));
+    if (child > 0)
+        return;
+    const bool isFree = child == 0 && LeaveCaller({low, high});
+    const std::chrono::milliseconds time = isFree || staysItself ? stay : stay / 20;
+    // Without events poll returns early only when the bus closes the connection.
+    pollfd bus{connection, 0, 0};
+    poll(&bus, 1, static_cast<int>(time.count()));
+    if (child == 0)
         _exit(0);
-    }
-    if (child < 0)
-        std::this_thread::sleep_for(stay / 20);
 }
 } // namespace
 
