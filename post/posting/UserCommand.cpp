@@ -3,6 +3,7 @@
 #include "platform/CDeleter.h"
 #include "post/posting/Text.h"
 
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -27,17 +28,21 @@ constexpr gid_t groupOfNobody = 65534;
 constexpr int didNotRun = -1;
 
 std::vector<std::string> PrefixFor(uid_t user, std::chrono::milliseconds most) {
-    const passwd* const account = getpwuid(user);
-    const gid_t group = account != nullptr ? account->pw_gid : groupOfNobody;
+    passwd account{};
+    passwd* found = nullptr;
+    std::array<char, 16384> texts{};
+    getpwuid_r(user, &account, texts.data(), texts.size(), &found);
+    const gid_t group = found != nullptr ? account.pw_gid : groupOfNobody;
     // The limits are what a user gets from the system, where root may have more.
-    const auto words = Words("/usr/bin/prlimit --nice=0 --rtprio=0 --core=0 --memlock=8388608 "
-                             "--nofile=1024 /usr/bin/setpriv --inh-caps=-all --no-new-privs");
+    const auto words = Words("/usr/bin/choom -n 0 -- /usr/bin/ionice -c none /usr/bin/prlimit "
+                             "--nice=0 --rtprio=0 --core=0 --memlock=8388608 --nofile=1024 "
+                             "/usr/bin/setpriv --inh-caps=-all --no-new-privs");
     std::vector<std::string> prefix{"/usr/bin/timeout", "--signal=KILL",
                                     std::to_string(std::chrono::duration<double>(most).count())};
     prefix.insert(prefix.end(), words.begin(), words.end());
     prefix.insert(prefix.end(),
                   {"--reuid=" + std::to_string(user), "--regid=" + std::to_string(group),
-                   account != nullptr ? "--init-groups" : "--clear-groups", "--"});
+                   found != nullptr ? "--init-groups" : "--clear-groups", "--"});
     return prefix;
 }
 

@@ -21,8 +21,8 @@ struct Session {
 [[nodiscard]] std::optional<Session> SessionAtSeat();
 
 /// Leaves everything of the caller behind in a child process, but for the descriptors to keep:
-/// other files, the terminal, the folder, keys, signal settings, scheduling, file mode mask and
-/// raised limits. Makes system calls only. False if any of that failed.
+/// other files, the terminal, the folder, keys, signal settings, scheduling and file mode mask.
+/// Makes system calls only. False if any of that failed.
 [[nodiscard]] bool LeaveCaller(std::initializer_list<int> kept = {});
 
 /// For root: runs a program as another user by setpriv(1), waits for its end, and has it killed by

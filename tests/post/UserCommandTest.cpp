@@ -2,10 +2,12 @@
 
 #include <csignal>
 #include <cstdio>
+#include <fstream>
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
 
@@ -31,6 +33,7 @@ TEST(UserCommand, TheProgramIsTheUsersCompletelyAndItsTimeIsBounded) {
     EXPECT_EQ(setgroups(2, groups), 0);
     setenv("SECRET", "known", 1);
     const mode_t mask = umask(0);
+    std::ofstream("/proc/self/oom_score_adj") << -500;
     rlimit raised{20, 20}, before{};
     getrlimit(RLIMIT_NICE, &before);
     setrlimit(RLIMIT_NICE, &raised);
@@ -41,6 +44,7 @@ TEST(UserCommand, TheProgramIsTheUsersCompletelyAndItsTimeIsBounded) {
         pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
         const sched_param real{1};
         sched_setscheduler(0, SCHED_FIFO, &real);
+        syscall(SYS_ioprio_set, 1, 0, 2 << 13); // "best effort" instead of none
         for (const char* script : {
                  "test \"$(grep ^Uid: /proc/self/status | tr -dc '0-9 \\t' | xargs)\" = "
                  "'65534 65534 65534 65534'",
@@ -52,7 +56,8 @@ TEST(UserCommand, TheProgramIsTheUsersCompletelyAndItsTimeIsBounded) {
                  "test \"$XDG_RUNTIME_DIR$SECRET\" = /run/user/65534",
                  "test \"$(ps -o sid= -p $$ | xargs)\" = $PPID",
                  "grep '^SigBlk:.0*$' /proc/self/status",
-                 "test \"$(nice) $(umask)\" = '0 0022'",
+                 "test \"$(nice) $(umask) $(ionice)\" = '0 0022 none: prio 0'",
+                 "grep -x 0 /proc/self/oom_score_adj",
                  "chrt -p $$ | grep -q SCHED_OTHER",
                  "test \"$(prlimit --noheadings --raw -o HARD --nice)\" = 0",
              })
@@ -61,6 +66,7 @@ TEST(UserCommand, TheProgramIsTheUsersCompletelyAndItsTimeIsBounded) {
     setgroups(0, nullptr);
     unsetenv("SECRET");
     umask(mask);
+    std::ofstream("/proc/self/oom_score_adj") << 0;
     setrlimit(RLIMIT_NICE, &before);
     close(99);
 
