@@ -60,8 +60,9 @@ Request ParseCommandLine(std::span<char*> arguments) {
     Request request;
     const auto command = post::ReadOptions(arguments, "+", OptionsOf(request));
     request.command.assign(command.begin(), command.end());
-    if (request.process != 0 && !request.command.empty())
-        throw UsageError("with --pid no command is run");
+    if (request.process != 0 && (!request.command.empty() || request.percentStream != 0 ||
+                                 request.notifies == Request::Notifies::Failure))
+        throw UsageError("with --pid goes no command, no --percent and no --notify=failure");
     if (request.command.empty() && request.process == 0)
         throw UsageError("no command was given; see kqu-run --help");
     return request;
@@ -86,8 +87,8 @@ Runs a command and shows it in the panel of the KQU Messenger while it runs.
   --help              show this text
   --version           show the version
 
-rsync, dd, badblocks, e2fsck, e4defrag, restic, borg and tar are read in their own words; any other
-command has a bar by what the kernel reports of its files. The row goes when the command has ended.
+rsync, dd, badblocks, fsck, e2fsck, e4defrag, restic, borg and tar are read in their own words; any
+other command has a bar by what the kernel reports of its files. The row goes when the command ends.
 Exit status: the command's own; 125 wrong usage, 126 it can't be run, 127 it isn't there.
 )";
 }

@@ -102,17 +102,16 @@ class Run {
         while (poll(polled.data(), polled.size(), static_cast<int>(betweenLooks.count())) <= 0 ||
                polled[0].revents == 0) {
             signalfd_siginfo signal{};
-            while (signals_.Next(signal))
-                if (EndsUs(signal.ssi_signo))
-                    return {0, static_cast<int>(signal.ssi_signo)};
-                else if (signal.ssi_signo == SIGTSTP)
-                    ActOn(SIGTSTP);
+            while (signals_.Next(signal)) // none of them is the job's
+                ActOn(static_cast<int>(signal.ssi_signo));
             Show([this] {
                 tool_->Look(process_, false);
                 PostIfDue(false);
             });
         }
-        return {};
+        ending_.emplace();
+        Notify();
+        return *ending_;
     }
 
   private:

@@ -18,7 +18,7 @@ import unittest
 
 import dbus.lowlevel
 
-from support import ROOT, DesktopTest, wait_until
+from support import ROOT, DesktopTest, needs_root, wait_until
 from support.buses import Bus
 from support.panel import ROW
 from support.posting import INTERFACE, OBJECTS
@@ -193,9 +193,13 @@ class RunTest(RunCase):
         watch = self.start("--show-files", "--pid", job.pid)
         wait_until("a bar", lambda: [share for share in posts.values("Progress") if share])
         self.assertEqual((posts.values("PID")[-1], posts.values("VolName")[-1]), (str(job.pid), "sha256sum one"))
+        other = self.start("--volume=Mine", "--pid", job.pid)
+        wait_until("its post", lambda: "Mine" in posts.values("VolName"))
+        other.send_signal(signal.SIGPIPE)
+        self.assertEqual((other.wait(20), job.poll()), (-signal.SIGPIPE, None))
         job.kill()
         self.assertEqual(watch.wait(20), 0)
-        self.assertLess(float(posts.values("Progress")[-1]), 1000)
+        self.assertNotIn("1000.00", posts.values("Progress"))
 
     def test_the_last_percentage_is_shown_and_a_failure_is_notified(self):
         posts = self.listen()
@@ -208,8 +212,11 @@ class RunTest(RunCase):
             done = self.run_shown("--percent", "--notify=failure", "sh", "-c", f"echo 10%; echo 50% done; exit {status}")
             self.assertEqual((done.returncode, done.stdout), (status, b"10%\n50% done\n"))
             self.assertEqual(posts.values("Progress")[-1], "500.00" if status else "1000.00")
-        wait_until("the notification", lambda: re.search("Notify .*status 3", log.read_text()))
-        self.assertEqual(log.read_text().count("Notify "), 1)
+        self.run_shown("--notify", "--pid", self.processes.start(["sleep", "1"], self.env).pid)
+        self.run_shown("--system", "--notify", "cat", "Documents/big", stdout=subprocess.DEVNULL)
+        wait_until("the last notification", lambda: "cat has ended" in log.read_text())
+        self.assertRegex(log.read_text(), "(?s)Notify .*status 3.*Notify .*sleep has ended.*Notify ")
+        self.assertEqual((log.read_text().count("Notify "), log.read_text().count("Documents")), (3, 0))
 
     def test_no_name_of_a_file_is_posted_where_all_users_can_read_it(self):
         posts = self.listen("system")
@@ -249,7 +256,7 @@ class RunTest(RunCase):
         for command, status in ((("sh", "-c", "exit 7"), 7), (("sh", "-c", "kill -KILL $$"), -9),
                                 (("sh", "-c", "kill -SEGV $$"), -11), (("true",), 0),
                                 (("absent-command",), 127), ((self.source,), 126),
-                                (("--nonsense", "true"), 125), ((), 125)):
+                                (("--nonsense", "true"), 125), ((), 125), (("--pid=1", "--notify=failure"), 125)):
             done = self.run_shown(*command)
             self.assertEqual((done.returncode, done.stdout), (status, b""), command)
             self.assertRegex(done.stderr.decode(), r"\Akqu-run: [^\n]+\n\Z" if status > 100 else r"\A\Z")
@@ -282,10 +289,11 @@ class RunTest(RunCase):
             self.assertEqual(running.wait(20), -number)
             self.assertFalse(pathlib.Path("/proc", str(tool)).exists())
             running.stdout.close()
-        if os.geteuid() == 0:
-            done = self.run_direct("unshare", "--pid", "--fork", "--mount-proc", KQU_RUN, "sh", "-c",
-                                   "kill -TERM $$")
-            self.assertEqual(done.returncode, 128 + signal.SIGTERM)
+
+    @needs_root
+    def test_the_first_process_of_a_container_ends_with_a_signals_status(self):
+        done = self.run_direct("unshare", "--pid", "--fork", "--mount-proc", KQU_RUN, "sh", "-c", "kill -TERM $$")
+        self.assertEqual(done.returncode, 128 + signal.SIGTERM)
 
     def test_a_tool_that_is_killed_and_a_kqu_run_that_is_killed(self):
         posts = self.listen()
