@@ -3,12 +3,11 @@
 #include "post/posting/StartMessenger.h"
 #include "post/posting/Text.h"
 
-#include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <csignal>
 #include <cstring>
+#include <map>
 
 // kqu-post: posts one status notification.
 
@@ -56,17 +55,15 @@ std::pair<std::string, std::string> ValueIn(const std::string& argument) {
     return {argument.substr(0, equals), argument.substr(equals + 1)};
 }
 
-/// The keys whose values are numbers, and the largest that makes sense.
-constexpr std::array<std::pair<std::string_view, double>, 5> numbers{{{"PID", 4194304},
-                                                                      {"Progress", 1000},
-                                                                      {"Type", 1000},
-                                                                      {"FileProgress", 100},
-                                                                      {"NumFilesExamined", 1e15}}};
-
-/// Refuses what is no decimal number, and warns of one that is too large.
+/// Refuses what is no decimal number where one belongs, and warns of one that is too large.
 void CheckNumber(const std::string& key, const std::string& value) {
-    const auto* const known = std::find_if(numbers.begin(), numbers.end(),
-                                           [&](const auto& number) { return number.first == key; });
+    // The keys whose values are numbers, and the largest that makes sense.
+    static const std::map<std::string_view, double> numbers{{"PID", 4194304},
+                                                            {"Progress", 1000},
+                                                            {"Type", 1000},
+                                                            {"FileProgress", 100},
+                                                            {"NumFilesExamined", 1e15}};
+    const auto known = numbers.find(key);
     if (known == numbers.end())
         return;
     double number = 0;

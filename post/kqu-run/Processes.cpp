@@ -86,8 +86,7 @@ std::vector<OpenFile> OpenFilesOf(pid_t process) {
         file.isWritten = (flags & O_ACCMODE) != O_RDONLY;
         found.push_back(std::move(file));
     }
-    std::sort(found.begin(), found.end(),
-              [](const OpenFile& a, const OpenFile& b) { return a.descriptor < b.descriptor; });
+    std::ranges::sort(found, {}, &OpenFile::descriptor);
     return found;
 }
 

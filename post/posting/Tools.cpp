@@ -25,8 +25,7 @@ std::span<const Tool> Tools() {
 }
 
 const Tool* FindTool(std::string_view name) {
-    const auto* found = std::find_if(tools.begin(), tools.end(),
-                                     [&](const Tool& tool) { return tool.name == name; });
+    const auto* found = std::ranges::find(tools, name, &Tool::name);
     return found != tools.end() ? found : nullptr;
 }
 

@@ -68,7 +68,6 @@ TEST_F(ShellTest, ANotebookDrawsFromItsBattery) {
 
 TEST_F(ShellTest, TheSuiteIsOfTheFamilyThatItsLocationNames) {
     const std::string file = "BrackwaterPrefs.plist", key = "<key>ParentLocation</key>";
-    machine.WriteFile("/Library/Application Support/Brackwater Utilities Support/" + file, "");
     const std::string cat = R"(/bin/cat /Library/Application\ Support/Brackwater\ Utilities\ )"
                             "Support/" +
                             file;
@@ -89,8 +88,11 @@ TEST_F(ShellTest, TheSuiteIsOfTheFamilyThatItsLocationNames) {
         {key + "\n<string>/Marlstone/</string>", false},
         {key + "\n<string></string>" + sibling, false},
         {key + "\n<integer>5</integer>" + sibling, true},
-        {"a" + key + "\nx" + key + "\n" + sibling, false}};
+        {"a" + key + "\nx" + key + "\n" + sibling, false},
+        {key + "\n" + sibling + std::string(1 << 20, ' '), false}};
     for (const auto& [text, isSibling] : cases) {
+        machine.WriteFile("/Library/Application Support/Brackwater Utilities Support/" + file,
+                          text);
         Prints(cat, text);
         Module1.ParentIsMarlstone = !isSibling;
         machine.app->GetParentApp();

@@ -215,9 +215,8 @@ class Borg : public Archiver {
     void ReadPhase(std::string_view line) {
         static const Pattern numbered("\\(([0-9]+)/([0-9]+)\\)$");
         auto share = LastPercentage(line);
-        const auto phase = std::find_if(phases_.begin(), phases_.end(), [&](std::string_view name) {
-            return line.starts_with(name);
-        });
+        const auto phase = std::ranges::find_if(
+            phases_, [&](std::string_view name) { return line.starts_with(name); });
         if (phases_.empty() && command_ != "create")
             progress_.share = share ? share : progress_.share;
         if (phase == phases_.end())

@@ -58,8 +58,7 @@ constexpr std::array<Known, 11> known{
 constexpr const char* subcommands =
     "^((bcachefs|btrfs|rclone|snapper|zfs|zpool) (backup|balance|bisync|check|checksum|copy|"
     "copyto|create|cryptcheck|defragment|delete|device|filesystem|move|moveto|prune|receive|"
-    "replace|"
-    "resilver|restore|resume|scrub|send|start|sync|verify)|"
+    "replace|resilver|restore|resume|scrub|send|start|sync|verify)|"
     "mdadm (--wait|-W|--grow|-G|--create|-C|--action=[a-z]+))$";
 constexpr const char* scans = "fsck|scrub|check|verify|^cmp|sum$|^mdadm|xfs_repair|ntfsfix";
 constexpr const char* defragmentations = "defrag|balance|xfs_fsr";
@@ -69,8 +68,7 @@ class Command : public Tool {
   public:
     void Prepare(Launch& launch) override {
         name_ = LastComponent(launch.arguments[launch.tool]);
-        const auto* const entry = std::find_if(known.begin(), known.end(),
-                                               [&](const Known& one) { return one.name == name_; });
+        const auto* const entry = std::ranges::find(known, name_, &Known::name);
         const Known nothing;
         const Known& knows = entry != known.end() ? *entry : nothing;
         const Arguments arguments(launch, knows.options, knows.listed);
@@ -165,9 +163,8 @@ class Command : public Tool {
 
     /// Copies of whole folders, and what is written over and over.
     void FindWork(const Arguments& arguments) {
-        const bool hasFolder =
-            std::any_of(operands_.begin(), operands_.end(),
-                        [](const auto& path) { return files::is_directory(path); });
+        const bool hasFolder = std::ranges::any_of(
+            operands_, [](const auto& path) { return files::is_directory(path); });
         if ((name_ == "cp" || name_ == "mv") && hasFolder)
             work_ = {true, true, false, 0, operands_, false, 1};
         if (name_ != "shred" || operands_.size() != 1)

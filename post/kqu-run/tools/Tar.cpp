@@ -16,17 +16,15 @@ constexpr std::string_view withValue =
     "b C f F g I K L N T V X H add-file after-date blocking-factor checkpoint-action directory "
     "exclude exclude-from exclude-ignore exclude-ignore-recursive exclude-tag exclude-tag-all "
     "exclude-tag-under file files-from format group group-map hole-detection index-file "
-    "info-script label level "
-    "listed-incremental mode mtime newer newer-mtime new-volume-script no-quote-chars owner "
-    "owner-map pax-option quote-chars quoting-style record-size "
-    "rmt-command rsh-command sort starting-file strip-components suffix tape-length to-command "
-    "sparse-version transform use-compress-program volno-file warning xform xattrs-include "
-    "xattrs-exclude";
+    "info-script label level listed-incremental mode mtime newer newer-mtime new-volume-script "
+    "no-quote-chars owner owner-map pax-option quote-chars quoting-style record-size rmt-command "
+    "rsh-command sort starting-file strip-components suffix tape-length to-command sparse-version "
+    "transform use-compress-program volno-file warning xform xattrs-include xattrs-exclude";
 constexpr std::string_view leavesOut =
     "X T N K g exclude exclude-from exclude-vcs exclude-caches exclude-tag exclude-backups "
-    "files-from newer newer-mtime after-date starting-file listed-incremental "
-    "exclude-vcs-ignores exclude-ignore exclude-caches-all exclude-tag-all "
-    "exclude-caches-under exclude-ignore-recursive exclude-tag-under";
+    "files-from newer newer-mtime after-date starting-file listed-incremental exclude-vcs-ignores "
+    "exclude-ignore exclude-caches-all exclude-tag-all exclude-caches-under "
+    "exclude-ignore-recursive exclude-tag-under";
 
 /// Reading an archive it is as far as it is in the archive; making one it is as far as it has read
 /// of the files that go into it.

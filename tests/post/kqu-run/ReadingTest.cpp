@@ -73,7 +73,6 @@ TEST(RsyncFilter, TakesOutItsProgressAndNothingElse) {
         {"sending incremental file list\nd1/\n" + progress + "\nd1/f1\n" + progress +
              "\n\nsent 1\n",
          "sending incremental file list\nd1/\nd1/f1\n\nsent 1\n"},
-        {progress, ""},
         {progress + "\n", ""},
         {progress + "ssh: gone\nand\n\n\nsent\n", "ssh: gone\nand\n\nsent\n"},
         {"motd\r\n\rother\r100%\n", "motd\r\n\rother\r100%\n"},

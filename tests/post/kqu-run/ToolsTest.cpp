@@ -74,14 +74,7 @@ const std::vector<Case> recorded{
      "\r        300,000 100%   19.07MB/s    0:00:00 (xfr#2, to-chk=17/34)\n",
      0.5, "d1/f10"},
     {"dd if=/dev/null of=/dev/null bs=1M count=720 status=progress",
-     "\r377487360 bytes (377 MB, 360 MiB) copied, 1 s, 377 MB/s", 0.5, "377 MB of 755 MB"},
-    {"dd count=720 bs=1M status=progress",
-     "377487360 Bytes (377 MB, 360 MiB) kopiert, 1,2 s, 3,7 MB/s", 0.5, "377 MB of 755 MB"},
-    {"badblocks -sv /dev/none 1000",
-     "Checking for bad blocks (read-only test):   0.00% done, 0:00 elapsed. (0/0/0 "
-     "errors)\b\b\b"
-     " 12.50% done, 0:05 elapsed. (0/0/0 errors)\b\b\b",
-     0.125, ""},
+     "\r377487360 Bytes (377 MB, 360 MiB) kopiert, 1,2 s, 3,7 MB/s", 0.5, "377 MB of 755 MB"},
     {"badblocks -sw /dev/none 1000",
      "Testing with pattern 0xaa: 100.00% done, 0:05 elapsed. (0/0/0 errors)\b\bdone   \n"
      "Reading and comparing:   0.00% done, 0:05 elapsed. (0/0/0 errors)\b\b"
@@ -103,13 +96,13 @@ const std::vector<Case> recorded{
     {"restic -r rep backup --json src",
      R"({"message_type":"status","percent_done":0.25,"total_files":31,"current_files":["/src/\"f1"]})",
      0.25, "/src/\"f1"},
-    {"restic -r rep backup --json src",
-     R"({"percent_done":1,"current_files":["\u00fc\u20ac\ud83d\ude00\u0026\t\ud83dx\\"]})", 1,
-     "\u00fc\u20ac\U0001F600&\t\uFFFDx\\"},
+    {"borg create -p rep::a src", "33.55 MB O 33.55 MB C 0 B D 30 N src/d2/big      \r", -1,
+     "src/d2/big"},
+    {"borg create -p --log-json rep::a src", R"({"original_size":12,"path":"src/\u00e4"})", -1,
+     "src/\u00E4"},
     {"badblocks -w -t 0 -t 1 -p 2 /dev/none 1000", "50% done", 0.0625, ""},
     {"badblocks -b 0 -s /dev/none 5 9", "50% done", 0.5, ""},
     {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "1 kB of 1 kB"},
-    {"borg check -p rep", "Checking segments 12.5%\r", 0.0625, "Checking segments"},
     {"borg check -p --repository-only rep", "Checking segments 12.5%\r", 0.125,
      "Checking segments"},
     {"borg check -p rep", "Checking segments 99%\rAnalyzing archive a (3/4)\n", 0.75,
@@ -128,18 +121,6 @@ const std::vector<Case> recorded{
 TEST(Tools, AreReadByTheirRealOutput) {
     ExpectRead(recorded);
     EXPECT_NEAR(*Prepared("e4defrag /none").After("[1/2]/a:b:\t 37%\r").fileShare, 0.37, 0.001);
-}
-
-TEST(Tools, BorgNamesItsFileInEitherForm) {
-    EXPECT_EQ(Prepared("borg create -p rep::a src")
-                  .After("33.55 MB O 33.55 MB C 0 B D 30 N src/d2/big      \r")
-                  .file,
-              "src/d2/big");
-    EXPECT_EQ(Prepared("borg create -p --log-json rep::a src")
-                  .After(R"({"type":"archive_progress","original_size":12,"path":"src/\u00e4"})"
-                         "\r")
-                  .file,
-              "src/\u00E4");
 }
 
 TEST(Tools, AreAskedForProgressOnlyWhereThatDoesNoHarm) {
@@ -202,8 +183,8 @@ TEST(Tools, SayWhereTheyWrite) {
     tree.Write("real/file", std::string(2000, 'x'));
     tree.Write("real/deep/file", "");
     tree.Link("link", "real/file");
-    const files::path before = files::current_path(), here = tree.Root();
-    files::current_path(here / "real");
+    const files::path before = files::current_path();
+    files::current_path(tree.Root() / "real");
     const std::vector<std::pair<std::string, std::string>> destinations{
         {"rsync a .", "/real"},
         {"rsync a ..", ""},
@@ -216,7 +197,7 @@ TEST(Tools, SayWhereTheyWrite) {
         {"tar cf deep/a.tar a", "/real/deep/a.tar"},
         {"tar -x --warning none --exclude-tag t -f a.tar -C ..", ""}};
     for (const auto& [command, place] : destinations)
-        EXPECT_EQ(Prepared(command).tool->GetRow().destination.full, here.string() + place)
+        EXPECT_EQ(Prepared(command).tool->GetRow().destination.full, tree.Root().string() + place)
             << command;
     const Prepared zeros("dd if=/dev/zero");
     EXPECT_EQ(zeros.tool->GetRow().destination.full, "standard output");
