@@ -76,18 +76,6 @@ class Screenshot:
                  for row in range(y, y + height))
         return Screenshot(width, height, b"".join(lines))
 
-    def colours(self):
-        """How many pixels each colour has."""
-        counts = {}
-        for at in range(0, len(self.rgb), 3):
-            colour = self.rgb[at:at + 3]
-            counts[colour] = counts.get(colour, 0) + 1
-        return {int.from_bytes(colour, "big"): count for colour, count in counts.items()}
-
-    def __eq__(self, other):
-        return ((self.width, self.height, self.rgb) ==
-                (other.width, other.height, other.rgb))
-
     def save(self, path):
         def chunk(kind, data):
             body = kind + data

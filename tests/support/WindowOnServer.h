@@ -149,6 +149,26 @@ class X11WindowTest : public testing::Test, public EventQueue, public NativeWind
         xcb_configure_window(looker.get(), id, 0x0F, values);
         Sync();
     }
+    /// From here on the looker hears what the window sends to its manager.
+    void Manage() const {
+        const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        xcb_change_window_attributes(looker.get(), root, XCB_CW_EVENT_MASK, &events);
+    }
+    void AwaitMessage(const char* type, const Words& data) {
+        Await([&, name = Atom(type)] {
+            const Owned<xcb_generic_event_t> event{xcb_poll_for_event(looker.get())};
+            const void* any = event.get();
+            const auto* message = static_cast<const xcb_client_message_event_t*>(any);
+            return event && (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
+                   message->type == name &&
+                   std::equal(data.begin(), data.end(), message->data.data32);
+        });
+    }
+    void SetState(const char* property, xcb_atom_t type, const Words& values) const {
+        xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, Atom(property), type, 32,
+                            static_cast<std::uint32_t>(values.size()), values.data());
+        Sync();
+    }
     /// The first place that is told when somebody goes on moving the window.
     Rect ToldAfterMovesTo(int y) {
         int x = 30;

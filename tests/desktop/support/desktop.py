@@ -29,8 +29,17 @@ WINDOW_MANAGERS = {
     "i3": ["sh", "-c", "echo font pango:sans 8 >$HOME/i3 && exec i3 -c $HOME/i3"],
     "bspwm": ["bspwm", "-c", "/bin/true"],
     "dwm": ["dwm"],
+    "kwin": ["kwin_x11"],
+}
+# Wayland compositors with an X server of their own, which show their screen in a window.
+COMPOSITORS = {
     "weston": ["weston", "--backend=x11-backend.so", "--use-pixman", "--width=1280", "--height=900", "--xwayland",
                "--idle-time=0"],
+    "mutter-wayland": ["env", "MUTTER_DEBUG_DUMMY_MODE_SPECS=1280x900", "mutter", "--nested", "--wayland",
+                       "--sm-disable"],
+    # A copy has none of the file's capabilities, which not every kernel lets it have.
+    "kwin-wayland": ["sh", "-c", "cp $(command -v kwin_wayland) $HOME && KWIN_COMPOSE=Q exec $HOME/kwin_wayland "
+                     "--xwayland --x11-display $DISPLAY --width 1280 --height 900 'sh -c \"echo display $DISPLAY\"'"],
 }
 
 
@@ -103,8 +112,8 @@ class Desktop:
         self.env["DISPLAY"] = f":{number}"
 
     def start_window_manager(self, name):
-        self.window_manager = self.processes.start(WINDOW_MANAGERS[name], self.env)
-        if name == "weston":
+        self.window_manager = self.processes.start((WINDOW_MANAGERS | COMPOSITORS)[name], self.env)
+        if name in COMPOSITORS:
             self._enter_xwayland()
         wait_until(f"{name} to manage the screen",
                    lambda: "window id" in self.root_property("_NET_SUPPORTING_WM_CHECK"))
@@ -123,8 +132,11 @@ class Desktop:
         """The X server of a compositor that shows itself on this one; the hand stays outside."""
         self.pointer = Pointer(dict(self.env))
         self.env["DISPLAY"] = wait_until("the compositor's display", lambda: next(
-            iter(re.findall(r"xserver listening on display (:\d+)",
-                            self.window_manager.log.read_text())), None))
+            iter(re.findall(r"display (:\d+)", self.window_manager.log.read_text())), None))
+        for key in pathlib.Path(self.env["XDG_RUNTIME_DIR"]).glob(".*Xwaylandauth*"):
+            self.env["XAUTHORITY"] = str(key)
+        wait_until("it to answer", lambda: subprocess.run(
+            ["xprop", "-root"], env=self.env, capture_output=True, check=False).returncode == 0)
 
     def _start_buses(self):
         owner = settled_user()

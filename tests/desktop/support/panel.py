@@ -4,7 +4,6 @@ import collections
 import re
 import subprocess
 
-from screenshot import Screenshot
 from support.waiting import DEADLINE, wait_for_value, wait_until
 
 CLASS = '("kqu-messenger" "KQU_Messenger")'
@@ -83,15 +82,6 @@ class Panel:
         wait_for_value("the panel's height", lambda: getattr(self.geometry(), "height", None),
                        height, timeout)
 
-    def screenshot(self):
-        """The content as it stands on the screen, with whatever covers it."""
-        at = self.geometry()
-        return Screenshot.take(env=self._env).crop(at.x, at.y, at.width, at.height)
-
-    def wait_pixels(self, what, test, timeout=DEADLINE):
-        """Waits until `test`, given a screenshot of the content, answers with something true."""
-        return wait_until(what, lambda: test(self.screenshot()), timeout)
-
 
 class Pointer:
     """The mouse, in coordinates of the root window."""
@@ -99,10 +89,10 @@ class Pointer:
     BUTTONS = {"up": "4", "down": "5"}
 
     def __init__(self, env):
-        self._env = env
+        self.env = env
 
     def _do(self, *words):
-        subprocess.run(["xdotool", *(str(word) for word in words)], env=self._env, check=True,
+        subprocess.run(["xdotool", *(str(word) for word in words)], env=self.env, check=True,
                        timeout=20, capture_output=True)
 
     def move(self, x, y):
@@ -122,3 +112,13 @@ class Pointer:
         self._do("mousemove", *start, "mousedown", 1)
         for step in range(1, steps + 1):
             self._do("mousemove", *(round(a + (b - a) * step / steps) for a, b in zip(start, end)))
+
+    def pull(self, start, end, has_arrived, timeout=DEADLINE):
+        """Drags until that is so, and releases. A manager that has only now taken the drag over waits
+        for the next motion."""
+        self.drag(start, end)
+        try:
+            wait_until("the end of a drag", lambda: self.move(end[0] - 1, end[1]) or self.move(*end) or
+                       has_arrived(), timeout)
+        finally:
+            self.release()

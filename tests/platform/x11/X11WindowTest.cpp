@@ -97,38 +97,39 @@ TEST_F(X11WindowTest, OutsideChangesAreToldAndTheOwnBurstIsNot) {
     Configure({30, 40, 400, 700});
     Await([&] { return Place() == Rect{30, 40, 340, 657} && !told.empty(); });
     EXPECT_EQ(told, (std::vector<Rect>{{30, 40, 340, 657}}));
-    const xcb_atom_t name = Atom("WM_STATE");
-    for (const Words& state : {Words{3, 0}, {1, 0}}) {
-        xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, name, name, 32, 2,
-                            state.data());
-        Sync();
-        Await([&] { return window->IsCollapsed() == (state[0] == 3); });
-    }
 }
 
 TEST_F(X11WindowTest, AMinimisedWindowComesBackMinimised) {
     Appear();
-    const xcb_atom_t name = Atom("WM_STATE");
-    const auto setState = [&](std::uint32_t state) {
-        xcb_change_property(looker.get(), XCB_PROP_MODE_REPLACE, id, name, name, 32, 1, &state);
-        Sync();
-    };
     const auto initialState = [&] { return PropertyOf(XCB_ATOM_WM_HINTS)[2]; };
     EXPECT_EQ(PropertyOf(Atom("_MOTIF_WM_HINTS"))[1], 4U | 8U) << "move and minimise";
     for (const std::uint32_t state : {3U, 1U}) {
-        setState(state);
+        SetState("WM_STATE", Atom("WM_STATE"), {state, 0});
         RoundTrip();
         RoundTrip();
         Await([&] { return window->IsCollapsed() == (state == 3); });
         window->SetAlpha(0.0F);
         RoundTrip();
-        setState(0);
+        SetState("WM_STATE", Atom("WM_STATE"), {0, 0});
         Await([&] { return !window->IsCollapsed(); });
         Appear();
         EXPECT_EQ(initialState(), state);
         const Words states = PropertyOf(Atom("_NET_WM_STATE"));
         EXPECT_EQ(std::count(states.begin(), states.end(), Atom("_NET_WM_STATE_SKIP_TASKBAR")),
                   state == 3 ? 0 : 1);
+    }
+}
+
+TEST_F(X11WindowTest, GivesBackAMaximisedStateAndAttention) {
+    Manage();
+    Appear();
+    const xcb_atom_t across = Atom("_NET_WM_STATE_MAXIMIZED_HORZ"),
+                     up = Atom("_NET_WM_STATE_MAXIMIZED_VERT"),
+                     attention = Atom("_NET_WM_STATE_DEMANDS_ATTENTION");
+    for (const auto& [state, given] :
+         {std::pair{up, Words{0, across, up}}, {attention, {0, attention, 0}}}) {
+        SetState("_NET_WM_STATE", XCB_ATOM_ATOM, {state});
+        AwaitMessage("_NET_WM_STATE", given);
     }
 }
 
@@ -184,24 +185,13 @@ TEST_F(X11WindowTest, WhileAnotherClientHoldsTheServerTheProgramGoesOn) {
 }
 
 TEST_F(X11WindowTest, AHandedOverDragIsCancelledWhenTheReleaseComesHere) {
-    const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-    xcb_change_window_attributes(looker.get(), root, XCB_CW_EVENT_MASK, &events);
+    Manage();
     const xcb_window_t manager = xcb_generate_id(looker.get());
     xcb_create_window(looker.get(), 0, manager, root, -1, -1, 1, 1, 0, 0, 0, 0, nullptr);
     const xcb_atom_t check = Atom("_NET_SUPPORTING_WM_CHECK"), move = Atom("_NET_WM_MOVERESIZE");
     for (const xcb_window_t named : {root, manager})
         xcb_change_property(looker.get(), 0, named, check, XCB_ATOM_WINDOW, 32, 1, &manager);
     xcb_change_property(looker.get(), 0, root, Atom("_NET_SUPPORTED"), XCB_ATOM_ATOM, 32, 1, &move);
-    const auto awaitMessage = [&](Words data) {
-        Await([&] {
-            const Owned<xcb_generic_event_t> event{xcb_poll_for_event(looker.get())};
-            const void* any = event.get();
-            const auto* message = static_cast<const xcb_client_message_event_t*>(any);
-            return event && (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
-                   message->type == move &&
-                   std::equal(data.begin(), data.end(), message->data.data32);
-        });
-    };
     Appear();
     ASSERT_EQ(std::system("xdotool mousemove 210 85 mousedown 1"), 0);
     Await([this] { return pressedAt == Point{110, 35}; });
@@ -209,7 +199,7 @@ TEST_F(X11WindowTest, AHandedOverDragIsCancelledWhenTheReleaseComesHere) {
     RunFor(100ms);
     EXPECT_EQ(pressedAt, (Point{110, 35}));
     ASSERT_EQ(std::system("xdotool mousemove 215 85"), 0);
-    awaitMessage({210, 85, 8, 1, 1});
+    AwaitMessage("_NET_WM_MOVERESIZE", {210, 85, 8, 1, 1});
     Configure({105, 50, 340, 73});
     RunFor(100ms);
     EXPECT_TRUE(system->PrimaryButtonDown());
@@ -218,7 +208,7 @@ TEST_F(X11WindowTest, AHandedOverDragIsCancelledWhenTheReleaseComesHere) {
     Await([this] { return !system->PrimaryButtonDown(); });
     // This manager does not take hold of the pointer.
     ASSERT_EQ(std::system("xdotool mouseup 1"), 0);
-    awaitMessage({215, 85, 11, 1, 1});
+    AwaitMessage("_NET_WM_MOVERESIZE", {215, 85, 11, 1, 1});
     EXPECT_EQ(Place(), (Rect{150, 60, 340, 73}));
 }
 
@@ -228,6 +218,12 @@ TEST_F(X11WindowTest, WhenTheMainMonitorChangesItStaysWhereItIsOnTheGlass) {
     Await([this] { return told == std::vector<Rect>{{-100, -50, 340, 73}}; });
     EXPECT_EQ(Place(), content);
     EXPECT_EQ(system->Screens().front(), (Rect{0, 0, 800, 600}));
+    // Where only another monitor is left, and no manager, it goes there.
+    ASSERT_EQ(std::system("xrandr --delmonitor main && xrandr --setmonitor '*left' "
+                          "400/100x200/50+600+500 screen"),
+              0);
+    Await([this] { return Place() == Rect{600, 500, 340, 73}; });
+    EXPECT_EQ(told.back(), (Rect{0, 0, 340, 73}));
 }
 
 TEST_F(X11WindowTest, FollowsTheScaleOfTheDesktopAtTheSameLogicalPlace) {
@@ -251,8 +247,22 @@ TEST_F(X11WindowTest, FollowsTheScaleOfTheDesktopAtTheSameLogicalPlace) {
     RoundTrip();
     Appear();
     EXPECT_EQ(Place(), (Rect{200, 100, 680, 146}));
-    setResolution("");
+    // A manager of settings that came since goes first.
+    std::string settings(
+        "\0\0\0\0\0\0\0\0\1\0\0\0\0\0\x17\0Gdk/WindowScalingFactor\0\0\0\0\0\1\0\0\0", 48);
+    const xcb_window_t manager = xcb_generate_id(looker.get());
+    xcb_create_window(looker.get(), 0, manager, root, -1, -1, 1, 1, 0, 0, 0, 0, nullptr);
+    xcb_set_selection_owner(looker.get(), manager, Atom("_XSETTINGS_S0"), XCB_CURRENT_TIME);
+    const auto publish = [&, name = Atom("_XSETTINGS_SETTINGS")] {
+        xcb_change_property(looker.get(), 0, manager, name, name, 8, 48, settings.data());
+        Sync();
+    };
+    publish();
+    setResolution("Xft.dpi:\t288\n");
     Await([this] { return Place() == content; });
+    settings[44] = 2;
+    publish();
+    Await([this] { return Place() == Rect{200, 100, 680, 146}; });
     EXPECT_TRUE(told.empty());
 }
 
@@ -281,8 +291,7 @@ TEST_F(X11WindowOfSixteenBits, ShowsTheNearestColoursThatTheScreenHas) {
 }
 
 TEST_F(X11WindowTest, AnswersPingsAndOffersIcons) {
-    const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-    xcb_change_window_attributes(looker.get(), root, XCB_CW_EVENT_MASK, &events);
+    Manage();
     xcb_client_message_event_t ping{};
     ping.response_type = XCB_CLIENT_MESSAGE;
     ping.format = 32;
@@ -291,12 +300,7 @@ TEST_F(X11WindowTest, AnswersPingsAndOffersIcons) {
     std::memcpy(&ping.data, data.data(), sizeof ping.data);
     ping.window = id;
     xcb_send_event(looker.get(), 0, id, 0, reinterpret_cast<const char*>(&ping));
-    static_cast<void>(Happened());
-    ping.window = root;
-    Await([&] {
-        const Owned<xcb_generic_event_t> event{xcb_poll_for_event(looker.get())};
-        return event && std::memcmp(&event->pad[0], &ping.window, sizeof ping - 4) == 0;
-    });
+    AwaitMessage("WM_PROTOCOLS", data);
 
     window->UpdateDockTile();
     RoundTrip();
