@@ -29,9 +29,8 @@ class Display(DesktopTest):
     def test_while_the_display_is_opened_a_request_to_terminate_is_heard(self):
         self.desktop.xserver.send_signal(signal.SIGSTOP)
         self.desktop.launch_messenger()
-        facts = self.desktop.messenger_facts()
         wait_until("the program to ask the display", lambda: any(
-            "socket" in target for target in facts.descriptors().values()))
+            "socket" in target for target in self.desktop.messenger_facts().descriptors().values()))
         self.desktop.messenger.terminate()
         self.assertEqual(self.desktop.wait_exit(), 0)
         self.assertEqual(self.desktop.messenger_output(), "")
