@@ -40,7 +40,7 @@ std::optional<int> WindowScalingFactor(std::string_view settings) {
 std::optional<int> ScaleOfResources(std::string_view database) {
     constexpr std::string_view name = "\nXft.dpi:";
     constexpr double usualResolution = 96;
-    const std::string lines = "\n" + std::string(database);
+    const std::string lines = std::string("\n").append(database);
     const std::size_t at = lines.find(name);
     const std::size_t start =
         at == std::string::npos ? at : lines.find_first_not_of(" \t", at + name.size());

@@ -150,7 +150,7 @@ class Command : public Tool {
         row_.volume = OpenName(title_);
         progress_.text = title_;
         if (!operands_.empty()) {
-            row_.volume.full += " " + Joined(shown);
+            row_.volume.full.append(" ").append(Joined(shown));
             progress_.file = Joined(operands_);
             auto volume = VolumeOfDisk(operands_.front());
             volume = volume && !volume->disk.empty() ? volume : VolumeOfFile(operands_.front());
