@@ -193,8 +193,12 @@ void Window::ShowChanges() {
         return;
     if (layoutPending_ || !pending_.empty())
         UpdateNow();
-    if (!changed_.IsEmpty())
-        native_->Present(std::exchange(changed_, {}));
+    if (const platform::Rect changed = std::exchange(changed_, {}); !changed.IsEmpty()) {
+        const auto before = std::exchange(shown_, Buffer()->Snapshot().colours);
+        // A row whose task has no news is drawn twice a second too, and looks as it did.
+        if (!before || *before != *shown_)
+            native_->Present(changed);
+    }
     native_->Commit();
 }
 

@@ -15,8 +15,9 @@ namespace kqu {
 class Picture;
 
 namespace drawing {
+class Plane;
 class Raster;
-}
+} // namespace drawing
 
 /// How a window stands among the others; the values are the framework's old frame numbers.
 enum class WindowFrame { Document = 0, GlobalFloating = 7 };
@@ -148,6 +149,8 @@ class Window : private platform::NativeWindowOwner {
     /// What the window shows, as it was drawn, and the lines that were last made of it.
     Ref<Picture> buffer_;
     std::unique_ptr<drawing::Raster> lines_;
+    /// What the platform was last asked to present.
+    std::shared_ptr<const drawing::Plane> shown_;
     platform::Rect changed_;
     Control* held_ = nullptr;
     bool layoutPending_ = true;

@@ -203,6 +203,14 @@ TEST_F(PaintedPanel, TheGripIsPaintedOnTheStripeWithEachPaint) {
           Case{338, 100, stripe}, Case{339, 100, Grey(255)}, Case{100, 145, Grey(255)},
           Case{1, 72, RGB(189, 192, 196)}, Case{0, 72, stripe}, Case{5, 0, Grey(255)}})
         EXPECT_EQ(window.PixelOnScreen(x, y), colour.value) << x << ", " << y;
+    // What looks as it did is not shown anew.
+    const int before = window.presents;
+    for (const int news : {0, 1}) {
+        panel.MyDragPict->Graphics().FillRect(0, 0, news, news);
+        list.Refresh(Erasing::KeepBackground);
+        machine.Advance();
+        EXPECT_EQ(window.presents, before + news);
+    }
 }
 
 TEST_F(PaintedPanel, MissingArtworkEndsOnlyTheRowsThatNeedIt) {

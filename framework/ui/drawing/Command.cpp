@@ -107,6 +107,13 @@ Pixels Share(Pixels part, Pixels whole, Pixels length) {
 }
 } // namespace
 
+bool Image::operator==(const Image& other) const {
+    const auto areEqual = [](const auto& one, const auto& another) {
+        return one == another || (one && another && *one == *another);
+    };
+    return areEqual(colours, other.colours) && areEqual(mask, other.mask);
+}
+
 Area Command::Reach() const {
     return std::visit(Overloaded{[](const FillCommand& fill) { return fill.area; },
                                  [](const ImageCommand& image) { return image.destination; },

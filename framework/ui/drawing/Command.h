@@ -15,11 +15,15 @@ struct Image {
     std::shared_ptr<const Plane> colours;
     /// Nil if everything shows.
     std::shared_ptr<const Plane> mask;
+
+    bool operator==(const Image& other) const;
 };
 
 struct FillCommand {
     Area area;
     Pixel colour;
+
+    bool operator==(const FillCommand&) const = default;
 };
 
 struct ImageCommand {
@@ -27,6 +31,8 @@ struct ImageCommand {
     Area destination;
     /// Within the image; scaled if its size is not the destination's.
     Area source;
+
+    bool operator==(const ImageCommand&) const = default;
 };
 
 struct TextCommand {
@@ -35,6 +41,8 @@ struct TextCommand {
     Pixels baseline;
     int size;
     Pixel colour;
+
+    bool operator==(const TextCommand&) const = default;
 };
 
 /// One thing to draw.
@@ -47,6 +55,8 @@ struct Command {
     [[nodiscard]] bool IsOpaque() const;
     /// Draws what lies within the target.
     void Paint(const Target& target) const;
+
+    bool operator==(const Command&) const = default;
 };
 
 /// A part of an image to be drawn at a place. What lies outside the image is cut off, and its share

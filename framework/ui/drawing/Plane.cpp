@@ -31,6 +31,11 @@ Plane::Plane(const Plane& other)
       blank_(other.blank_),
       latestFill_(other.latestFill_) {}
 
+bool Plane::operator==(const Plane& other) const {
+    return Bounds() == other.Bounds() && pixels_ == other.pixels_ && blank_ == other.blank_ &&
+           entries_ == other.entries_;
+}
+
 bool Plane::IsHiddenBy(const Command& command, const Area& clip) const {
     return command.IsOpaque() && command.Reach().Within(clip).Covers(Bounds());
 }

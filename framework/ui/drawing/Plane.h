@@ -29,6 +29,9 @@ class Plane {
     [[nodiscard]] int Height() const { return height_; }
     [[nodiscard]] Area Bounds() const { return Area::Of(0, 0, width_, height_); }
 
+    /// True if both show the same because the same was drawn on them. False says nothing.
+    bool operator==(const Plane& other) const;
+
     /// Draws within `clip`.
     void Draw(Command command, const Area& clip);
     /// Whether nothing would be left of the plane as it is.
@@ -46,6 +49,8 @@ class Plane {
         Command command;
         /// Clipped to where it may draw.
         Area reach;
+
+        bool operator==(const Entry&) const = default;
     };
 
     void Record(Command command, const Area& reach);
