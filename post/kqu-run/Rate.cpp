@@ -15,7 +15,7 @@ constexpr std::chrono::minutes untilStuck{2};
 std::string Left(double seconds) {
     constexpr double minute = 60, hour = 3600;
     if (seconds < minute)
-        return "less than a minute left";
+        return "under 1 min left";
     if (seconds < 2 * hour) {
         const double step = seconds < 10 * minute ? 1 : 5;
         return std::to_string(std::lround(seconds / minute / step) * std::lround(step)) +

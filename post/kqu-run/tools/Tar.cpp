@@ -64,7 +64,7 @@ class Tar : public Tool {
         // The file in work is the one that was opened last, behind the folders that it is in.
         if (row_.image && !open.empty() && open.back().descriptor > STDERR_FILENO &&
             open.back().path != archive_ && !open.back().path.starts_with("/dev/"))
-            progress_.file = open.back().path;
+            progress_.file = LastComponent(open.back().path);
     }
 
   private:
