@@ -1,5 +1,4 @@
 #include "bench/Allocations.h"
-#include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFValues.h"
 #include "tests/support/SimulatedMachine.h"
 

@@ -13,9 +13,10 @@ namespace kqu {
 /// function. Raises FunctionNotFoundException, which names both.
 template <class F>
 [[nodiscard]] auto Lookup() {
-    auto entry = Runtime::Current().Functions().Find<F>();
+    auto entry = Runtime::Current().Machine().functions.Find<F>();
     if (!entry)
-        throw FunctionNotFoundException(std::string(F::name), std::string(F::library));
+        throw FunctionNotFoundException("function " + std::string(F::name) + " was not found in " +
+                                        std::string(F::library));
     return [entry](auto&&... arguments) -> decltype(auto) {
         return (*entry)(std::forward<decltype(arguments)>(arguments)...);
     };
@@ -24,7 +25,7 @@ template <class F>
 /// Whether a look-up of the function would succeed.
 template <class F>
 [[nodiscard]] bool IsFunctionAvailable() {
-    return Runtime::Current().Functions().Find<F>() != nullptr;
+    return Runtime::Current().Machine().functions.Find<F>() != nullptr;
 }
 
 } // namespace kqu

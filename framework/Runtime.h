@@ -27,13 +27,7 @@ class Runtime {
     [[nodiscard]] static Runtime& Current();
 
     [[nodiscard]] EventLoop& Loop() { return loop_; }
-    [[nodiscard]] platform::WindowSystem& Windows() { return platform_.windows; }
-    [[nodiscard]] platform::DistributedNotifications& Notifications() {
-        return platform_.notifications;
-    }
-    [[nodiscard]] platform::PowerMessages& Power() { return platform_.power; }
-    [[nodiscard]] const platform::FunctionTable& Functions() const { return platform_.functions; }
-    [[nodiscard]] const platform::ScreenUpdates& Updates() const { return platform_.screenUpdates; }
+    [[nodiscard]] const platform::Platform& Machine() const { return platform_; }
 
     /// The windows that are open now.
     [[nodiscard]] std::vector<Window*>& OpenWindows() { return openWindows_; }

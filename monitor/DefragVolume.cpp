@@ -3,8 +3,8 @@
 #include "bridges/VolumeBridges.h"
 #include "framework/FunctionLookup.h"
 #include "framework/files/FolderItem.h"
+#include "framework/files/KnownFolders.h"
 #include "framework/files/Streams.h"
-#include "framework/files/VolumeList.h"
 #include "framework/values/MemoryBlock.h"
 #include "framework/values/Numbers.h"
 #include "framework/values/Object.h"
@@ -40,7 +40,7 @@ bool ResolveFromLookupFile(Dictionary& row, const std::string& disk) {
     const Ref<FolderItem> file = FindLookupFile();
     if (!file)
         return false;
-    const Ref<TextInputStream> stream = Required(file->OpenAsTextFile());
+    const Ref<FileStream> stream = Required(file->OpenAsTextFile());
     const std::string text = stream->ReadAll(longestLookupFile);
     stream->Close();
     std::string_view rest = text;

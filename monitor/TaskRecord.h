@@ -1,6 +1,5 @@
 #pragma once
 
-#include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFValues.h"
 #include "framework/values/Dictionary.h"
 #include "panel/TaskCode.h"

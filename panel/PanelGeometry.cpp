@@ -1,5 +1,5 @@
 #include "framework/files/FolderItem.h"
-#include "framework/files/SpecialFolder.h"
+#include "framework/files/KnownFolders.h"
 #include "framework/files/Streams.h"
 #include "framework/ui/System.h"
 #include "framework/values/Numbers.h"
@@ -67,7 +67,7 @@ void Window1::SavePlace(const FolderItem& folder) {
     text = ReplaceAll(text, "theleft", Str(Left()));
     text = ReplaceAll(text, "thetop", Str(Top()));
     text = ReplaceAll(text, "thewidth", Str(Width()));
-    const Ref<TextOutputStream> stream = Required(file->CreateTextFile());
+    const Ref<FileStream> stream = Required(file->CreateTextFile());
     stream->Write(text);
     stream->Close();
     const std::string fourNuls(4, '\0');
@@ -85,7 +85,7 @@ bool Window1::UseSavedPlace() {
     const Ref<FolderItem> file = folder ? folder->Child(geometryFileName) : nullptr;
     if (!file || !file->Exists())
         return false;
-    const Ref<TextInputStream> stream = Required(file->OpenAsTextFile());
+    const Ref<FileStream> stream = Required(file->OpenAsTextFile());
     const std::string text = stream->ReadAll();
     stream->Close();
     const std::int32_t left = SavedInteger(text, 2);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "framework/corefoundation/CFDictionary.h"
-#include "framework/corefoundation/CFObject.h"
 #include "framework/corefoundation/CFValues.h"
 #include "framework/events/NotificationCenter.h"
 #include "framework/events/Timer.h"

@@ -1,4 +1,3 @@
-#include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFPropertyList.h"
 #include "framework/corefoundation/CFValues.h"
 #include "framework/files/FolderItem.h"

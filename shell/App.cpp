@@ -40,7 +40,7 @@ void App::Event_Open() {
     }
 }
 
-bool App::Event_UnhandledException(const RuntimeException&) {
+bool App::Event_UnhandledException() {
     Quit(0);
     return true;
 }

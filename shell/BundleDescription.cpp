@@ -1,7 +1,6 @@
-#include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFPropertyList.h"
 #include "framework/corefoundation/CFValues.h"
-#include "framework/files/SpecialFolder.h"
+#include "framework/files/KnownFolders.h"
 #include "shell/App.h"
 
 #include <memory>

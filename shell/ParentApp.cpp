@@ -1,5 +1,5 @@
-#include "framework/files/FileDescriptor.h"
 #include "framework/files/FolderItem.h"
+#include "framework/files/Streams.h"
 #include "framework/values/Text.h"
 #include "globals/Module1.h"
 #include "shell/App.h"

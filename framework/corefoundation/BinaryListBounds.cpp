@@ -1,4 +1,4 @@
-#include "framework/corefoundation/BinaryListBounds.h"
+#include "framework/corefoundation/ListForms.h"
 
 #include "framework/corefoundation/CFPropertyList.h"
 

@@ -1,9 +1,6 @@
 #include "framework/corefoundation/CFPropertyList.h"
 
-#include "framework/corefoundation/BinaryListBounds.h"
-#include "framework/corefoundation/CFDictionary.h"
-#include "framework/corefoundation/CFValues.h"
-#include "framework/corefoundation/XmlPropertyList.h"
+#include "framework/corefoundation/ListForms.h"
 #include "framework/files/FolderItem.h"
 #include "framework/files/Streams.h"
 #include "platform/CDeleter.h"
@@ -97,8 +94,8 @@ Ref<CFObject> CFPropertyListParse(std::string_view bytes) {
 }
 
 Ref<CFObject> CFPropertyListOf(const FolderItem& file) {
-    const Ref<BinaryStream> stream = file.OpenAsBinaryFile();
-    return stream ? CFPropertyListParse(stream->Read(stream->Length())) : nullptr;
+    const Ref<FileStream> stream = file.OpenAsTextFile();
+    return stream ? CFPropertyListParse(stream->ReadAll()) : nullptr;
 }
 
 } // namespace kqu

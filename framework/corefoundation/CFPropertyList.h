@@ -1,15 +1,12 @@
 #pragma once
 
-#include "framework/corefoundation/CFObject.h"
+#include "framework/corefoundation/CFValues.h"
 
 #include <string_view>
 
 namespace kqu {
 
 class FolderItem;
-
-/// Containers in one another; a preference file has a handful.
-inline constexpr int deepestList = 200;
 
 /// The property list in XML or binary form in these bytes; nil if they are no property list or a
 /// broken one, as a whole, or more than `longestFile`. Nothing is fetched, no entity is expanded

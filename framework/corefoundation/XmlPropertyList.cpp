@@ -1,8 +1,6 @@
-#include "framework/corefoundation/XmlPropertyList.h"
+#include "framework/corefoundation/ListForms.h"
 
-#include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFPropertyList.h"
-#include "framework/corefoundation/CFValues.h"
 #include "platform/CDeleter.h"
 
 #include <glib.h>

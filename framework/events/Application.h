@@ -1,8 +1,6 @@
 #pragma once
 
-#include "framework/values/Exceptions.h"
-
-#include <exception>
+#include "framework/Runtime.h"
 
 namespace kqu {
 
@@ -18,7 +16,9 @@ class Application {
     [[nodiscard]] static Application& Current();
 
     /// Has the opening event raised from the loop.
-    void Start();
+    void Start() {
+        Runtime::Current().Loop().Post([this] { Event_Open(); });
+    }
     /// Starts, then runs the loop until Quit. The exit status.
     int Run();
     [[nodiscard]] int ExitStatus() const { return exitStatus_; }
@@ -27,23 +27,23 @@ class Application {
     void Quit(int exitStatus);
 
     /// Whether Quit was called: nothing more will be dispatched.
-    [[nodiscard]] bool IsQuitting() const;
+    [[nodiscard]] bool IsQuitting() const { return Runtime::Current().Loop().IsQuitting(); }
 
     /// Raises the close event of every open window, then ends the program if none of them did: what
     /// a lost display and a request to terminate come to.
     void Close();
 
     /// Dispatches pending events once, without waiting, and returns.
-    void DoEvents();
+    void DoEvents() { Runtime::Current().Loop().DoEvents(); }
 
   protected:
     virtual void Event_Open() {}
-    /// Called with every exception that no handler caught. Returns whether it is dealt with;
+    /// Called for every exception that no handler caught. Returns whether it is dealt with;
     /// otherwise the program ends.
-    virtual bool Event_UnhandledException(const RuntimeException& error);
+    virtual bool Event_UnhandledException() { return false; }
 
   private:
-    void Unhandled(const std::exception_ptr& error);
+    void Unhandled();
 
     int exitStatus_ = 0;
 };

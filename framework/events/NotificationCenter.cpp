@@ -30,7 +30,7 @@ Ref<CFDictionary> ToDictionary(const platform::WireDictionary& wire) {
 void NotificationCenter::Add(const std::string& /*name*/, const std::string& /*object*/,
                              std::int32_t /*flags*/) {
     if (!listening_.IsActive())
-        listening_ = Runtime::Current().Notifications().Listen(
+        listening_ = Runtime::Current().Machine().notifications.Listen(
             [this](const platform::PostedNotification& posted) { Deliver(posted); });
 }
 

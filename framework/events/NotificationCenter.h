@@ -1,9 +1,6 @@
 #pragma once
 
-#include "framework/corefoundation/CFDictionary.h"
-#include "framework/corefoundation/CFObject.h"
 #include "framework/corefoundation/CFValues.h"
-#include "framework/ui/InvisibleControl.h"
 #include "framework/values/Object.h"
 #include "platform/interfaces/DistributedNotifications.h"
 #include "platform/interfaces/Registration.h"
@@ -14,14 +11,12 @@
 
 namespace kqu {
 
-/// A listener on the machine's distributed notification centre, a control of a window that is
-/// not visible. Receives nothing until the first `Add`.
-class NotificationCenter : public InvisibleControl {
+/// A listener on the machine's distributed notification centre. Receives nothing until the first
+/// `Add`.
+class NotificationCenter {
   public:
     /// Do not hold notifications back while the application is in the background.
     static constexpr std::int32_t deliverImmediately = 4;
-
-    explicit NotificationCenter(Window& ownerWindow) : InvisibleControl(ownerWindow) {}
 
     /// Registers for notifications; an empty name stands for every name. The stream is narrowed by
     /// the centre's own interface alone: however many registrations there are, each notification

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "framework/Runtime.h"
 #include "framework/values/Object.h"
-#include "platform/interfaces/PowerMessages.h"
 #include "platform/interfaces/Registration.h"
 
 #include <cstdint>
@@ -13,10 +13,15 @@ namespace kqu {
 /// delivered from the event loop, never while it is being made.
 class SleepNotification : public Object {
   public:
-    SleepNotification();
+    SleepNotification()
+        : listening_(Runtime::Current().Machine().power.Listen(
+              [this](std::int32_t message) { return Event_Sleep(message); },
+              [this] { return WhatRuns(); })) {}
 
     /// Something that the answer may depend on has changed: the listener is asked again soon.
-    static void AnswerMayHaveChanged();
+    static void AnswerMayHaveChanged() {
+        Runtime::Current().Machine().power.AnswerMayHaveChanged();
+    }
 
     bool running = true;
 

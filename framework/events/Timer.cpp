@@ -6,39 +6,19 @@
 
 namespace kqu {
 
-namespace {
-void StartAs(LoopTimer& timer, TimerMode mode, std::int32_t period) {
-    if (mode == TimerMode::Off)
-        timer.Stop();
-    else
-        timer.Start(std::chrono::milliseconds(period),
-                    mode == TimerMode::Once ? LoopTimer::Repeat::Once : LoopTimer::Repeat::Always);
-}
-} // namespace
-
-Timer::Timer(Window& ownerWindow, TimerMode mode, std::int32_t periodInMilliseconds,
-             std::function<void()> action)
-    : InvisibleControl(ownerWindow),
-      timer_(Runtime::Current().Loop(), std::move(action)),
-      mode_(mode),
-      period_(periodInMilliseconds) {
-    StartAs(timer_, mode_, period_);
+Timer::Timer(TimerMode mode, std::int32_t periodInMilliseconds, std::function<void()> action)
+    : timer_(Runtime::Current().Loop(), std::move(action)), period_(periodInMilliseconds) {
+    SetMode(mode);
 }
 
-void Timer::SetMode(TimerMode mode) {
-    mode_ = mode;
-    StartAs(timer_, mode_, period_);
-}
-
-EventLoopTimer::EventLoopTimer(Window& ownerWindow, TimerMode mode,
-                               std::int32_t periodInMilliseconds, std::function<void()> action)
-    : InvisibleControl(ownerWindow),
-      Mode(mode),
+EventLoopTimer::EventLoopTimer(TimerMode mode, std::int32_t periodInMilliseconds,
+                               std::function<void()> action)
+    : Mode(mode),
       Period(periodInMilliseconds),
       timer_(Runtime::Current().Loop(), std::move(action)) {}
 
 void EventLoopTimer::Create() {
-    StartAs(timer_, Mode, Period);
+    timer_.Start(std::chrono::milliseconds(Period), Mode);
     Lasterror = 0;
 }
 

@@ -1,39 +1,31 @@
 #pragma once
 
 #include "framework/loop/LoopTimer.h"
-#include "framework/ui/InvisibleControl.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 
 namespace kqu {
 
-/// What a timer does when its period is over.
-enum class TimerMode : std::int32_t { Off = 0, Once = 1, Repeating = 2 };
-
 /// The framework's timer, a control of a window without a face. It runs from its creation, as far
 /// as its mode allows; setting the mode to Once or Repeating starts the period anew.
-class Timer : public InvisibleControl {
+class Timer {
   public:
-    Timer(Window& ownerWindow, TimerMode mode, std::int32_t periodInMilliseconds,
-          std::function<void()> action);
+    Timer(TimerMode mode, std::int32_t periodInMilliseconds, std::function<void()> action);
 
-    [[nodiscard]] TimerMode Mode() const { return mode_; }
-    void SetMode(TimerMode mode);
-    [[nodiscard]] std::int32_t Period() const { return period_; }
+    void SetMode(TimerMode mode) { timer_.Start(period_, mode); }
 
   private:
     LoopTimer timer_;
-    TimerMode mode_;
-    std::int32_t period_;
+    std::chrono::milliseconds period_;
 };
 
 /// The event loop's own timer: has a mode and a period from the start, yet does nothing until
 /// `Create`.
-class EventLoopTimer : public InvisibleControl {
+class EventLoopTimer {
   public:
-    EventLoopTimer(Window& ownerWindow, TimerMode mode, std::int32_t periodInMilliseconds,
-                   std::function<void()> action);
+    EventLoopTimer(TimerMode mode, std::int32_t periodInMilliseconds, std::function<void()> action);
     virtual ~EventLoopTimer() = default;
 
     /// Starts the timer with the mode and period that it has now.

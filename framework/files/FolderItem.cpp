@@ -22,12 +22,6 @@ std::string WithoutBackslashes(std::string_view path) {
     }
     return plain;
 }
-
-template <class Stream>
-Ref<Stream> OpenOrNil(const std::filesystem::path& path) {
-    auto stream = std::make_shared<Stream>(path);
-    return stream->IsOpen() ? stream : nullptr;
-}
 } // namespace
 
 void FolderItem::SetRoot(std::filesystem::path root) {
@@ -56,11 +50,6 @@ bool FolderItem::Exists() const {
     return std::filesystem::exists(NativePath(), error);
 }
 
-bool FolderItem::IsFolder() const {
-    std::error_code error;
-    return std::filesystem::is_directory(NativePath(), error);
-}
-
 std::uintmax_t FolderItem::Length() const {
     std::error_code error;
     const std::uintmax_t length = std::filesystem::file_size(NativePath(), error);
@@ -83,16 +72,12 @@ void FolderItem::Delete() const {
     std::filesystem::remove(NativePath(), ignored);
 }
 
-Ref<TextInputStream> FolderItem::OpenAsTextFile() const {
-    return OpenOrNil<TextInputStream>(NativePath());
+Ref<FileStream> FolderItem::OpenAsTextFile() const {
+    return FileStream::Open(NativePath(), FileStream::Access::Read);
 }
 
-Ref<BinaryStream> FolderItem::OpenAsBinaryFile() const {
-    return OpenOrNil<BinaryStream>(NativePath());
-}
-
-Ref<TextOutputStream> FolderItem::CreateTextFile() const {
-    return OpenOrNil<TextOutputStream>(NativePath());
+Ref<FileStream> FolderItem::CreateTextFile() const {
+    return FileStream::Open(NativePath(), FileStream::Access::CreateNew);
 }
 
 Ref<FolderItem> GetFolderItem(std::string_view path, PathForm form) {

@@ -10,9 +10,7 @@
 
 namespace kqu {
 
-class BinaryStream;
-class TextInputStream;
-class TextOutputStream;
+class FileStream;
 
 /// How a path is written: as it is, or as a shell wants it, with a backslash before odd characters.
 enum class PathForm { Absolute, Shell };
@@ -36,7 +34,6 @@ class FolderItem : public Object {
 
     /// Links are followed: one that leads nowhere is no file.
     [[nodiscard]] bool Exists() const;
-    [[nodiscard]] bool IsFolder() const;
     /// Bytes in a file; 0 if it has no size.
     [[nodiscard]] std::uintmax_t Length() const;
     /// An item of that name in this folder; nil for a name that none can have.
@@ -53,10 +50,9 @@ class FolderItem : public Object {
     [[nodiscard]] std::int32_t MacDirID() const { return IsVolumeRoot() ? 1 : 0; }
 
     // Streams; nil if the file can't be opened. A folder never can.
-    [[nodiscard]] Ref<TextInputStream> OpenAsTextFile() const;
-    [[nodiscard]] Ref<BinaryStream> OpenAsBinaryFile() const;
+    [[nodiscard]] Ref<FileStream> OpenAsTextFile() const;
     /// A new empty file, in place of a file or link that is there; no link is followed.
-    [[nodiscard]] Ref<TextOutputStream> CreateTextFile() const;
+    [[nodiscard]] Ref<FileStream> CreateTextFile() const;
 
     // Of no meaning here: accepted and dropped.
     void SetMacCreator(const std::string&) const {}

@@ -1,40 +1,38 @@
 #pragma once
 
-#include "framework/files/FileDescriptor.h"
 #include "framework/values/Object.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
 namespace kqu {
 
-/// A file of bytes, open for reading.
-class BinaryStream : public Object, public FileDescriptor {
-  public:
-    explicit BinaryStream(const std::filesystem::path& path) : FileDescriptor(path, Access::Read) {}
-    /// Up to `count` bytes, fewer at the end; nothing if more than `longestFile` are asked for.
-    [[nodiscard]] std::string Read(std::size_t count) {
-        return count > longestFile ? std::string() : FileDescriptor::Read(count);
-    }
-};
+/// None of the suite's files has more bytes, but for the look-up file: what has is none of them.
+inline constexpr std::size_t longestFile = std::size_t{1} << 20U;
 
-/// A text file, open for reading. Bytes come as they are, in whatever encoding.
-class TextInputStream : public Object, public FileDescriptor {
+/// A regular file or a device that is open, closed with its last breath and never inherited by a
+/// child process. Bytes are those of the file, in whatever encoding.
+class FileStream : public Object {
   public:
-    explicit TextInputStream(const std::filesystem::path& path)
-        : FileDescriptor(path, Access::Read) {}
-    /// The whole text; nothing if it has more than `limit` bytes.
-    [[nodiscard]] std::string ReadAll(std::size_t limit = longestFile) {
-        return FileDescriptor::ReadAll(limit);
-    }
-};
+    enum class Access { Read, CreateNew };
 
-/// A new text file, open for writing. What the disk doesn't take is lost without a word.
-class TextOutputStream : public Object, public FileDescriptor {
-  public:
-    explicit TextOutputStream(const std::filesystem::path& path)
-        : FileDescriptor(path, Access::CreateNew) {}
+    /// Opens a file for reading, or makes a new one for writing in place of the file or link of
+    /// that name. Nil if that fails, and for a folder.
+    [[nodiscard]] static Ref<FileStream> Open(const std::filesystem::path& path, Access access);
+    /// Takes the descriptor over.
+    explicit FileStream(int descriptor) : descriptor_(descriptor) {}
+    ~FileStream() override;
+
+    /// All that is left; nothing if that is more than `limit` bytes.
+    [[nodiscard]] std::string ReadAll(std::size_t limit = longestFile);
+    /// Writes as much of it as the disk takes; what it doesn't take is lost without a word.
+    void Write(std::string_view bytes);
+    void Close();
+
+  private:
+    int descriptor_;
 };
 
 } // namespace kqu

@@ -10,8 +10,6 @@ namespace kqu {
 
 EventLoop::EventLoop(platform::Waiting& waiting) : waiting_(waiting) {}
 
-EventLoop::~EventLoop() = default;
-
 platform::Registration EventLoop::Watch(platform::EventSource& source) {
     sources_.push_back(&source);
     return platform::Registration([this, watched = &source] { std::erase(sources_, watched); });
@@ -19,14 +17,8 @@ platform::Registration EventLoop::Watch(platform::EventSource& source) {
 
 platform::Registration EventLoop::BetweenHandlers(Handler work) {
     const std::uint64_t serial = nextSerial_++;
-    between_.push_back({serial, std::move(work)});
-    return platform::Registration([this, serial] {
-        std::erase_if(between_, [serial](const Work& entry) { return entry.serial == serial; });
-    });
-}
-
-void EventLoop::SetExceptionHandler(ExceptionHandler handler) {
-    exceptionHandler_ = std::move(handler);
+    between_.emplace(serial, std::move(work));
+    return platform::Registration([this, serial] { between_.erase(serial); });
 }
 
 void EventLoop::Post(Handler delivery) {
@@ -36,10 +28,6 @@ void EventLoop::Post(Handler delivery) {
 void EventLoop::Run() {
     while (GoesOn())
         RunOnce();
-}
-
-void EventLoop::RunOnce() {
-    Round(Patience::MayWait);
 }
 
 void EventLoop::DoEvents() {
@@ -133,15 +121,11 @@ LoopTimer* EventLoop::FirstDue(platform::Moment until) const {
 }
 
 void EventLoop::WorkBetweenHandlers() {
-    // Work may be taken back by the work before it.
-    const auto isRegistered = [this](std::uint64_t serial) {
-        return std::any_of(between_.begin(), between_.end(),
-                           [serial](const Work& entry) { return entry.serial == serial; });
-    };
     const auto work = between_;
-    for (const Work& entry : work)
-        if (GoesOn() && isRegistered(entry.serial))
-            Guarded(entry.handler);
+    for (const auto& [serial, handler] : work)
+        // Work may be taken back by the work before it.
+        if (GoesOn() && between_.contains(serial))
+            Guarded(handler);
 }
 
 void EventLoop::Guarded(const Handler& handler) {

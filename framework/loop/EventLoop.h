@@ -8,6 +8,8 @@
 #include <deque>
 #include <exception>
 #include <functional>
+#include <map>
+#include <utility>
 #include <vector>
 
 namespace kqu {
@@ -30,7 +32,6 @@ class EventLoop final : public platform::EventQueue {
     static constexpr int maximumDepth = 64;
 
     explicit EventLoop(platform::Waiting& waiting);
-    ~EventLoop() override;
     EventLoop(const EventLoop&) = delete;
     EventLoop& operator=(const EventLoop&) = delete;
 
@@ -41,7 +42,7 @@ class EventLoop final : public platform::EventQueue {
     /// windows draw and show what has changed.
     [[nodiscard]] platform::Registration BetweenHandlers(Handler work);
 
-    void SetExceptionHandler(ExceptionHandler handler);
+    void SetExceptionHandler(ExceptionHandler handler) { exceptionHandler_ = std::move(handler); }
 
     void Post(Handler delivery) override;
 
@@ -49,7 +50,7 @@ class EventLoop final : public platform::EventQueue {
     void Run();
 
     /// One round that sleeps until there is something to do.
-    void RunOnce();
+    void RunOnce() { Round(Patience::MayWait); }
 
     /// One round without waiting: what the sources have by now and each timer that is due, each at
     /// most once. A sender that never stops cannot hold the caller.
@@ -68,10 +69,6 @@ class EventLoop final : public platform::EventQueue {
         std::uint64_t serial;
         Handler handler;
     };
-    struct Work {
-        std::uint64_t serial;
-        Handler handler;
-    };
     enum class Patience { MayWait, NoWait };
 
     void Round(Patience patience);
@@ -87,7 +84,8 @@ class EventLoop final : public platform::EventQueue {
 
     platform::Waiting& waiting_;
     std::vector<platform::EventSource*> sources_;
-    std::vector<Work> between_;
+    /// In the order of their registration.
+    std::map<std::uint64_t, Handler> between_;
     std::vector<LoopTimer*> timers_;
     std::deque<Delivery> queue_;
     ExceptionHandler exceptionHandler_;

@@ -13,22 +13,22 @@ LoopTimer::~LoopTimer() {
     Stop();
 }
 
-void LoopTimer::Start(std::chrono::milliseconds period, Repeat repeat) {
+void LoopTimer::Start(std::chrono::milliseconds period, TimerMode mode) {
     Stop();
+    if (mode == TimerMode::Off)
+        return;
     period_ = std::max(period, std::chrono::milliseconds(1));
-    repeat_ = repeat;
+    mode_ = mode;
     due_ = loop_.Now() + period_;
-    running_ = true;
     loop_.timers_.push_back(this);
 }
 
 void LoopTimer::Stop() {
-    if (std::exchange(running_, false))
-        std::erase(loop_.timers_, this);
+    std::erase(loop_.timers_, this);
 }
 
 void LoopTimer::ArmAgain(platform::Moment now) {
-    if (repeat_ == Repeat::Once) {
+    if (mode_ == TimerMode::Once) {
         Stop();
         return;
     }

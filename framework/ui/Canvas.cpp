@@ -5,12 +5,6 @@
 
 namespace kqu {
 
-Canvas::Canvas(Window& ownerWindow, const CanvasSettings& settings)
-    : Control(ownerWindow, settings),
-      UseFocusRing(settings.UseFocusRing),
-      AcceptTabs(settings.AcceptTabs),
-      EraseBackground(settings.EraseBackground) {}
-
 std::unique_ptr<kqu::Graphics> Canvas::Graphics() {
     return ownerWindow().GraphicsFor(*this);
 }

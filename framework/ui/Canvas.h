@@ -6,22 +6,11 @@
 
 namespace kqu {
 
-/// What only a canvas is given at its creation.
-struct CanvasSettings : ControlSettings {
-    bool UseFocusRing = true;
-    bool AcceptTabs = false;
-    bool EraseBackground = true;
-};
-
 /// A control whose face and behaviour are its owner's: every event is a function that the owner
 /// binds.
 class Canvas : public Control {
   public:
-    Canvas(Window& ownerWindow, const CanvasSettings& settings);
-
-    const bool UseFocusRing;
-    const bool AcceptTabs;
-    const bool EraseBackground;
+    using Control::Control;
 
     /// Draws on the canvas at once, outside its `Paint` event; what was drawn is shown with the
     /// window's next change.

@@ -15,26 +15,6 @@ Control::~Control() {
     ownerWindow_.Disown(*this);
 }
 
-platform::Rect Control::Bounds() const {
-    return {Left(), Top(), Width(), Height()};
-}
-
-void Control::SetLeft(int left) {
-    Change(settings_.Left, left);
-}
-
-void Control::SetTop(int top) {
-    Change(settings_.Top, top);
-}
-
-void Control::SetWidth(int width) {
-    Change(settings_.Width, width);
-}
-
-void Control::SetHeight(int height) {
-    Change(settings_.Height, height);
-}
-
 void Control::Change(int& property, int value) {
     if (std::exchange(property, value) != value)
         ownerWindow_.InvalidateLayout();

@@ -2,8 +2,8 @@
 
 #include "platform/interfaces/NativeWindow.h"
 
-#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace kqu {
@@ -16,25 +16,13 @@ enum class Erasing { KeepBackground, EraseBackground };
 
 /// What a control is given at its creation. No control follows an edge of its window by itself.
 struct ControlSettings {
-    /// The index of a control that is no member of an array of controls.
-    static constexpr std::uint32_t noIndex = 0x80000000U;
-
     std::string Name;
     int Left = 0;
     int Top = 0;
     int Width = 0;
     int Height = 0;
     int TabIndex = 0;
-    int TabPanelIndex = 0;
-    std::uint32_t Index = noIndex;
-    std::string HelpTag;
-    bool LockLeft = false;
-    bool LockTop = false;
-    bool LockRight = false;
-    bool LockBottom = false;
     bool Visible = true;
-    bool Enabled = true;
-    bool AutoDeactivate = true;
     bool AcceptFocus = false;
 };
 
@@ -47,7 +35,6 @@ class Control {
     Control(const Control&) = delete;
     Control& operator=(const Control&) = delete;
 
-    [[nodiscard]] const ControlSettings& Settings() const { return settings_; }
     [[nodiscard]] const std::string& Name() const { return settings_.Name; }
     [[nodiscard]] Window& ownerWindow() const { return ownerWindow_; }
 
@@ -56,11 +43,11 @@ class Control {
     [[nodiscard]] int Width() const { return settings_.Width; }
     [[nodiscard]] int Height() const { return settings_.Height; }
     [[nodiscard]] bool Visible() const { return settings_.Visible; }
-    [[nodiscard]] platform::Rect Bounds() const;
-    void SetLeft(int left);
-    void SetTop(int top);
-    void SetWidth(int width);
-    void SetHeight(int height);
+    [[nodiscard]] platform::Rect Bounds() const { return {Left(), Top(), Width(), Height()}; }
+    void SetLeft(int left) { Change(settings_.Left, left); }
+    void SetTop(int top) { Change(settings_.Top, top); }
+    void SetWidth(int width) { Change(settings_.Width, width); }
+    void SetHeight(int height) { Change(settings_.Height, height); }
 
     /// Has the control drawn anew when the window draws next; draws nothing itself.
     void Refresh(Erasing erasing);
@@ -80,10 +67,13 @@ class Control {
     virtual bool TakeWheel(platform::Point, int /*deltaX*/, int /*deltaY*/) { return false; }
 
   private:
+    friend class Window;
     void Change(int& property, int value);
 
     Window& ownerWindow_;
     ControlSettings settings_;
+    /// How it is to be drawn when the window draws next; nothing if it is up to date.
+    std::optional<Erasing> pending_;
 };
 
 } // namespace kqu

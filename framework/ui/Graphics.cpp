@@ -18,11 +18,6 @@ int OrNatural(int size, int natural) {
 }
 } // namespace
 
-std::unique_ptr<Graphics> Graphics::ForArea(const Ref<Picture>& picture,
-                                            const platform::Rect& area) {
-    return std::unique_ptr<Graphics>(new Graphics(picture, area));
-}
-
 Graphics::Graphics(Picture& picture)
     : picture_(picture), area_{0, 0, picture.Width(), picture.Height()} {}
 

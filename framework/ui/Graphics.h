@@ -27,8 +27,7 @@ class Graphics {
   public:
     /// Draws on a part of a picture, such as a control's place in the pixels of its window: the
     /// origin is the part's top left, and everything is clipped to the part.
-    [[nodiscard]] static std::unique_ptr<Graphics> ForArea(const Ref<Picture>& picture,
-                                                           const platform::Rect& area);
+    Graphics(const Ref<Picture>& picture, const platform::Rect& area);
 
     /// Draws on the whole of a picture, which must outlive it; a picture makes its own.
     explicit Graphics(Picture& picture);
@@ -61,8 +60,6 @@ class Graphics {
     void SetPixel(int x, int y, Colour colour);
 
   private:
-    Graphics(const Ref<Picture>& picture, const platform::Rect& area);
-
     // Both in device pixels of the picture.
     [[nodiscard]] drawing::Area Clip() const;
     [[nodiscard]] drawing::Area OnDevice(const drawing::Area& area) const;

@@ -1,8 +1,7 @@
 #include "framework/ui/ResourceFork.h"
 
-#include "framework/ui/EmbeddedPictures.h"
 #include "framework/ui/Picture.h"
-#include "platform/interfaces/DeviceScale.h"
+#include "platform/interfaces/NativeWindow.h"
 
 namespace kqu {
 
@@ -22,18 +21,6 @@ Ref<Picture> ResourceFork::GetPicture(int id) const {
 
 int ResourceFork::Scale() {
     return platform::DeviceScale();
-}
-
-void ResourceFork::Set(int id, std::span<const std::byte> file) {
-    changed_[id].assign(file.begin(), file.end());
-}
-
-void ResourceFork::Remove(int id) {
-    changed_[id].clear();
-}
-
-void ResourceFork::Restore() {
-    changed_.clear();
 }
 
 Ref<ResourceFork> appResourceForkGetter() {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <map>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace kqu {
@@ -22,15 +23,21 @@ class ResourceFork : public Object {
     [[nodiscard]] static int Scale();
 
     /// Puts a file in place under an id.
-    void Set(int id, std::span<const std::byte> file);
-    void Remove(int id);
+    void Set(int id, std::span<const std::byte> file) {
+        changed_[id].assign(file.begin(), file.end());
+    }
+    void Remove(int id) { changed_[id].clear(); }
     /// Brings back what was compiled into the program, and nothing else.
-    void Restore();
+    void Restore() { changed_.clear(); }
 
   private:
     /// Files that were put in place, and empty ones for those that were removed.
     std::map<int, std::vector<std::byte>> changed_;
 };
+
+/// The PNG files that were compiled into the program, by the ids and the scales of their
+/// pictures. The build makes the table from the artwork.
+[[nodiscard]] std::map<std::pair<int, int>, std::span<const std::byte>> EmbeddedPictures();
 
 /// The program's own resources, the artwork that was compiled into it.
 [[nodiscard]] Ref<ResourceFork> appResourceForkGetter();

@@ -20,22 +20,16 @@ const Colour heldThumbColour = RGB(84, 105, 138);
 } // namespace
 
 ScrollBar::ScrollBar(Window& ownerWindow, const ScrollBarSettings& settings)
-    : Control(ownerWindow, settings),
-      minimum_(settings.Minimum),
-      maximum_(settings.Maximum),
-      value_(settings.Value),
-      lineStep_(settings.LineStep),
-      pageStep_(settings.PageStep),
-      liveScroll_(settings.LiveScroll) {}
+    : Control(ownerWindow, settings), bar_(settings) {}
 
 void ScrollBar::SetMaximum(int maximum) {
-    if (std::exchange(maximum_, maximum) != maximum)
+    if (std::exchange(bar_.Maximum, maximum) != maximum)
         Refresh(Erasing::EraseBackground);
 }
 
 void ScrollBar::SetValue(int value) {
-    const int kept = std::max(minimum_, std::min(value, maximum_));
-    if (std::exchange(value_, kept) == kept)
+    const int kept = std::max(bar_.Minimum, std::min(value, bar_.Maximum));
+    if (std::exchange(bar_.Value, kept) == kept)
         return;
     Refresh(Erasing::EraseBackground);
     if (ValueChanged)
@@ -47,19 +41,15 @@ void ScrollBar::SetInSight(int units) {
         Refresh(Erasing::EraseBackground);
 }
 
-int ScrollBar::ShareInSight(int length) const {
-    const std::int64_t range = std::int64_t{maximum_} - minimum_;
-    return static_cast<int>(length * std::int64_t{inSight_} / (range + inSight_));
-}
-
 platform::Rect ScrollBar::Thumb() const {
-    const int range = maximum_ - minimum_;
+    const int range = bar_.Maximum - bar_.Minimum;
     const int track = Height() - 2 * thumbMargin;
     if (range < 1 || track < 1)
         return {};
-    const int length = std::min(track, std::max(shortestThumb, ShareInSight(track)));
+    const std::int64_t inSight = std::int64_t{track} * inSight_ / (std::int64_t{range} + inSight_);
+    const int length = std::min(track, std::max(shortestThumb, static_cast<int>(inSight)));
     const std::int64_t way = track - length;
-    const std::int64_t passed = std::clamp(value_ - minimum_, 0, range);
+    const std::int64_t passed = std::clamp(bar_.Value - bar_.Minimum, 0, range);
     return {thumbMargin, thumbMargin + static_cast<int>(way * passed / range),
             Width() - 2 * thumbMargin, length};
 }
@@ -68,10 +58,10 @@ int ScrollBar::ValueAt(int thumbTop) const {
     const platform::Rect thumb = Thumb();
     const std::int64_t way = Height() - 2 * thumbMargin - thumb.height;
     if (way < 1)
-        return value_;
-    const std::int64_t range = maximum_ - minimum_;
+        return bar_.Value;
+    const std::int64_t range = bar_.Maximum - bar_.Minimum;
     const std::int64_t passed = std::clamp<std::int64_t>(thumbTop - thumbMargin, 0, way);
-    return minimum_ + static_cast<int>((passed * range + way / 2) / way);
+    return bar_.Minimum + static_cast<int>((passed * range + way / 2) / way);
 }
 
 void ScrollBar::Draw(Graphics& graphics) {
@@ -93,9 +83,9 @@ bool ScrollBar::TakePress(platform::Point point) {
     if (thumb.IsEmpty())
         return true;
     if (point.y < thumb.y) {
-        SetValue(value_ - pageStep_);
+        SetValue(bar_.Value - bar_.PageStep);
     } else if (point.y >= thumb.y + thumb.height) {
-        SetValue(value_ + pageStep_);
+        SetValue(bar_.Value + bar_.PageStep);
     } else {
         grabbedAt_ = point.y - thumb.y;
         Refresh(Erasing::EraseBackground);
@@ -104,23 +94,18 @@ bool ScrollBar::TakePress(platform::Point point) {
 }
 
 void ScrollBar::TakeDrag(platform::Point point) {
-    if (grabbedAt_ && liveScroll_)
+    if (grabbedAt_)
         SetValue(ValueAt(point.y - *grabbedAt_));
 }
 
-void ScrollBar::TakeRelease(platform::Point point) {
-    if (!grabbedAt_)
-        return;
-    const int top = point.y - *grabbedAt_;
-    grabbedAt_.reset();
-    if (!liveScroll_)
-        SetValue(ValueAt(top));
-    Refresh(Erasing::EraseBackground);
+void ScrollBar::TakeRelease(platform::Point) {
+    if (std::exchange(grabbedAt_, std::nullopt))
+        Refresh(Erasing::EraseBackground);
 }
 
 bool ScrollBar::TakeWheel(platform::Point, int, int deltaY) {
     if (deltaY != 0)
-        SetValue(value_ + (deltaY > 0 ? lineStep_ : -lineStep_));
+        SetValue(bar_.Value + (deltaY > 0 ? bar_.LineStep : -bar_.LineStep));
     return true;
 }
 

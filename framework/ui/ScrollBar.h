@@ -22,12 +22,8 @@ class ScrollBar : public Control {
   public:
     ScrollBar(Window& ownerWindow, const ScrollBarSettings& settings);
 
-    [[nodiscard]] int Minimum() const { return minimum_; }
-    [[nodiscard]] int Maximum() const { return maximum_; }
-    [[nodiscard]] int Value() const { return value_; }
-    [[nodiscard]] int LineStep() const { return lineStep_; }
-    [[nodiscard]] int PageStep() const { return pageStep_; }
-    [[nodiscard]] bool LiveScroll() const { return liveScroll_; }
+    [[nodiscard]] int Maximum() const { return bar_.Maximum; }
+    [[nodiscard]] int Value() const { return bar_.Value; }
 
     /// Leaves the value alone, even if it lies beyond the new maximum: whoever lowers the maximum
     /// decides when the value follows.
@@ -52,15 +48,8 @@ class ScrollBar : public Control {
   private:
     [[nodiscard]] int ValueAt(int thumbTop) const;
 
-    [[nodiscard]] int ShareInSight(int length) const;
-
-    int minimum_;
-    int maximum_;
-    int value_;
+    ScrollBarSettings bar_;
     int inSight_ = 1;
-    int lineStep_;
-    int pageStep_;
-    bool liveScroll_;
     /// Where on the thumb it was taken, while it is held.
     std::optional<int> grabbedAt_;
 };

@@ -1,6 +1,5 @@
 #include "framework/ui/System.h"
 
-#include "framework/Runtime.h"
 #include "framework/values/Exceptions.h"
 
 #include <chrono>
@@ -9,23 +8,11 @@
 namespace kqu {
 
 ScreenArea Screen(int index) {
-    const auto screens = Runtime::Current().Windows().Screens();
+    const auto screens = Runtime::Current().Machine().windows.Screens();
     if (index < 0 || static_cast<std::size_t>(index) >= screens.size())
         throw OutOfBoundsException("there is no screen of that number");
     const platform::Rect& area = screens[static_cast<std::size_t>(index)];
     return {area.x, area.y, area.width, area.height};
-}
-
-bool System::MouseDown() {
-    return Runtime::Current().Windows().PrimaryButtonDown();
-}
-
-int System::MouseX() {
-    return Runtime::Current().Windows().PointerPosition().x;
-}
-
-int System::MouseY() {
-    return Runtime::Current().Windows().PointerPosition().y;
 }
 
 std::int32_t Ticks() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "framework/Runtime.h"
+
 #include <cstdint>
 
 namespace kqu {
@@ -18,10 +20,16 @@ struct ScreenArea {
 /// The pointer, anywhere on the display.
 namespace System {
 /// Whether the primary mouse button is held anywhere. The wheel is no button.
-[[nodiscard]] bool MouseDown();
+[[nodiscard]] inline bool MouseDown() {
+    return Runtime::Current().Machine().windows.PrimaryButtonDown();
+}
 /// The pointer's place relative to the main screen's top left, in pixels, as it is now.
-[[nodiscard]] int MouseX();
-[[nodiscard]] int MouseY();
+[[nodiscard]] inline int MouseX() {
+    return Runtime::Current().Machine().windows.PointerPosition().x;
+}
+[[nodiscard]] inline int MouseY() {
+    return Runtime::Current().Machine().windows.PointerPosition().y;
+}
 } // namespace System
 
 /// Time in sixtieths of a second, on a clock that never jumps. Wraps around as an Int32.

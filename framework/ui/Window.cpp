@@ -4,7 +4,6 @@
 #include "framework/ui/Graphics.h"
 #include "framework/ui/Picture.h"
 #include "framework/ui/drawing/Plane.h"
-#include "platform/interfaces/DeviceScale.h"
 
 #include <algorithm>
 #include <utility>
@@ -27,7 +26,7 @@ void Window::Create() {
     layout_ = Layout();
     content_ = {0, 0, layout_.Width, layout_.Height};
     toldSize_ = content_.Extent();
-    native_ = Runtime::Current().Windows().MakeWindow(
+    native_ = Runtime::Current().Machine().windows.MakeWindow(
         {content_, layout_.Frame == WindowFrame::GlobalFloating, layout_.Resizeable,
          layout_.CloseButton, layout_.MinimizeButton, layout_.MaximizeButton},
         *this);
@@ -51,14 +50,6 @@ void Window::SetLeft(int left) {
 void Window::SetTop(int top) {
     if (std::exchange(content_.y, top) != top)
         native_->SetPosition(content_.Origin());
-}
-
-void Window::SetWidth(int width) {
-    Resize({width, content_.height});
-}
-
-void Window::SetHeight(int height) {
-    Resize({content_.width, height});
 }
 
 void Window::Resize(platform::Size size) {
@@ -93,19 +84,13 @@ void Window::Adopt(Control& control) {
 
 void Window::Disown(Control& control) {
     std::erase(controls_, &control);
-    std::erase_if(pending_, [&](const Pending& entry) { return entry.control == &control; });
     if (held_ == &control)
         held_ = nullptr;
 }
 
 void Window::Invalidate(Control& control, Erasing erasing) {
-    const auto known = std::find_if(pending_.begin(), pending_.end(), [&](const Pending& entry) {
-        return entry.control == &control;
-    });
-    if (known == pending_.end())
-        pending_.push_back({&control, erasing});
-    else if (erasing == Erasing::EraseBackground)
-        known->erasing = erasing;
+    if (!control.pending_ || erasing == Erasing::EraseBackground)
+        control.pending_ = erasing;
 }
 
 void Window::InvalidateLayout() {
@@ -124,27 +109,26 @@ void Window::UpdateNow() {
     if (std::exchange(layoutPending_, false))
         DrawEverything();
     else
-        for (const Control* below : std::vector<Control*>(controls_))
-            if (std::any_of(pending_.begin(), pending_.end(),
-                            [&](const Pending& entry) { return entry.control == below; }))
+        for (const Control* below : controls_)
+            if (below->pending_)
                 InvalidateAbove(*below);
     // Bottom to top; what a paint invalidates anew waits for the next update.
-    const std::vector<Pending> pending = std::exchange(pending_, {});
-    for (Control* control : std::vector<Control*>(controls_))
-        for (const Pending& entry : pending)
-            if (entry.control == control)
-                DrawControl(*control, entry.erasing);
+    std::vector<std::pair<Control*, Erasing>> pending;
+    for (Control* control : controls_)
+        if (const auto erasing = std::exchange(control->pending_, std::nullopt))
+            pending.emplace_back(control, *erasing);
+    for (const auto& [control, erasing] : pending)
+        DrawControl(*control, erasing);
 }
 
 void Window::DrawEverything() {
-    pending_.clear();
     const platform::Rect whole{0, 0, content_.width, content_.height};
-    const auto graphics = Graphics::ForArea(Buffer(), whole);
-    graphics->SetForeColor(BackColor());
-    graphics->FillRect(0, 0, whole.width, whole.height);
+    Graphics graphics(Buffer(), whole);
+    graphics.SetForeColor(BackColor());
+    graphics.FillRect(0, 0, whole.width, whole.height);
     MarkChanged(whole);
     for (Control* control : controls_)
-        pending_.push_back({control, Erasing::KeepBackground});
+        control->pending_ = Erasing::KeepBackground;
 }
 
 Colour Window::BackColor() const {
@@ -173,7 +157,7 @@ void Window::InvalidateAbove(const Control& control) {
 
 std::unique_ptr<Graphics> Window::GraphicsFor(const Control& control) {
     MarkChanged(control.Bounds());
-    return Graphics::ForArea(Buffer(), control.Bounds());
+    return std::make_unique<Graphics>(Buffer(), control.Bounds());
 }
 
 Ref<Picture>& Window::Buffer() {
@@ -189,10 +173,9 @@ void Window::MarkChanged(const platform::Rect& area) {
 }
 
 void Window::ShowChanges() {
-    if (Runtime::Current().Updates().AreHeld())
+    if (Runtime::Current().Machine().screenUpdates.AreHeld())
         return;
-    if (layoutPending_ || !pending_.empty())
-        UpdateNow();
+    UpdateNow();
     if (const platform::Rect changed = std::exchange(changed_, {}); !changed.IsEmpty()) {
         const auto before = std::exchange(shown_, Buffer()->Snapshot().colours);
         // A row whose task has no news is drawn twice a second too, and looks as it did.
@@ -264,10 +247,6 @@ void Window::WheelTurned(platform::Point inContent, int deltaX, int deltaY) {
         if ((*control)->Visible() && (*control)->Bounds().Contains(inContent) &&
             (*control)->TakeWheel(RelativeTo(**control, inContent), deltaX, deltaY))
             return;
-}
-
-void Window::CloseRequested() {
-    Close();
 }
 
 } // namespace kqu

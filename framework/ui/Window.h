@@ -44,7 +44,6 @@ struct WindowLayout {
     bool LiveResize = true;
     bool MaximizeButton = false;
     bool MinimizeButton = true;
-    std::string BalloonHelp;
     int MacProcID = 0;
 };
 
@@ -65,12 +64,10 @@ class Window : private platform::NativeWindowOwner {
     [[nodiscard]] int Height() const { return content_.height; }
     void SetLeft(int left);
     void SetTop(int top);
-    void SetWidth(int width);
-    void SetHeight(int height);
+    void SetWidth(int width) { Resize({width, content_.height}); }
+    void SetHeight(int height) { Resize({content_.width, height}); }
 
-    [[nodiscard]] const WindowLayout& Settings() const { return layout_; }
     [[nodiscard]] int MinWidth() const { return layout_.MinWidth; }
-    [[nodiscard]] int MinHeight() const { return layout_.MinHeight; }
     [[nodiscard]] int MaxWidth() const { return layout_.MaxWidth; }
     [[nodiscard]] int MaxHeight() const { return layout_.MaxHeight; }
     void SetMaxHeight(int height) { layout_.MaxHeight = height; }
@@ -86,8 +83,6 @@ class Window : private platform::NativeWindowOwner {
 
     /// Draws pending changes at once. They are shown when the running handler pumps or returns.
     void UpdateNow();
-
-    [[nodiscard]] const std::vector<Control*>& Controls() const { return controls_; }
 
     // For controls.
     void Adopt(Control& control);
@@ -117,16 +112,11 @@ class Window : private platform::NativeWindowOwner {
     void ContentChanged(const platform::Rect& content) override;
 
   private:
-    struct Pending {
-        Control* control;
-        Erasing erasing;
-    };
-
     void ButtonPressed(platform::Point inContent) override;
     void ButtonReleased(platform::Point inContent) override;
     void PointerMoved(platform::Point inContent) override;
     void WheelTurned(platform::Point inContent, int deltaX, int deltaY) override;
-    void CloseRequested() override;
+    void CloseRequested() override { Close(); }
     void ScaleChanged() override { InvalidateLayout(); }
     [[nodiscard]] platform::Size FrameExtent() override;
     [[nodiscard]] platform::Frame CurrentFrame(int top, int height) override;
@@ -145,7 +135,6 @@ class Window : private platform::NativeWindowOwner {
     platform::Size toldSize_;
     std::unique_ptr<platform::NativeWindow> native_;
     std::vector<Control*> controls_;
-    std::vector<Pending> pending_;
     /// What the window shows, as it was drawn, and the lines that were last made of it.
     Ref<Picture> buffer_;
     std::unique_ptr<drawing::Raster> lines_;

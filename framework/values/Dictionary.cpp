@@ -27,10 +27,6 @@ bool Dictionary::KeyEqual::operator()(std::string_view a, std::string_view b) co
     return EqualsIgnoringCase(a, b);
 }
 
-bool Dictionary::HasKey(std::string_view key) const {
-    return indices_.contains(key);
-}
-
 std::size_t Dictionary::IndexOf(std::string_view key) const {
     const auto found = indices_.find(key);
     if (found == indices_.end())

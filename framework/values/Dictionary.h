@@ -17,7 +17,7 @@ namespace kqu {
 class Dictionary : public Object {
   public:
     [[nodiscard]] int Count() const { return static_cast<int>(entries_.size()); }
-    [[nodiscard]] bool HasKey(std::string_view key) const;
+    [[nodiscard]] bool HasKey(std::string_view key) const { return indices_.contains(key); }
     /// Raises KeyNotFoundException.
     [[nodiscard]] Variant Value(std::string_view key) const;
     void SetValue(std::string_view key, Variant value);

@@ -38,17 +38,7 @@ class IllegalCastException : public RuntimeException {
 
 /// No function of that name stands in that library.
 class FunctionNotFoundException : public RuntimeException {
-  public:
-    FunctionNotFoundException(std::string function, std::string library)
-        : RuntimeException("function " + function + " was not found in " + library),
-          function_(std::move(function)),
-          library_(std::move(library)) {}
-    [[nodiscard]] const std::string& Function() const { return function_; }
-    [[nodiscard]] const std::string& Library() const { return library_; }
-
-  private:
-    std::string function_;
-    std::string library_;
+    using RuntimeException::RuntimeException;
 };
 
 } // namespace kqu

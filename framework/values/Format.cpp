@@ -8,25 +8,6 @@
 namespace kqu {
 
 namespace {
-/// A decimal without sign: digits before and behind the point.
-struct Decimal {
-    std::string whole;
-    std::string fraction;
-};
-
-/// The exact decimal of what the shortest text of the number says, so that ties are those that a
-/// reader sees: 0.125 is one, whatever its double.
-Decimal ShortestDecimal(double magnitude) {
-    std::array<char, 512> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), magnitude,
-                                      std::chars_format::fixed);
-    const std::string text(buffer.data(), result.ptr);
-    const std::size_t point = text.find('.');
-    if (point == std::string::npos)
-        return {text, {}};
-    return {text.substr(0, point), text.substr(point + 1)};
-}
-
 void AddOne(std::string& digits) {
     for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit) {
         if (*digit != '9') {
@@ -38,23 +19,22 @@ void AddOne(std::string& digits) {
     digits.insert(digits.begin(), '1');
 }
 
-/// Rounds to that many digits behind the point, ties away from zero.
-void Round(Decimal& decimal, std::size_t places) {
-    const bool up = decimal.fraction.size() > places && decimal.fraction[places] >= '5';
-    decimal.fraction.resize(places, '0');
-    if (!up)
-        return;
-    std::string digits = decimal.whole + decimal.fraction;
-    AddOne(digits);
-    decimal.whole = digits.substr(0, digits.size() - places);
-    decimal.fraction = digits.substr(digits.size() - places);
-}
-
-bool IsZero(const Decimal& decimal) {
-    const auto onlyZeros = [](const std::string& digits) {
-        return digits.find_first_not_of('0') == std::string::npos;
-    };
-    return onlyZeros(decimal.whole) && onlyZeros(decimal.fraction);
+/// The digits of a number with so many places behind the point, ties away from zero. They are those
+/// of its shortest text, so that ties are those that a reader sees: 0.125 is one, whatever its
+/// double.
+std::string RoundedDigits(double magnitude, std::size_t places) {
+    std::array<char, 512> buffer{};
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), magnitude,
+                                      std::chars_format::fixed);
+    std::string digits(buffer.data(), result.ptr);
+    const std::size_t point = std::min(digits.find('.'), digits.size());
+    digits.erase(point, 1);
+    const std::size_t kept = point + places;
+    const bool up = digits.size() > kept && digits[kept] >= '5';
+    digits.resize(kept, '0');
+    if (up)
+        AddOne(digits);
+    return digits;
 }
 } // namespace
 
@@ -63,24 +43,20 @@ std::string Format(double number, std::string_view mask) {
         return "nan";
     if (std::isinf(number))
         return number > 0 ? "inf" : "-inf";
-    const std::size_t point = mask.find('.');
-    const std::string_view wholeMask = mask.substr(0, point);
-    const std::string_view fractionMask =
-        point == std::string_view::npos ? std::string_view() : mask.substr(point + 1);
+    const std::size_t point = std::min(mask.find('.'), mask.size());
+    const std::size_t places = mask.size() - std::min(point + 1, mask.size());
+    const std::string digits = RoundedDigits(std::fabs(number), places);
+    const bool isZero = digits.find_first_not_of('0') == std::string::npos;
 
-    Decimal decimal = ShortestDecimal(std::fabs(number));
-    Round(decimal, fractionMask.size());
-    const std::string sign = number < 0 && !IsZero(decimal) ? "-" : "";
-    const auto leastWhole =
+    std::string whole = digits.substr(0, digits.size() - places);
+    whole.erase(0, whole.find_first_not_of('0'));
+    const std::string_view wholeMask = mask.substr(0, point);
+    const auto least =
         static_cast<std::size_t>(std::count(wholeMask.begin(), wholeMask.end(), '0'));
-    const auto leastFraction =
-        static_cast<std::size_t>(std::count(fractionMask.begin(), fractionMask.end(), '0'));
-    decimal.whole.erase(0, decimal.whole.find_first_not_of('0'));
-    if (decimal.whole.size() < leastWhole)
-        decimal.whole.insert(0, leastWhole - decimal.whole.size(), '0');
-    while (decimal.fraction.size() > leastFraction && decimal.fraction.back() == '0')
-        decimal.fraction.pop_back();
-    return sign + decimal.whole + (decimal.fraction.empty() ? "" : "." + decimal.fraction);
+    if (whole.size() < least)
+        whole.insert(0, least - whole.size(), '0');
+    const std::string fraction = places == 0 ? "" : "." + digits.substr(digits.size() - places);
+    return (number < 0 && !isZero ? "-" : "") + whole + fraction;
 }
 
 } // namespace kqu

@@ -9,18 +9,6 @@ void MemoryBlock::Check(std::size_t offset, std::size_t length) const {
         throw OutOfBoundsException("an access beyond the end of a memory block");
 }
 
-char* MemoryBlock::CharData() {
-    return reinterpret_cast<char*>(bytes_.data());
-}
-
-std::int32_t MemoryBlock::Int32Value(std::size_t offset) const {
-    return static_cast<std::int32_t>(UInt32Value(offset));
-}
-
-void MemoryBlock::SetInt32Value(std::size_t offset, std::int32_t value) {
-    SetUInt32Value(offset, static_cast<std::uint32_t>(value));
-}
-
 std::uint32_t MemoryBlock::UInt32Value(std::size_t offset) const {
     std::uint32_t value = 0;
     Check(offset, sizeof value);
@@ -28,7 +16,7 @@ std::uint32_t MemoryBlock::UInt32Value(std::size_t offset) const {
     return value;
 }
 
-void MemoryBlock::SetUInt32Value(std::size_t offset, std::uint32_t value) {
+void MemoryBlock::SetInt32Value(std::size_t offset, std::int32_t value) {
     Check(offset, sizeof value);
     std::memcpy(bytes_.data() + offset, &value, sizeof value);
 }

@@ -19,12 +19,13 @@ class MemoryBlock : public Object {
     [[nodiscard]] std::byte* Data() { return bytes_.data(); }
     [[nodiscard]] const std::byte* Data() const { return bytes_.data(); }
     /// The same bytes, as the functions that fill texts want them.
-    [[nodiscard]] char* CharData();
+    [[nodiscard]] char* CharData() { return reinterpret_cast<char*>(bytes_.data()); }
 
-    [[nodiscard]] std::int32_t Int32Value(std::size_t offset) const;
+    [[nodiscard]] std::int32_t Int32Value(std::size_t offset) const {
+        return static_cast<std::int32_t>(UInt32Value(offset));
+    }
     void SetInt32Value(std::size_t offset, std::int32_t value);
     [[nodiscard]] std::uint32_t UInt32Value(std::size_t offset) const;
-    void SetUInt32Value(std::size_t offset, std::uint32_t value);
     /// The text up to the first NUL, or to the end of the block.
     [[nodiscard]] std::string CString(std::size_t offset) const;
     [[nodiscard]] std::string StringValue(std::size_t offset, std::size_t length) const;

@@ -67,19 +67,11 @@ double Val(std::string_view text) {
     return g_ascii_strtod(number.c_str(), nullptr);
 }
 
-std::string Str(std::int32_t number) {
-    return std::to_string(number);
-}
-
 int InStr(std::string_view text, std::string_view find) {
     if (find.empty())
         return text.empty() ? 0 : 1;
     const auto found = FindFrom(text, find, 0);
     return found ? static_cast<int>(found->position) + 1 : 0;
-}
-
-bool Contains(std::string_view text, std::string_view find) {
-    return InStr(text, find) != 0;
 }
 
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
@@ -98,12 +90,6 @@ std::string ReplaceAll(std::string_view text, std::string_view find, std::string
         position = found->position + found->length;
     }
     return result += text.substr(position);
-}
-
-std::string WithoutMiddle(std::string text, std::size_t bytes) {
-    if (text.size() <= 2 * bytes)
-        return text;
-    return std::string(platform::StartOf(text, bytes)).append(platform::EndOf(text, bytes));
 }
 
 std::string NthField(std::string_view text, std::string_view separator, int number) {

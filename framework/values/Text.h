@@ -2,7 +2,6 @@
 
 #include "platform/text/PlainText.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -17,12 +16,16 @@ namespace kqu {
 [[nodiscard]] double Val(std::string_view text);
 
 /// Plain decimal digits, with a minus sign if negative.
-[[nodiscard]] std::string Str(std::int32_t number);
+[[nodiscard]] inline std::string Str(std::int32_t number) {
+    return std::to_string(number);
+}
 
 /// Where `find` stands first in `text`, in bytes counted from 1; 0 if nowhere. An empty text is
 /// found nowhere in an empty one and else at 1.
 [[nodiscard]] int InStr(std::string_view text, std::string_view find);
-[[nodiscard]] bool Contains(std::string_view text, std::string_view find);
+[[nodiscard]] inline bool Contains(std::string_view text, std::string_view find) {
+    return InStr(text, find) != 0;
+}
 [[nodiscard]] bool EqualsIgnoringCase(std::string_view a, std::string_view b);
 
 /// Every occurrence replaced, in one pass from the left.
@@ -30,10 +33,7 @@ namespace kqu {
                                      std::string_view replacement);
 
 using platform::ToUtf16;
-
-/// The text's start and end, each cut between two characters to at most `bytes`; the whole text if
-/// it is no longer than both.
-[[nodiscard]] std::string WithoutMiddle(std::string text, std::size_t bytes);
+using platform::WithoutMiddle;
 
 /// Field `number`, counted from 1, of the text split at the separator; empty past the last field.
 /// An empty separator splits nothing.
@@ -41,8 +41,9 @@ using platform::ToUtf16;
 /// The number of fields; an empty text has none.
 [[nodiscard]] int CountFields(std::string_view text, std::string_view separator);
 
-/// The number by a mask of '#' (a digit if there is one), '0' (a digit always) and '.'. Ties round
-/// away from zero; what rounds to zero has no sign. Infinities and not-a-number give words.
+/// The number by a mask of '#' (a digit if there is one), '0' (a digit always) and '.', behind
+/// which every digit is written. Ties round away from zero; what rounds to zero has no sign.
+/// Infinities and not-a-number give words.
 [[nodiscard]] std::string Format(double number, std::string_view mask);
 
 } // namespace kqu

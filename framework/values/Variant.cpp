@@ -31,8 +31,7 @@ std::string Variant::StringValue() const {
     return std::visit(Overloaded{
                           [](const std::string& text) { return text; },
                           [](double number) { return DoubleAsText(number); },
-                          [](std::int32_t number) { return Str(number); },
-                          [](std::uint32_t number) { return std::to_string(number); },
+                          [](auto number) { return std::to_string(number); },
                           [](bool truth) { return std::string(truth ? "True" : "False"); },
                           [](std::monostate) { return std::string(); },
                           [](const Ref<kqu::Object>&) { return std::string(); },
@@ -43,10 +42,7 @@ std::string Variant::StringValue() const {
 double Variant::DoubleValue() const {
     return std::visit(Overloaded{
                           [](const std::string& text) { return Val(text); },
-                          [](double number) { return number; },
-                          [](std::int32_t number) { return static_cast<double>(number); },
-                          [](std::uint32_t number) { return static_cast<double>(number); },
-                          [](bool truth) { return truth ? 1.0 : 0.0; },
+                          [](auto number) { return static_cast<double>(number); },
                           [](std::monostate) { return 0.0; },
                           [](const Ref<kqu::Object>&) { return 0.0; },
                       },
@@ -54,21 +50,7 @@ double Variant::DoubleValue() const {
 }
 
 std::int32_t Variant::Int32Value() const {
-    if (const auto* number = std::get_if<std::int32_t>(&value_))
-        return *number;
     return ToInt32(DoubleValue());
-}
-
-std::uint32_t Variant::UInt32Value() const {
-    if (const auto* number = std::get_if<std::uint32_t>(&value_))
-        return *number;
-    return ToUInt32(DoubleValue());
-}
-
-bool Variant::BooleanValue() const {
-    if (const auto* text = std::get_if<std::string>(&value_))
-        return EqualsIgnoringCase(*text, "true");
-    return DoubleValue() != 0.0;
 }
 
 Ref<kqu::Object> Variant::ObjectValue() const {

@@ -38,8 +38,6 @@ class Variant {
     [[nodiscard]] std::string StringValue() const;
     [[nodiscard]] double DoubleValue() const;
     [[nodiscard]] std::int32_t Int32Value() const;
-    [[nodiscard]] std::uint32_t UInt32Value() const;
-    [[nodiscard]] bool BooleanValue() const;
     /// The object, or nil if the value is none.
     [[nodiscard]] Ref<kqu::Object> ObjectValue() const;
     /// The object as one of class T. Raises IllegalCastException for an object of another class.

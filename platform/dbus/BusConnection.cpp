@@ -5,12 +5,6 @@
 
 namespace kqu::platform {
 
-namespace {
-Moment Now() {
-    return std::chrono::steady_clock::now();
-}
-} // namespace
-
 std::string_view SenderOf(sd_bus_message& message) {
     const char* sender = sd_bus_message_get_sender(&message);
     return sender == nullptr ? std::string_view() : sender;
@@ -36,8 +30,6 @@ std::optional<OwnerChange> OwnerChangeIn(sd_bus_message& message) {
 BusConnection::BusConnection(FindAddress findAddress, std::chrono::milliseconds retryAfter,
                              Client& client)
     : findAddress_(findAddress), retryAfter_(retryAfter), client_(client) {}
-
-BusConnection::~BusConnection() = default;
 
 void BusConnection::Begin() {
     if (wanted_)
@@ -70,10 +62,10 @@ std::optional<Moment> BusConnection::Due() const {
 }
 
 bool BusConnection::Collect(EventQueue& queue) {
-    if (!bus_ && wanted_ && Now() >= retryAt_)
+    if (!bus_ && wanted_ && MonotonicNow() >= retryAt_)
         Connect();
-    const Moment end = Now() + timePerCollect;
-    for (int count = 0; bus_ && count < messagesPerCollect && Now() < end; ++count) {
+    const Moment end = MonotonicNow() + timePerCollect;
+    for (int count = 0; bus_ && count < messagesPerCollect && MonotonicNow() < end; ++count) {
         sd_bus_message* received = nullptr;
         const int result = sd_bus_process(bus_.get(), &received);
         if (const BusMessage message(received); message)
@@ -97,7 +89,7 @@ void BusConnection::Connect() {
 void BusConnection::Lose() {
     givenUp_ = false;
     bus_.reset();
-    retryAt_ = Now() + retryAfter_;
+    retryAt_ = MonotonicNow() + retryAfter_;
     client_.Lost();
 }
 

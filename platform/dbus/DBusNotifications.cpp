@@ -31,7 +31,7 @@ std::optional<Moment> DBusNotifications::Due() const {
 
 bool DBusNotifications::Collect(EventQueue& /*queue*/) {
     const std::optional<Moment> due = Due();
-    if (due && (system_.IsSettled() || std::chrono::steady_clock::now() >= *due))
+    if (due && (system_.IsSettled() || MonotonicNow() >= *due))
         session_.AskForName(ownBusName);
     return false;
 }

@@ -38,7 +38,6 @@ class DBusNotifications final : public DistributedNotifications, private EventSo
     static constexpr std::chrono::seconds patience{2};
 
   private:
-    [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
     /// A moment only while nothing but the system bus is waited for.
     [[nodiscard]] std::optional<Moment> Due() const override;
     bool Collect(EventQueue& queue) override;

@@ -46,23 +46,13 @@ void PostedSignals::Received(sd_bus_message& message, EventQueue& queue) {
 }
 
 void PostedSignals::TakePosted(sd_bus_message& message, EventQueue& queue) {
-    if (!trust_) {
-        Deliver(DecodePosted(message), queue);
-        return;
-    }
+    using Opinion = SenderTrust::Opinion;
     const std::string_view sender = SenderOf(message);
-    if (sender.empty())
-        return;
-    switch (trust_->Of(sender)) {
-    case SenderTrust::Opinion::Heard:
+    const Opinion opinion = trust_ ? trust_->Of(sender) : Opinion::Heard;
+    if (opinion == Opinion::Heard)
         Deliver(DecodePosted(message), queue);
-        return;
-    case SenderTrust::Opinion::Open:
+    else if (opinion == Opinion::Open && !sender.empty())
         trust_->Hold(sender, DecodePosted(message));
-        return;
-    case SenderTrust::Opinion::Refused:
-        return;
-    }
 }
 
 void PostedSignals::TakeAnswer(sd_bus_message& message, EventQueue& queue) {
@@ -73,7 +63,7 @@ void PostedSignals::TakeAnswer(sd_bus_message& message, EventQueue& queue) {
     if (question == subscription_ && isError)
         connection_.GiveUp();
     else if (question == subscription_)
-        listeningSince_ = std::chrono::steady_clock::now();
+        listeningSince_ = MonotonicNow();
     const auto asked = questions_.extract(question);
     if (!asked)
         return;

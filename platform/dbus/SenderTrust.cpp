@@ -3,12 +3,10 @@
 #include "platform/dbus/WireDecoder.h"
 
 #include <algorithm>
+#include <unistd.h>
 #include <utility>
 
 namespace kqu::platform {
-
-SenderTrust::SenderTrust(Bus& bus, std::function<uid_t()> ownUser)
-    : bus_(bus), ownUser_(std::move(ownUser)) {}
 
 SenderTrust::Opinion SenderTrust::Of(std::string_view sender) const {
     const auto entry = senders_.find(sender);
@@ -40,7 +38,7 @@ SenderTrust::Posts SenderTrust::Answered(std::string_view sender, std::optional<
         Remove(entry);
         return {};
     }
-    const bool isHeard = *user == 0 || *user == ownUser_();
+    const bool isHeard = *user == 0 || *user == getuid();
     entry->second.opinion = isHeard ? Opinion::Heard : Opinion::Refused;
     Posts held = TakeHeld(entry->second);
     return isHeard ? std::move(held) : Posts();

@@ -5,13 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
-#include <unistd.h>
 
 namespace kqu::platform {
 
@@ -44,7 +42,7 @@ class SenderTrust {
     static constexpr std::size_t mostBytesPerSender = 40U << 20;
     static constexpr std::size_t mostBytesOfAll = 64U << 20;
 
-    explicit SenderTrust(Bus& bus, std::function<uid_t()> ownUser = getuid);
+    explicit SenderTrust(Bus& bus) : bus_(bus) {}
 
     [[nodiscard]] Opinion Of(std::string_view sender) const;
 
@@ -60,9 +58,6 @@ class SenderTrust {
 
     /// The connection is gone, and with it all names on it.
     void Clear();
-
-    [[nodiscard]] std::size_t Senders() const { return senders_.size(); }
-    [[nodiscard]] std::size_t HeldBytes() const { return heldBytes_; }
 
   private:
     struct Sender {
@@ -80,7 +75,6 @@ class SenderTrust {
     void DropOfTheGreatest();
 
     Bus& bus_;
-    std::function<uid_t()> ownUser_;
     Table senders_;
     std::size_t heldBytes_ = 0;
     std::uint64_t nextSerial_ = 0;

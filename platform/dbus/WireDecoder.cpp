@@ -70,17 +70,18 @@ class Reader {
     sd_bus_message* message_;
 };
 
-WireValue ReadValue(Reader& reader, const Reader::Type& type, int depth = 0);
-
-WireValue ReadVariant(Reader& reader, const Reader::Type& type, int depth) {
-    if (depth == deepestVariant) {
-        reader.Skip(type);
-        return OtherWireValue();
+/// Reads what lies below any number of variants.
+template <class Read>
+auto ReadBelowVariants(Reader& reader, Reader::Type type, Read read) {
+    int depth = 0;
+    for (; type.code == SD_BUS_TYPE_VARIANT && depth < deepestVariant; ++depth) {
+        if (!reader.Enter(SD_BUS_TYPE_VARIANT, type.contents))
+            throw BrokenMessage();
+        type = reader.Next();
     }
-    if (!reader.Enter(SD_BUS_TYPE_VARIANT, type.contents))
-        throw BrokenMessage();
-    WireValue value = ReadValue(reader, reader.Next(), depth + 1);
-    reader.Leave();
+    auto value = read(reader, type);
+    for (; depth > 0; --depth)
+        reader.Leave();
     return value;
 }
 
@@ -89,7 +90,7 @@ double ReadNumber(Reader& reader, char code) {
     return static_cast<double>(reader.Basic<T>(code));
 }
 
-WireValue ReadValue(Reader& reader, const Reader::Type& type, int depth) {
+WireValue ReadPlainValue(Reader& reader, const Reader::Type& type) {
     switch (type.code) {
     case SD_BUS_TYPE_STRING:
         return std::string(reader.Basic<const char*>(type.code));
@@ -111,12 +112,14 @@ WireValue ReadValue(Reader& reader, const Reader::Type& type, int depth) {
         return ReadNumber<std::uint64_t>(reader, type.code);
     case SD_BUS_TYPE_DOUBLE:
         return reader.Basic<double>(type.code);
-    case SD_BUS_TYPE_VARIANT:
-        return ReadVariant(reader, type, depth);
     default:
         reader.Skip(type);
         return OtherWireValue();
     }
+}
+
+WireValue ReadValue(Reader& reader, const Reader::Type& type) {
+    return ReadBelowVariants(reader, type, ReadPlainValue);
 }
 
 /// "{s?}": the element type of an array that is a dictionary with text for its keys.
@@ -141,19 +144,11 @@ WireDictionary ReadDictionary(Reader& reader, const std::string& entryType) {
     return entries;
 }
 
-std::optional<WireDictionary> ReadUserInfo(Reader& reader, const Reader::Type& type,
-                                           int depth = 0) {
+std::optional<WireDictionary> ReadUserInfo(Reader& reader, const Reader::Type& type) {
     if (IsTextDictionary(type))
         return ReadDictionary(reader, type.contents);
-    if (type.code != SD_BUS_TYPE_VARIANT || depth == deepestVariant) {
-        reader.Skip(type);
-        return std::nullopt;
-    }
-    if (!reader.Enter(SD_BUS_TYPE_VARIANT, type.contents))
-        throw BrokenMessage();
-    auto userInfo = ReadUserInfo(reader, reader.Next(), depth + 1);
-    reader.Leave();
-    return userInfo;
+    reader.Skip(type);
+    return std::nullopt;
 }
 
 void ReadArguments(Reader& reader, PostedNotification& posted) {
@@ -171,7 +166,7 @@ void ReadArguments(Reader& reader, PostedNotification& posted) {
 
     type = reader.Next();
     if (type.code != 0)
-        posted.userInfo = ReadUserInfo(reader, type);
+        posted.userInfo = ReadBelowVariants(reader, type, ReadUserInfo);
 }
 
 std::size_t SizeInMemory(const WireValue& value) {

@@ -5,63 +5,46 @@
 
 namespace kqu::platform {
 
-Handles::Handle Handles::Add(Kind kind, std::string bytes, std::unique_ptr<Command> stream) {
+Handles::Handle Handles::Add(Entry entry) {
     do
         last_ = last_ == std::numeric_limits<Handle>::max() ? 1 : last_ + 1;
     while (entries_.contains(last_));
-    entries_.emplace(last_, Entry{kind, std::move(bytes), std::move(stream)});
+    entries_.emplace(last_, std::move(entry));
     return last_;
 }
 
-const Handles::Entry* Handles::Find(Handle handle, Kind kind) const {
+template <class Kind>
+const Kind* Handles::Find(Handle handle) const {
     const auto found = entries_.find(handle);
-    return found == entries_.end() || found->second.kind != kind ? nullptr : &found->second;
+    return found == entries_.end() ? nullptr : std::get_if<Kind>(&found->second);
 }
 
 Handles::Handle Handles::AddText(std::string text) {
-    return Add(Kind::OwnedText, std::move(text));
-}
-
-Handles::Handle Handles::UnownedText(std::string_view text) {
-    for (const auto& [handle, entry] : entries_)
-        if (entry.kind == Kind::LastingText && entry.bytes == text)
-            return handle;
-    return Add(Kind::LastingText, std::string(text));
-}
-
-Handles::Handle Handles::AddBlob(std::string bytes) {
-    return Add(Kind::Blob, std::move(bytes));
+    return Add(std::move(text));
 }
 
 Handles::Handle Handles::AddStream(std::unique_ptr<Command> stream) {
-    return stream ? Add(Kind::Stream, {}, std::move(stream)) : 0;
+    return stream ? Add(std::move(stream)) : 0;
 }
 
 const std::string* Handles::Text(Handle handle) const {
-    const Entry* owned = Find(handle, Kind::OwnedText);
-    const Entry* text = owned != nullptr ? owned : Find(handle, Kind::LastingText);
-    return text == nullptr ? nullptr : &text->bytes;
-}
-
-const std::string* Handles::Blob(Handle handle) const {
-    const Entry* blob = Find(handle, Kind::Blob);
-    return blob == nullptr ? nullptr : &blob->bytes;
+    return Find<std::string>(handle);
 }
 
 Command* Handles::Stream(Handle handle) const {
-    const Entry* entry = Find(handle, Kind::Stream);
-    return entry == nullptr ? nullptr : entry->stream.get();
+    const auto* stream = Find<std::unique_ptr<Command>>(handle);
+    return stream == nullptr ? nullptr : stream->get();
 }
 
 void Handles::Release(Handle handle) {
-    if (Find(handle, Kind::OwnedText) != nullptr || Find(handle, Kind::Blob) != nullptr)
+    if (Text(handle) != nullptr)
         entries_.erase(handle);
 }
 
 std::unique_ptr<Command> Handles::TakeStream(Handle handle) {
-    if (Find(handle, Kind::Stream) == nullptr)
+    if (Stream(handle) == nullptr)
         return nullptr;
-    return std::move(entries_.extract(handle).mapped().stream);
+    return std::get<std::unique_ptr<Command>>(std::move(entries_.extract(handle).mapped()));
 }
 
 } // namespace kqu::platform

@@ -2,8 +2,7 @@
 
 #include "platform/functions/Handles.h"
 #include "platform/interfaces/FunctionTable.h"
-#include "platform/interfaces/ScreenUpdates.h"
-#include "platform/power_supply/PowerSupplies.h"
+#include "platform/interfaces/NativeWindow.h"
 
 #include <filesystem>
 
@@ -24,8 +23,7 @@ void RegisterShellFunctions(FunctionTable& table, Handles& handles);
 /// belongs to root, the active user of seat0 stands for its owner, as logind names that user.
 ///
 /// `seteuid` and `setuid` have the meaning that they have on BSD systems. In particular, after
-/// `seteuid(u)` a process that came from root gives everything up with `setuid(u)`: see
-/// platform/functions/Identity.h.
+/// `seteuid(u)` a process that came from root gives everything up with `setuid(u)`.
 ///
 /// `Gestalt` knows the system's version, "sysv", and nothing else.
 void RegisterIdentityFunctions(FunctionTable& table);
@@ -52,11 +50,10 @@ void RegisterCoreFoundationFunctions(FunctionTable& table, Handles& handles);
 void RegisterVolumeFunctions(FunctionTable& table, Handles& handles,
                              const std::filesystem::path& root = "/");
 
-/// `IOPSCopyPowerSourcesInfo`, which takes down the state of the power supplies and has to be
-/// released, and `IOPSGetProvidingPowerSourceType`, which names the source by such a blob: an
-/// unowned text, or 0 for something that is no blob.
-void RegisterPowerSupplyFunctions(FunctionTable& table, Handles& handles,
-                                  PowerSupplies supplies = PowerSupplies());
+/// `IOPSCopyPowerSourcesInfo`, which takes down the state of the power supplies, and
+/// `IOPSGetProvidingPowerSourceType`, which names the source by such a blob, or gives 0 for
+/// something that is no blob. What both return goes when it is released.
+void RegisterPowerSupplyFunctions(FunctionTable& table, Handles& handles);
 
 /// The functions on one window, which are alpha, attributes, collapsed state and tile, size and
 /// drag, and those that hold back and release the updates of the screen. The first go to the native

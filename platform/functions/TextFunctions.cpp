@@ -1,6 +1,5 @@
 #include "platform/functions/Functions.h"
 #include "platform/functions/LinuxFunctions.h"
-#include "platform/interfaces/DeviceScale.h"
 #include "platform/text/RecentCache.h"
 #include "platform/text/Truncation.h"
 
@@ -33,8 +32,7 @@ class ThemeText {
         // The middle of a text that is far too long goes in any case.
         const std::size_t enough = TextLayout::Enough(text, width).size();
         if (text.size() > 2 * enough)
-            return Shortened(std::string(StartOf(text, enough)).append(EndOf(text, enough)), width,
-                             code);
+            return Shortened(WithoutMiddle(text, enough), width, code);
         const auto now = std::chrono::steady_clock::now();
         std::string key = std::to_string(width) + '@' + std::to_string(DeviceScale()) +
                           (code == truncateMiddle ? 'm' : 'e') + text;

@@ -2,13 +2,13 @@
 #include "platform/functions/Functions.h"
 #include "platform/functions/LinuxFunctions.h"
 #include "platform/text/PlainText.h"
-#include "platform/volumes/FileReferences.h"
 #include "platform/volumes/Volumes.h"
 
 #include <glib.h>
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -42,6 +42,49 @@ std::optional<std::string> EntryName(const char16_t* name, std::uint32_t length)
         return std::nullopt;
     return plain;
 }
+
+/// References to files in blocks of 80 bytes that have no meaning to their users.
+///
+/// A block holds a mark and a running number; the path stays here, with those of the latest
+/// references. Blocks are made to be used soon: one whose path has been forgotten, and one that was
+/// never written, name no file.
+class FileReferences {
+  public:
+    /// Writes a whole block that refers to the path.
+    void Write(std::string path, std::byte* block) {
+        if (paths_.size() == remembered) {
+            paths_.pop_front();
+            ++first_;
+        }
+        const Content content{referenceMark, first_ + paths_.size()};
+        paths_.push_back(std::move(path));
+        std::memset(block, 0, blockSize);
+        std::memcpy(block, &content, sizeof content);
+    }
+
+    [[nodiscard]] std::optional<std::string> PathOf(const std::byte* block) const {
+        Content content;
+        std::memcpy(&content, block, sizeof content);
+        if (content.mark != referenceMark || content.number < first_ ||
+            content.number - first_ >= paths_.size())
+            return std::nullopt;
+        return paths_[content.number - first_];
+    }
+
+  private:
+    struct Content {
+        std::uint64_t mark = 0;
+        std::uint64_t number = 0;
+    };
+    /// Tells a reference from any other block, a zero-filled one in particular.
+    static constexpr std::uint64_t referenceMark = 0x4B51'5546'5352'6566;
+    static constexpr std::size_t blockSize = 80;
+    static constexpr std::size_t remembered = 256;
+
+    std::deque<std::string> paths_;
+    /// The number of the oldest path that is remembered.
+    std::uint64_t first_ = 0;
+};
 
 class VolumeCalls {
   public:

@@ -22,7 +22,7 @@ class EventSource {
     virtual ~EventSource() = default;
 
     /// The descriptor to poll and its events; a descriptor of -1 when there is nothing to poll.
-    [[nodiscard]] virtual pollfd Watch() const = 0;
+    [[nodiscard]] virtual pollfd Watch() const { return {-1, 0, 0}; }
 
     /// The moment at which Collect must run even if the descriptor stays silent.
     [[nodiscard]] virtual std::optional<Moment> Due() const { return std::nullopt; }

@@ -8,6 +8,14 @@
 
 namespace kqu::platform {
 
+/// Device pixels to one logical pixel, in both directions: 1, 2 or 3. The window system sets it
+/// from the desktop's settings. Whoever draws, measures text, or talks to the server converts by
+/// it; everybody else counts in logical pixels.
+[[nodiscard]] inline int& DeviceScale() {
+    static int scale = 1;
+    return scale;
+}
+
 /// Logical pixels, unless something else is said. On the desktop the origin is the top left of the
 /// main screen; in a window, of its content.
 struct Point {
@@ -115,6 +123,22 @@ struct NativeWindowSettings {
     bool closeButton = false;
     bool minimizeButton = false;
     bool maximizeButton = false;
+};
+
+/// Holds the screen back while a change is under way. Holds nest: the outermost release lets the
+/// windows show what they have by then.
+class ScreenUpdates {
+  public:
+    void Disable() { ++depth_; }
+    /// A release without a hold is ignored.
+    void Enable() {
+        if (depth_ > 0)
+            --depth_;
+    }
+    [[nodiscard]] bool AreHeld() const { return depth_ > 0; }
+
+  private:
+    int depth_ = 0;
 };
 
 /// The window system of the user's session.

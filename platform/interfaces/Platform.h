@@ -5,7 +5,6 @@
 #include "platform/interfaces/FunctionTable.h"
 #include "platform/interfaces/NativeWindow.h"
 #include "platform/interfaces/PowerMessages.h"
-#include "platform/interfaces/ScreenUpdates.h"
 #include "platform/interfaces/Waiting.h"
 
 #include <vector>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <utility>
 
 namespace kqu::platform {
@@ -10,27 +11,20 @@ namespace kqu::platform {
 class [[nodiscard]] Registration {
   public:
     Registration() = default;
-    explicit Registration(std::function<void()> undo) : undo_(std::move(undo)) {}
-    Registration(Registration&& other) noexcept : undo_(std::exchange(other.undo_, nullptr)) {}
-    Registration& operator=(Registration&& other) noexcept {
-        if (this != &other) {
-            Drop();
-            undo_ = std::exchange(other.undo_, nullptr);
-        }
-        return *this;
-    }
-    Registration(const Registration&) = delete;
-    Registration& operator=(const Registration&) = delete;
-    ~Registration() { Drop(); }
+    explicit Registration(std::function<void()> undo)
+        : undo_(new std::function<void()>(std::move(undo))) {}
 
-    void Drop() {
-        if (auto undo = std::exchange(undo_, nullptr))
-            undo();
-    }
-    [[nodiscard]] bool IsActive() const { return static_cast<bool>(undo_); }
+    void Drop() { undo_.reset(); }
+    [[nodiscard]] bool IsActive() const { return undo_ != nullptr; }
 
   private:
-    std::function<void()> undo_;
+    struct Run {
+        void operator()(std::function<void()>* undo) const {
+            const std::unique_ptr<std::function<void()>> owned(undo);
+            (*undo)();
+        }
+    };
+    std::unique_ptr<std::function<void()>, Run> undo_;
 };
 
 } // namespace kqu::platform

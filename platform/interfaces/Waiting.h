@@ -11,6 +11,11 @@ namespace kqu::platform {
 using Moment = std::chrono::time_point<std::chrono::steady_clock, std::chrono::nanoseconds>;
 using std::chrono::nanoseconds;
 
+/// The present moment of the machine's monotonic clock.
+[[nodiscard]] inline Moment MonotonicNow() {
+    return std::chrono::steady_clock::now();
+}
+
 /// The clock of the event loop and its only way to sleep.
 class Waiting {
   public:

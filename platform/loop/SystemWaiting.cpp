@@ -15,7 +15,7 @@ timespec Between(Moment now, Moment until) {
 } // namespace
 
 Moment SystemWaiting::Now() {
-    return std::chrono::steady_clock::now();
+    return MonotonicNow();
 }
 
 void SystemWaiting::Wait(std::span<pollfd> watched, std::optional<Moment> until) {

@@ -10,6 +10,11 @@ namespace kqu::platform {
 /// starts them.
 class InhibitingServices : protected BusConnection::Client {
   public:
+    InhibitingServices(BusConnection::FindAddress findAddress, std::chrono::milliseconds retryAfter,
+                       const InhibitorService& first, const InhibitorService& second)
+        : connection_(findAddress, retryAfter, *this),
+          inhibitors_{Inhibitor(connection_, first), Inhibitor(connection_, second)} {}
+
     [[nodiscard]] BusConnection& Connection() { return connection_; }
 
     /// From now on the machine is to be kept awake for this reason.
@@ -23,11 +28,6 @@ class InhibitingServices : protected BusConnection::Client {
     }
 
   protected:
-    InhibitingServices(BusConnection::FindAddress findAddress, std::chrono::milliseconds retryAfter,
-                       const InhibitorService& first, const InhibitorService& second)
-        : connection_(findAddress, retryAfter, *this),
-          inhibitors_{Inhibitor(connection_, first), Inhibitor(connection_, second)} {}
-
     void Began() override {
         for (Inhibitor& inhibitor : inhibitors_)
             inhibitor.Began();
@@ -44,5 +44,11 @@ class InhibitingServices : protected BusConnection::Client {
     BusConnection connection_;
     std::array<Inhibitor, 2> inhibitors_;
 };
+
+/// The services of a desktop's session that put the machine to sleep, on the session bus: the
+/// session manager of GNOME, MATE, Cinnamon and Budgie, and the power manager of KDE, Xfce and
+/// LXQt. They act as the user who sits there, whom a login manager before systemd 257 lets pass the
+/// locks of his own programs; they go by lists of their own.
+[[nodiscard]] InhibitingServices SessionServices(std::chrono::milliseconds retryAfter);
 
 } // namespace kqu::platform

@@ -70,7 +70,7 @@ void Inhibitor::SetOwner(std::string_view owner) {
 }
 
 void Inhibitor::AskIfDue() {
-    const Moment now = std::chrono::steady_clock::now();
+    const Moment now = MonotonicNow();
     if (!isWanted_ || grantedFor_ == why_ || owner_.empty() || request_ != 0 || now < notBefore_)
         return;
     const BusMessage call = connection_.CallOf(
@@ -91,7 +91,7 @@ void Inhibitor::TakeAnswer(sd_bus_message& answer) {
     if (!isWanted_)
         return;
     if (!grant) {
-        notBefore_ = std::chrono::steady_clock::now() + nextPause_;
+        notBefore_ = MonotonicNow() + nextPause_;
         nextPause_ = std::min(2 * nextPause_, longestPause);
         return;
     }

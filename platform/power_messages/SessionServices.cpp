@@ -1,6 +1,5 @@
-#include "platform/power_messages/SessionServices.h"
-
 #include "platform/dbus/BusAddress.h"
+#include "platform/power_messages/InhibitingServices.h"
 
 namespace kqu::platform {
 
@@ -41,10 +40,11 @@ int WriteForPowerManager(sd_bus_message& call, const char* why) {
 }
 } // namespace
 
-SessionServices::SessionServices(std::chrono::milliseconds retryAfter)
-    : InhibitingServices(
-          SessionBusAddress, retryAfter,
-          {sessionManager, WriteForSessionManager, ReadCookie(sessionManager, "Uninhibit")},
-          {powerManager, WriteForPowerManager, ReadCookie(powerManager, "UnInhibit")}) {}
+InhibitingServices SessionServices(std::chrono::milliseconds retryAfter) {
+    return {SessionBusAddress,
+            retryAfter,
+            {sessionManager, WriteForSessionManager, ReadCookie(sessionManager, "Uninhibit")},
+            {powerManager, WriteForPowerManager, ReadCookie(powerManager, "UnInhibit")}};
+}
 
 } // namespace kqu::platform

@@ -10,15 +10,11 @@ namespace kqu::platform {
 namespace {
 /// Texts of tools may be of any length and hold any bytes; a D-Bus string may not.
 constexpr std::size_t longestReason = 200;
-
-Moment Now() {
-    return std::chrono::steady_clock::now();
-}
 } // namespace
 
 SystemPowerMessages::SystemPowerMessages(std::chrono::milliseconds retryAfter)
     : loginManager_(retryAfter, [this](std::uint32_t message) { Deliver(message); }),
-      sessionServices_(retryAfter) {}
+      sessionServices_(SessionServices(retryAfter)) {}
 
 Registration SystemPowerMessages::Listen(Listener listener, Reason reason) {
     const auto audience =
@@ -49,7 +45,7 @@ std::optional<Moment> SystemPowerMessages::Due() const {
 }
 
 bool SystemPowerMessages::Collect(EventQueue& queue) {
-    if (const auto due = Due(); due && Now() >= *due) {
+    if (const auto due = Due(); due && MonotonicNow() >= *due) {
         isQuestionPosted_ = true;
         queue.Post([this] { Ask(); });
     }
@@ -58,7 +54,7 @@ bool SystemPowerMessages::Collect(EventQueue& queue) {
 
 void SystemPowerMessages::Ask() {
     isQuestionPosted_ = false;
-    asked_ = Now();
+    asked_ = MonotonicNow();
     hasChanged_ = false;
     const auto audience = audience_;
     if (!audience)

@@ -3,7 +3,6 @@
 #include "platform/interfaces/EventSource.h"
 #include "platform/interfaces/PowerMessages.h"
 #include "platform/power_messages/LoginManager.h"
-#include "platform/power_messages/SessionServices.h"
 
 #include <chrono>
 #include <memory>
@@ -21,7 +20,6 @@ namespace kqu::platform {
 /// when somebody begins to listen.
 class SystemPowerMessages final : public PowerMessages, private EventSource {
   public:
-    static constexpr std::chrono::milliseconds retryPeriod{3000};
     /// Between two questions while something runs, since the power source changes unnoticed. Below
     /// a second, so that with the way to the services nothing outlives its reason by more.
     static constexpr std::chrono::milliseconds questionPeriod{750};
@@ -29,7 +27,7 @@ class SystemPowerMessages final : public PowerMessages, private EventSource {
     /// Between two questions at least: changes come in floods.
     static constexpr std::chrono::milliseconds leastGap{200};
 
-    explicit SystemPowerMessages(std::chrono::milliseconds retryAfter = retryPeriod);
+    explicit SystemPowerMessages(std::chrono::milliseconds retryAfter = std::chrono::seconds(3));
 
     [[nodiscard]] Registration Listen(Listener listener, Reason reason) override;
     void AnswerMayHaveChanged() override { hasChanged_ = true; }
@@ -43,7 +41,6 @@ class SystemPowerMessages final : public PowerMessages, private EventSource {
         Reason reason;
     };
 
-    [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
     [[nodiscard]] std::optional<Moment> Due() const override;
     bool Collect(EventQueue& queue) override;
 
@@ -52,7 +49,7 @@ class SystemPowerMessages final : public PowerMessages, private EventSource {
     void Forgo();
 
     LoginManager loginManager_;
-    SessionServices sessionServices_;
+    InhibitingServices sessionServices_;
     std::shared_ptr<Audience> audience_;
 
     Moment asked_;

@@ -57,10 +57,10 @@ Voice Ask(const fs::path& supply) {
 }
 } // namespace
 
-std::string_view PowerSupplies::ProvidingSource() const {
+std::string_view ProvidingPowerSource(const fs::path& root) {
     bool hasUps = false;
     bool hasBattery = false;
-    for (const fs::path& supply : EntriesOf(root_ / "sys/class/power_supply")) {
+    for (const fs::path& supply : EntriesOf(root / "sys/class/power_supply")) {
         const Voice voice = Ask(supply);
         if (voice == Voice::IsOnMains)
             return mains;

@@ -9,6 +9,7 @@ namespace kqu::platform {
 
 namespace {
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
+constexpr std::string_view blank = " ";
 constexpr gunichar lineSeparator = 0x2028;
 constexpr gunichar paragraphSeparator = 0x2029;
 /// No character of UTF-8 is longer.
@@ -24,23 +25,23 @@ bool IsContinuation(char byte) {
 
 struct Character {
     std::size_t bytes;
-    bool isValid;
-    bool isBlank;
+    std::string_view shown;
 };
 
 Character CharacterAt(std::string_view rest) {
     if (IsPrintableAscii(rest.front()))
-        return {1, true, false};
+        return {1, rest.substr(0, 1)};
     const auto length = static_cast<gssize>(std::min(rest.size(), longestCharacter));
     const gunichar code = g_utf8_get_char_validated(rest.data(), length);
     if (rest.front() == '\0')
-        return {1, true, true};
+        return {1, blank};
     if (code == static_cast<gunichar>(-1) || code == static_cast<gunichar>(-2))
-        return {1, false, false};
+        return {1, replacement};
+    const auto bytes =
+        static_cast<std::size_t>(g_utf8_skip[static_cast<unsigned char>(rest.front())]);
     const bool isBlank =
         g_unichar_iscntrl(code) || code == lineSeparator || code == paragraphSeparator;
-    return {static_cast<std::size_t>(g_utf8_skip[static_cast<unsigned char>(rest.front())]), true,
-            isBlank};
+    return {bytes, isBlank ? blank : rest.substr(0, bytes)};
 }
 } // namespace
 
@@ -51,12 +52,7 @@ PlainText::PlainText(std::string_view source) {
     while (at < source.size()) {
         const Character character = CharacterAt(source.substr(at));
         places.push_back({at, utf8.size()});
-        if (!character.isValid)
-            utf8.append(replacement);
-        else if (character.isBlank)
-            utf8.push_back(' ');
-        else
-            utf8.append(source.substr(at, character.bytes));
+        utf8.append(character.shown);
         at += character.bytes;
     }
     places.push_back({source.size(), utf8.size()});
@@ -79,6 +75,12 @@ std::string_view EndOf(std::string_view text, std::size_t bytes) {
     while (cut < last && IsContinuation(text[cut]))
         ++cut;
     return text.substr(cut == last ? text.size() - bytes : cut);
+}
+
+std::string WithoutMiddle(std::string text, std::size_t bytes) {
+    if (text.size() <= 2 * bytes)
+        return text;
+    return std::string(StartOf(text, bytes)).append(EndOf(text, bytes));
 }
 
 std::u16string ToUtf16(std::string_view text) {

@@ -33,6 +33,10 @@ struct PlainText {
 /// The end of a text, cut between two characters so that it is at most `bytes` long.
 [[nodiscard]] std::string_view EndOf(std::string_view text, std::size_t bytes);
 
+/// The text's start and end, each cut between two characters to at most `bytes`; the whole text if
+/// it is no longer than both.
+[[nodiscard]] std::string WithoutMiddle(std::string text, std::size_t bytes);
+
 /// The text in UTF-16; a byte that is no UTF-8 becomes the replacement character.
 [[nodiscard]] std::u16string ToUtf16(std::string_view text);
 

@@ -58,9 +58,6 @@ class RecentCache {
         bytes_ += bytes;
     }
 
-    [[nodiscard]] std::size_t Count() const { return entries_.size(); }
-    [[nodiscard]] std::size_t Bytes() const { return bytes_; }
-
   private:
     struct Entry {
         std::string key;

@@ -1,7 +1,7 @@
 #include "platform/text/TextLayout.h"
 
 #include "platform/QuietErrors.h"
-#include "platform/interfaces/DeviceScale.h"
+#include "platform/interfaces/NativeWindow.h"
 #include "platform/text/LineDrawing.h"
 #include "platform/text/ShapedLine.h"
 

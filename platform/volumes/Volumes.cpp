@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <libmount.h>
 #include <limits>
+#include <sys/statvfs.h>
 #include <sys/sysmacros.h>
 #include <system_error>
 
@@ -45,14 +46,6 @@ std::string PlainLabel(const std::string& name) {
     return plain;
 }
 } // namespace
-
-std::uint32_t FilesInUse(const struct statvfs& status) {
-    // File systems without a fixed number of inodes report none at all.
-    if (status.f_ffree >= status.f_files)
-        return 0;
-    constexpr fsfilcnt_t most = std::numeric_limits<std::uint32_t>::max();
-    return static_cast<std::uint32_t>(std::min(status.f_files - status.f_ffree, most));
-}
 
 std::vector<Volume> Volumes::Mounted() {
     std::vector<Volume> mounted;
@@ -126,7 +119,11 @@ std::optional<std::uint32_t> Volumes::FileCount(const Volume& volume) const {
     struct statvfs status {};
     if (statvfs(NativePath(volume.mountPoint).c_str(), &status) != 0)
         return std::nullopt;
-    return FilesInUse(status);
+    // File systems without a fixed number of inodes report none at all.
+    if (status.f_ffree >= status.f_files)
+        return 0;
+    constexpr fsfilcnt_t most = std::numeric_limits<std::uint32_t>::max();
+    return static_cast<std::uint32_t>(std::min(status.f_files - status.f_ffree, most));
 }
 
 } // namespace kqu::platform

@@ -7,7 +7,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <sys/statvfs.h>
 #include <vector>
 
 namespace kqu::platform {
@@ -38,7 +37,8 @@ class Volumes {
     /// The label of the volume's file system, else the last component of the mount point, else "/".
     [[nodiscard]] std::string NameOf(const Volume& volume) const;
 
-    /// Number of files on the volume; nothing if its file system can't be asked. Asks that one.
+    /// Number of files on the volume, which is that of the inodes in use; saturated where it needs
+    /// more than 32 bits. Nothing if its file system can't be asked. Asks that one.
     [[nodiscard]] std::optional<std::uint32_t> FileCount(const Volume& volume) const;
 
     [[nodiscard]] std::filesystem::path NativePath(const std::string& path) const {
@@ -57,9 +57,5 @@ class Volumes {
     std::map<std::string, std::int32_t> numbers_;
     std::int32_t lastNumber_ = bootVolume;
 };
-
-/// The inodes in use, which is what counts as files here. A number that needs more than 32 bits
-/// saturates.
-[[nodiscard]] std::uint32_t FilesInUse(const struct statvfs& status);
 
 } // namespace kqu::platform

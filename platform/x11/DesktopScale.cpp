@@ -1,6 +1,6 @@
 #include "platform/x11/DesktopScale.h"
 
-#include "platform/interfaces/DeviceScale.h"
+#include "platform/interfaces/NativeWindow.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,6 +1,5 @@
 #include "platform/x11/Monitors.h"
 
-#include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/PointArithmetic.h"
 
 #include <utility>

@@ -1,6 +1,5 @@
 #include "platform/x11/X11Window.h"
 
-#include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/PointerState.h"
 #include "platform/x11/X11WindowSystem.h"
 

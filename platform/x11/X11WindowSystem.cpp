@@ -1,7 +1,6 @@
 #include "platform/x11/X11WindowSystem.h"
 
 #include "platform/CDeleter.h"
-#include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/DesktopScale.h"
 #include "platform/x11/Monitors.h"
 #include "platform/x11/PointerState.h"

@@ -1,5 +1,5 @@
 #include "bridges/VolumeBridges.h"
-#include "framework/files/VolumeList.h"
+#include "framework/files/KnownFolders.h"
 #include "platform/functions/Functions.h"
 #include "tests/support/SimulatedMachine.h"
 

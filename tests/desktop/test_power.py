@@ -6,7 +6,6 @@ import signal
 import subprocess
 
 from support import DesktopTest, needs_root
-from support.buses import Logind
 from support.power import LoginManager
 from support.waiting import PROMPTLY, wait_for_value
 
@@ -20,24 +19,22 @@ def locks(why):
     return [(what, WHO, why, "block") for what in ("shutdown", "sleep")]
 
 
-class Power(DesktopTest):
-    options = {"window_manager": None}
-
-    def start_row(self):
-        job = self.desktop.start_job()
-        self.desktop.post("KQS_disk.1", "scanner", PID=job.pid, VolName="Data")
-        return job
-
-
 @needs_root  # for a login manager in name spaces of its own
-class WithTheLoginManager(Power):
+class WithTheLoginManager(DesktopTest):
     """The program runs as a user who is not root."""
+
+    options = {"window_manager": None}
 
     def setUp(self):
         super().setUp()
         self.logind = LoginManager(self.desktop)
         self.desktop.start_messenger("setpriv", f"--reuid={OWN}", f"--regid={OWN}", "--clear-groups")
         self.desktop.wait_listening()
+
+    def start_row(self):
+        job = self.desktop.start_job()
+        self.desktop.post("KQS_disk.1", "scanner", PID=job.pid, VolName="Data")
+        return job
 
     def wait_locks(self, why=None):
         wait_for_value("the locks", self.logind.inhibitors, locks(why) if why else [],
@@ -80,19 +77,6 @@ class WithTheLoginManager(Power):
             self.logind.start()
             self.wait_locks("Scanning Data")
         self.assertEqual(self.desktop.system_bus.names_of(self.desktop.messenger.pid), names)
-
-
-class WithTheSession(Power):
-    def test_the_locks_come_back_with_a_bus_that_went_away(self):
-        self.desktop.start_messenger()
-        self.desktop.wait_listening()
-        self.start_row()
-        self.panel.wait_visible()
-        self.desktop.system_bus.stop()
-        self.desktop.system_bus.start()
-        # One that is started later is found.
-        logind = Logind(self.desktop.system_bus, self.desktop.processes, self.desktop.env)
-        wait_for_value("the locks", lambda: sorted(logind.inhibitors()), locks("Scanning Data"))
 
 
 class PowerSource(DesktopTest):

@@ -80,16 +80,6 @@ TEST_F(NotificationIntakeTest, ALookupFileThatCannotBeOpenedEndsTheProgram) {
     EXPECT_TRUE(machine.HasEnded());
 }
 
-TEST_F(NotificationIntakeTest, ALookupFileIsReadUpToSixteenMebibytes) {
-    std::string text = std::string((16U << 20U) - 7, ' ') + "\rsda:Me";
-    for (const std::string volume : {"Me", "sda"}) {
-        machine.WriteFile("/Application Support/Brackwater Utilties Support/BSDLookup", text);
-        Post("KQS_disk" + volume, "KQDefrag", {{"BSD", "sda"}});
-        EXPECT_EQ(machine.Row("KQS_disk" + volume)->Value("volume").StringValue(), volume);
-        text.insert(0, " ");
-    }
-}
-
 TEST_F(NotificationIntakeTest, TheDefragmentersFileIsStoredBeforeItsProgressIsRead) {
     Post("KQS_disk", "KQDefrag");
     const Ref<Dictionary> row = machine.Row("KQS_disk");

@@ -1,7 +1,6 @@
 #include "framework/ui/drawing/Plane.h"
 #include "framework/values/Exceptions.h"
 #include "platform/functions/Functions.h"
-#include "platform/interfaces/DeviceScale.h"
 #include "tests/support/Artwork.h"
 #include "tests/support/SimulatedMachine.h"
 

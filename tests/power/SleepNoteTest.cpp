@@ -15,7 +15,7 @@ class SleepNoteTest : public testing::Test {
         machine.Start();
         machine.functions.Set<functions::IOPSCopyPowerSourcesInfo>([this] {
             machine.powerSource = answers.at(std::min(asked++, answers.size() - 1));
-            return machine.powerSource == "no blob" ? 0 : machine.handles.AddBlob("");
+            return machine.powerSource == "no blob" ? 0 : machine.handles.AddText("");
         });
         machine.functions.Set<functions::CFRelease>([this](std::int32_t) { ++released; });
     }

@@ -1,4 +1,4 @@
-#include "framework/files/SpecialFolder.h"
+#include "framework/files/KnownFolders.h"
 #include "platform/functions/Functions.h"
 #include "tests/support/SimulatedMachine.h"
 

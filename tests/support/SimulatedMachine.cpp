@@ -148,9 +148,9 @@ void SimulatedMachine::FillIdentityFunctions() {
 
 void SimulatedMachine::FillPowerFunctions() {
     functions.Set<kqu::functions::IOPSCopyPowerSourcesInfo>(
-        [this] { return handles.AddBlob("sources"); });
+        [this] { return handles.AddText("sources"); });
     functions.Set<kqu::functions::IOPSGetProvidingPowerSourceType>(
-        [this](std::int32_t) { return powerSource ? handles.UnownedText(*powerSource) : 0; });
+        [this](std::int32_t) { return powerSource ? handles.AddText(*powerSource) : 0; });
 }
 
 } // namespace kqu::simulation

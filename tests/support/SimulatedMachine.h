@@ -33,7 +33,6 @@ class SimulatedCentre final : public platform::DistributedNotifications,
                               public platform::EventSource {
   public:
     [[nodiscard]] platform::Registration Listen(Listener listener) override;
-    [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
     bool Collect(platform::EventQueue& queue) override;
 
     void Post(PostedNotification posted);

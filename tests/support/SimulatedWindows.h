@@ -70,7 +70,6 @@ class SimulatedWindows final : public platform::WindowSystem, public platform::E
     [[nodiscard]] bool PrimaryButtonDown() override { return buttonDown; }
     void OnDisplayLost(std::function<void()> /*handler*/) override {}
 
-    [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
     bool Collect(platform::EventQueue& queue) override;
 
     // The user's hand; positions are on the desktop. Events arrive with the next round.

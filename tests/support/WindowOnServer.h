@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/CDeleter.h"
-#include "platform/interfaces/DeviceScale.h"
 #include "platform/x11/PointArithmetic.h"
 #include "platform/x11/X11Window.h"
 #include "platform/x11/X11WindowSystem.h"

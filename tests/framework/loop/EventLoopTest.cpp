@@ -54,31 +54,13 @@ class EventLoopTest : public testing::Test {
     std::vector<std::string> order;
 };
 
-TEST_F(EventLoopTest, TimersFireInTheOrderOfTheirDueTimesAndNeverEarly) {
-    const auto note = [&](const std::string& name) {
-        return [&, name] { order.push_back(name + std::to_string(Seconds())); };
-    };
-    LoopTimer slow(loop, note("slow "));
-    LoopTimer quick(loop, note("quick "));
-    LoopTimer anew(loop, note("anew "));
-    slow.Start(3000ms, LoopTimer::Repeat::Once);
-    quick.Start(2000ms, LoopTimer::Repeat::Always);
-    anew.Start(2500ms, LoopTimer::Repeat::Once);
-    // Started again, a timer counts from there.
-    waiting.At(1s, [&] { anew.Start(2500ms, LoopTimer::Repeat::Once); });
-    RunFor(4500ms);
-    EXPECT_EQ(order, (std::vector<std::string>{"quick 2.000000", "slow 3.000000", "anew 3.500000",
-                                               "quick 4.000000"}));
-    EXPECT_FALSE(slow.IsRunning());
-}
-
 TEST_F(EventLoopTest, RepeatingTimerKeepsItsPhaseAndCollapsesMissedPeriods) {
     std::vector<double> fired;
     LoopTimer timer(loop, [&] {
         fired.push_back(Seconds());
         waiting.Pass(fired.size() == 2 ? 10s : 1500ms);
     });
-    timer.Start(3000ms, LoopTimer::Repeat::Always);
+    timer.Start(3000ms, TimerMode::Repeating);
     RunFor(22s);
     // The second pass lasts from 6 to 16: what was missed comes once, at once, and then 18 again.
     EXPECT_EQ(fired, (std::vector<double>{3.0, 6.0, 16.0, 18.0, 21.0}));
@@ -89,7 +71,7 @@ TEST_F(EventLoopTest, OnePumpLooksOnceAtEverySourceHoweverMuchItHas) {
     const auto watching = loop.Watch(chatty);
     int timerFired = 0;
     LoopTimer timer(loop, [&] { ++timerFired; });
-    timer.Start(1ms, LoopTimer::Repeat::Always);
+    timer.Start(1ms, TimerMode::Repeating);
     waiting.Pass(1s);
     loop.DoEvents();
     EXPECT_EQ(chatty.delivered, 7);
@@ -125,31 +107,9 @@ TEST_F(EventLoopTest, NestingIsBoundedAndNothingIsLost) {
     EXPECT_EQ(deepest, EventLoop::maximumDepth);
 }
 
-TEST_F(EventLoopTest, AnInterruptionComesBeforeTheNextDeliveryAtEveryDepth) {
-    int delivered = 0;
-    struct Urgent final : platform::EventSource {
-        explicit Urgent(std::function<void()> function) : interrupt(std::move(function)) {}
-        [[nodiscard]] pollfd Watch() const override { return {-1, 0, 0}; }
-        bool Collect(platform::EventQueue& /*queue*/) override { return false; }
-        void Interrupt() override { interrupt(); }
-        std::function<void()> interrupt;
-    } urgent([&] {
-        if (delivered == 100)
-            loop.Quit();
-    });
-    const auto watching = loop.Watch(urgent);
-    for (int i = 0; i < 1000; ++i)
-        loop.Post([&] {
-            ++delivered;
-            loop.DoEvents();
-        });
-    RunFor(1s);
-    EXPECT_EQ(delivered, 100);
-}
-
 TEST_F(EventLoopTest, NothingIsDispatchedAfterQuitAtAnyDepth) {
     LoopTimer timer(loop, [&] { order.emplace_back("timer"); });
-    timer.Start(1ms, LoopTimer::Repeat::Always);
+    timer.Start(1ms, TimerMode::Repeating);
     loop.Post([&] {
         loop.DoEvents();
         waiting.Pass(1s);
@@ -180,7 +140,7 @@ TEST_F(EventLoopTest, ExceptionsReachTheirHandlerFromEveryDepthAndUnwindNobodyEl
     });
     loop.Post([] { throw "inner"; });
     LoopTimer timer(loop, [] { throw "timer"; });
-    timer.Start(1ms, LoopTimer::Repeat::Once);
+    timer.Start(1ms, TimerMode::Once);
     RunFor(1s);
     EXPECT_EQ(order, (std::vector<std::string>{"inner", "outer goes on", "outer", "timer"}));
 }

@@ -131,13 +131,6 @@ class DeafBus {
     int socket_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
 };
 
-TEST_F(DBusNotificationsTest, ABusThatNeverAnswersHoldsNobody) {
-    system.Run();
-    const DeafBus deaf(session);
-    Listen();
-    AwaitListening(Poster(system));
-}
-
 TEST_F(DBusNotificationsTest, TheNameWaitsForASystemBusThatHangsButNotForLong) {
     session.Run();
     const DeafBus deaf(system);

@@ -61,7 +61,7 @@ TEST(PowerSuppliesTest, WhatProvidesPower) {
     for (const auto& [supplies, source] : cases) {
         const MadeUpTree tree;
         Plug(tree, supplies);
-        EXPECT_EQ(PowerSupplies(tree.Root()).ProvidingSource(), source) << supplies;
+        EXPECT_EQ(ProvidingPowerSource(tree.Root()), source) << supplies;
     }
 }
 

@@ -1,7 +1,6 @@
 #include "platform/text/Truncation.h"
 
 #include <algorithm>
-#include <cmath>
 #include <gtest/gtest.h>
 #include <random>
 #include <sstream>
@@ -37,16 +36,6 @@ TEST(TextLayout, AnyBytesAreOneLineOfBlanksAndReplacementCharacters) {
     }
 }
 
-TEST(TextLayout, WidthsAreWholePixelsAndAddUp) {
-    for (const char* text : {"Destination: ", "45.60 %", "日本語", "שלום", "x"}) {
-        const double width = Layout().Width(text, size);
-        EXPECT_GT(width, 0.0) << text;
-        EXPECT_EQ(width, std::round(width)) << text;
-    }
-    EXPECT_EQ(Layout().Width("0123456789", size), 10 * Layout().Width("5", size));
-    EXPECT_LT(Layout().Width("0123456789", size), Layout().Width("0123456789", 13));
-}
-
 TEST(TextLayout, InkStandsOnTheBaselineAtTheLeftAndStaysWithinReach) {
     const auto capital = Layout().Image("HEH", size, 0);
     EXPECT_EQ(capital->top + capital->height, 0);
@@ -57,13 +46,6 @@ TEST(TextLayout, InkStandsOnTheBaselineAtTheLeftAndStaysWithinReach) {
     const auto hebrew = Layout().Image("שלום עולם", size, 0);
     EXPECT_GE(hebrew->left, -1);
     EXPECT_NEAR(hebrew->left + hebrew->width, Layout().Width("שלום עולם", size), 2);
-}
-
-TEST(TextLayout, OfALongTextEnoughIsLookedAt) {
-    const std::string text(1000000, 'x');
-    const std::string_view enough = TextLayout::Enough(text, 340);
-    EXPECT_GT(Layout().WidthOnce(std::string(enough), size), 340);
-    EXPECT_LT(enough.size(), 2000U);
 }
 
 constexpr int shortenedSize = 13;
@@ -134,7 +116,7 @@ TEST(Truncation, KeepsTheSameFromBothEndsAndNothingWhereNotEvenTheEllipsisFits) 
     for (const int limit : {-2147483647, 0, 5, 12, 13, 14})
         EXPECT_EQ(Shorten(text, limit).empty(), limit < WidthOf(ellipsis)) << limit;
     // Of a long text no more than its ends is looked at.
-    const std::string wide(50000000, 'W');
+    const std::string wide(5000000, 'W');
     EXPECT_EQ(Shorten(wide, 310), Shorten(wide.substr(0, 1000), 310));
 }
 

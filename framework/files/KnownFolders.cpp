@@ -1,9 +1,12 @@
-#include "framework/files/SpecialFolder.h"
+#include "framework/files/KnownFolders.h"
+
+#include "framework/FunctionLookup.h"
 
 #include <pwd.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -21,14 +24,15 @@ std::string FromEnvironment(const char* name) {
 }
 
 std::string HomeOfAccount() {
-    constexpr std::size_t recordSize = 16384;
-    std::vector<char> buffer(recordSize);
-    struct passwd account = {};
-    struct passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &account, buffer.data(), buffer.size(), &found) != 0 ||
-        found == nullptr)
+    const passwd* account = getpwuid(getuid());
+    return account != nullptr ? account->pw_dir : "";
+}
+
+/// The list as the platform has it now; it may change from one call to the next.
+std::vector<platform::MountedVolume> Mounted() {
+    if (!IsFunctionAvailable<functions::MountedVolumes>())
         return {};
-    return account.pw_dir;
+    return Lookup<functions::MountedVolumes>()();
 }
 } // namespace
 
@@ -52,6 +56,17 @@ Ref<FolderItem> BundleFolder() {
         return nullptr;
     return std::make_shared<FolderItem>(program.parent_path().parent_path() / "share" /
                                         "kqu-messenger");
+}
+
+int VolumeCount() {
+    return static_cast<int>(Mounted().size());
+}
+
+Ref<FolderItem> Volume(int index) {
+    const auto mounted = Mounted();
+    if (index < 0 || index >= std::ssize(mounted))
+        return nullptr;
+    return std::make_shared<FolderItem>(mounted[static_cast<std::size_t>(index)]);
 }
 
 } // namespace kqu

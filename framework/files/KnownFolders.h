@@ -14,4 +14,10 @@ namespace kqu {
 /// was started from. Nil if that is unknown.
 [[nodiscard]] Ref<FolderItem> BundleFolder();
 
+/// Number of volumes that are mounted now.
+[[nodiscard]] int VolumeCount();
+
+/// The root of a volume, by its place in the list, counted from 0; nil if there is none by now.
+[[nodiscard]] Ref<FolderItem> Volume(int index);
+
 } // namespace kqu

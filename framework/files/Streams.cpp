@@ -1,4 +1,4 @@
-#include "framework/files/FileDescriptor.h"
+#include "framework/files/Streams.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <memory>
 #include <utility>
 
 namespace kqu {
@@ -15,52 +16,42 @@ constexpr mode_t newFileMode = 0644;
 constexpr std::size_t readPiece = 64 * 1024;
 } // namespace
 
-FileDescriptor::FileDescriptor(const std::filesystem::path& path, Access access) {
+Ref<FileStream> FileStream::Open(const std::filesystem::path& path, Access access) {
     int flags = O_RDONLY;
     if (access == Access::CreateNew) {
         ::unlink(path.c_str());
         flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
     }
     // A pipe without a writer must not hold the program.
-    descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, newFileMode);
+    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, newFileMode);
+    if (descriptor < 0)
+        return nullptr;
+    auto stream = std::make_shared<FileStream>(descriptor);
     struct stat status = {};
-    if (descriptor_ >= 0 && (::fstat(descriptor_, &status) != 0 || S_ISDIR(status.st_mode)))
-        Close();
+    const bool isFile = ::fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode);
+    return isFile ? stream : nullptr;
 }
 
-FileDescriptor::~FileDescriptor() {
+FileStream::~FileStream() {
     Close();
 }
 
-std::size_t FileDescriptor::Length() const {
-    struct stat status = {};
-    if (::fstat(descriptor_, &status) != 0 || status.st_size < 0)
-        return 0;
-    return static_cast<std::size_t>(status.st_size);
-}
-
-std::string FileDescriptor::Read(std::size_t count) {
-    // In pieces: a length that a file only claims costs no memory.
+std::string FileStream::ReadAll(std::size_t limit) {
     std::string bytes;
-    while (bytes.size() < count) {
+    while (bytes.size() <= limit) {
         const std::size_t done = bytes.size();
-        bytes.resize(done + std::min(readPiece, count - done));
+        bytes.resize(done + std::min(readPiece, limit + 1 - done));
         const ssize_t got = ::read(descriptor_, bytes.data() + done, bytes.size() - done);
         bytes.resize(done + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
-            break;
+            return bytes;
     }
-    return bytes;
+    return {};
 }
 
-std::string FileDescriptor::ReadAll(std::size_t limit) {
-    std::string bytes = Read(limit + 1);
-    return bytes.size() > limit ? std::string() : bytes;
-}
-
-void FileDescriptor::Write(std::string_view bytes) {
+void FileStream::Write(std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR)
@@ -72,7 +63,7 @@ void FileDescriptor::Write(std::string_view bytes) {
     }
 }
 
-void FileDescriptor::Close() {
+void FileStream::Close() {
     if (const int descriptor = std::exchange(descriptor_, -1); descriptor >= 0)
         ::close(descriptor);
 }
