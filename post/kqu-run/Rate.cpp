@@ -31,7 +31,9 @@ std::string Bytes(double bytes) {
     double value = bytes / step;
     for (; value >= step && unit + 1 < units.size(); ++unit)
         value /= step;
-    return std::to_string(std::llround(value)) + units.at(unit);
+    // Two amounts of one job, such as 2.6 and 3.4 GB, must not look alike.
+    return (value < 10 ? std::to_string(value).substr(0, 3) : std::to_string(std::llround(value))) +
+           units.at(unit);
 }
 
 std::string Joint(const std::string& text, const std::string& more) {

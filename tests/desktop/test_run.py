@@ -182,7 +182,7 @@ class RunTest(RunCase):
                 shares = [float(share) for share in posts.values("Progress") if share]
                 self.assertGreaterEqual(len(shares), 2, posts.heard)
                 self.assertEqual((shares, shares[-1]), (sorted(shares), 1000), posts.heard)
-                self.assertIn(f" of {whole / 1e9:.0f} GB" if whole >= 1e9 else " of 600 MB",
+                self.assertIn(f" of {whole / 1e9:.1f} GB" if whole >= 1e9 else " of 600 MB",
                               last[2].get("Item", last[2].get("status")))
 
     def test_a_command_that_runs_already_is_shown(self):

@@ -48,7 +48,7 @@ TEST(Rate, SaysSpeedAndTimeLeftOnceTheyAreSteadyAndThatNothingMoves) {
     for (int second = 0; second < 8; ++second)
         EXPECT_EQ(after(std::chrono::seconds(second), second * 40e6), "");
     EXPECT_EQ(after(8s, 320e6), "40 MB/s, 8 min left");
-    EXPECT_EQ(after(9s, 19.99e9), "2 GB/s, under 1 min left");
+    EXPECT_EQ(after(9s, 19.99e9), "2.2 GB/s, under 1 min left");
     EXPECT_EQ(after(130s, 19.99e9), "no progress for 2 min");
     progress.phase = 1;
     EXPECT_EQ(after(131s, 0), "") << "another phase has another speed";

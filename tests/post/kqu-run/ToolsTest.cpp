@@ -65,10 +65,10 @@ void ExpectRead(const std::vector<Case>& cases) {
 /// What the tools print, as it was recorded.
 const std::vector<Case> recorded{
     {"rsync -a src/ dst/", "\r      8,700,000  14%  217.52MB/s    0:00:00 (xfr#29, to-chk=2/34)",
-     0.14, "32 of 34 files, 9 MB"},
+     0.14, "32 of 34 files, 8.7 MB"},
     {"rsync -a --info=progress2 src/ dst/",
      "\r      8.700.000  14%  217,52MB/s    0:00:00 (xfr#29, ir-chk=2/34)", 0.14,
-     "32 of 34 files so far, 9 MB"},
+     "32 of 34 files so far, 8.7 MB"},
     {"rsync -av --progress src/ dst/",
      "d1/f10\n\r         32,768  10%    2.23MB/s    0:00:00  "
      "\r        300,000 100%   19.07MB/s    0:00:00 (xfr#2, to-chk=17/34)\n",
@@ -102,7 +102,7 @@ const std::vector<Case> recorded{
      "src/\u00E4"},
     {"badblocks -w -t 0 -t 1 -p 2 /dev/none 1000", "50% done", 0.0625, ""},
     {"badblocks -b 0 -s /dev/none 5 9", "50% done", 0.5, ""},
-    {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "1 kB of 1 kB"},
+    {"dd count=1000 iflag=count_bytes status=progress", "500 Bytes (", 0.5, "0.5 kB of 1.0 kB"},
     {"borg check -p --repository-only rep", "Checking segments 12.5%\r", 0.125,
      "Checking segments"},
     {"borg check -p rep", "Checking segments 99%\rAnalyzing archive a (3/4)\n", 0.75,
@@ -111,7 +111,7 @@ const std::vector<Case> recorded{
      "[0:00] 100.00%  1 / 1 index files loaded\n[0:01] 11.00%  11 / 100 snapshots\n", 0.11,
      "restic check, 11 of 100 snapshots"},
     {"rsync -a src/ dst/", "\r      8,700,000   4%  217.52MB/s    0:00:00 (xfr#2, to-chk=17/34)",
-     0.5, "17 of 34 files, 9 MB"},
+     0.5, "17 of 34 files, 8.7 MB"},
     {"e4defrag /a /b",
      "ext4 defragmentation for directory(/a)\n[1/1]/a/f:\t100%\next4 defragmentation for "
      "directory(/b)\n[1/2]/b/f:\t100%\n",
