@@ -5,7 +5,7 @@ import os
 
 from support import DesktopTest, mounts
 from support.panel import ROW
-from support.waiting import wait_for_value, wait_until
+from support.waiting import content, wait_for_value, wait_until
 
 PREFERENCES = "/Library/Application Support/Brackwater Utilities Support/BrackwaterPrefs.plist"
 FILE = "com.brackwater.KQU_Messenger.plist"
@@ -38,14 +38,12 @@ class PlaceFile(DesktopTest):
         self.start('mount -t tmpfs -o size=4k,mode=777 none "$1"; head -c 4096 /dev/zero >"$1/full"')
         self.drag()
         path = os.path.join(self.seen, FILE)
-        wait_until("the file without its content",
-                   lambda: os.path.exists(path) and os.path.getsize(path) == 0)
+        wait_for_value("the file's content", lambda: content(path), "")
         self.desktop.post("KQS_disk.2", "scanner", PID=os.getpid())
         self.panel.wait_height(2 * ROW)
         os.unlink(os.path.join(self.seen, "full"))
         self.drag()
-        wait_until("the whole file", lambda: os.path.exists(path) and b"</plist>" in
-                   open(path, "rb").read())
+        wait_until("the whole file", lambda: "</plist>" in (content(path) or ""))
         self.assertEqual(self.desktop.messenger_output(), "")
 
 

@@ -14,7 +14,7 @@ from support import ROOT, Desktop, DesktopTest
 from screenshot import Screenshot  # found by way of support
 from support.desktop import WINDOW_MANAGERS
 from support.panel import ROW
-from support.waiting import hold, wait_until
+from support.waiting import content, hold, wait_until
 
 DRIVEN = os.environ.get("KQU_MANAGERS", "none openbox@2 icewm").split()
 ROUNDS = 5
@@ -132,8 +132,8 @@ class Drive:
     def restart(self):
         before = self.at()
         path = pathlib.Path(self.desktop.folder, "config", FILE)
-        wait_until("the place to be saved", lambda: path.exists() and
-                   f"<integer>{self.panel.geometry().x / self.scale:g}<" in path.read_text(), 30)
+        wait_until("the place to be saved", lambda:
+                   f"<integer>{self.panel.geometry().x / self.scale:g}<" in (content(path) or ""))
         saved = path.read_bytes()
         for _ in range(ROUNDS):
             self.desktop.messenger.send_signal(signal.SIGTERM)

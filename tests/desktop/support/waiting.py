@@ -1,5 +1,6 @@
 """Waiting for events: every wait has a deadline and says what it waited for and what it saw."""
 
+import pathlib
 import time
 
 DEADLINE = 60.0
@@ -23,6 +24,14 @@ def wait_until(what, probe, timeout=DEADLINE, is_wanted=bool):
 def wait_for_value(what, probe, wanted, timeout=DEADLINE):
     """Asks `probe` until its answer equals `wanted`."""
     wait_until(f"{what} to be {wanted!r}", probe, timeout, lambda seen: seen == wanted)
+
+
+def content(path):
+    """What a file holds, None while there is none: the program replaces its file at each save."""
+    try:
+        return pathlib.Path(path).read_text("utf-8")
+    except FileNotFoundError:
+        return None
 
 
 def hold(what, probe, seconds):
