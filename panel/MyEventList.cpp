@@ -12,7 +12,7 @@ constexpr Colour separatorColour = RGB(0, 0, 0);
 constexpr Colour separatorMask = RGB(200, 200, 200);
 } // namespace
 
-MyEventList::MyEventList(Window& ownerWindow, const ControlSettings& settings)
+MyEventList::MyEventList(Window& ownerWindow, const CanvasSettings& settings)
     : Canvas(ownerWindow, settings) {
     Open = [this] { Event_Open(); };
 }

@@ -13,7 +13,7 @@ namespace kqu {
 /// parts of the progress bars.
 class MyEventList : public Canvas {
   public:
-    MyEventList(Window& ownerWindow, const ControlSettings& settings);
+    MyEventList(Window& ownerWindow, const CanvasSettings& settings);
 
     /// The task table: the whole name of a notification -> the row of its task, a Dictionary.
     Ref<Dictionary> MyDict;

@@ -6,8 +6,8 @@
 namespace kqu {
 
 namespace {
-ControlSettings ListSettings() {
-    ControlSettings list;
+CanvasSettings ListSettings() {
+    CanvasSettings list;
     list.Name = "MyWindowEventList";
     list.Left = -1;
     list.Top = -1;
@@ -35,8 +35,8 @@ ScrollBarSettings BarSettings() {
     return bar;
 }
 
-ControlSettings GripSettings() {
-    ControlSettings grip;
+CanvasSettings GripSettings() {
+    CanvasSettings grip;
     grip.Name = "Canvas1";
     grip.Left = 284;
     grip.Top = 170;
@@ -102,21 +102,22 @@ void Window1::_CreateControls0() {
     Canvas1->MouseUp = [this](int x, int y) { Canvas1_MouseUp(x, y); };
     Canvas1->MouseDrag = [this](int x, int y) { Canvas1_MouseDrag(x, y); };
 
-    DiskNotification = std::make_unique<NotificationCenter>();
+    DiskNotification = std::make_unique<NotificationCenter>(*this);
     DiskNotification->Received = [this](const Ref<CFString>& name, const Ref<CFObject>& object,
                                         const Ref<CFDictionary>& userInfo) {
         DiskNotification_Received(name, object, userInfo);
     };
 
-    MyTimer1 = std::make_unique<MyTimer>(TimerMode::Repeating, repaintPeriod,
+    MyTimer1 = std::make_unique<MyTimer>(*this, TimerMode::Repeating, repaintPeriod,
                                          [this] { MyTimer1_Action(); });
-    MyTimer3 =
-        std::make_unique<MyTimer>(TimerMode::Off, reaperPeriod, [this] { MyTimer3_Action(); });
-    Timer1 =
-        std::make_unique<Timer>(TimerMode::Once, startGuardPeriod, [this] { Timer1_Action(); });
-    Timer2 =
-        std::make_unique<Timer>(TimerMode::Repeating, geometryPeriod, [this] { Timer2_Action(); });
-    Timer3 = std::make_unique<Timer>(TimerMode::Off, gracePeriod, [this] { Timer3_Action(); });
+    MyTimer3 = std::make_unique<MyTimer>(*this, TimerMode::Off, reaperPeriod,
+                                         [this] { MyTimer3_Action(); });
+    Timer1 = std::make_unique<Timer>(*this, TimerMode::Once, startGuardPeriod,
+                                     [this] { Timer1_Action(); });
+    Timer2 = std::make_unique<Timer>(*this, TimerMode::Repeating, geometryPeriod,
+                                     [this] { Timer2_Action(); });
+    Timer3 =
+        std::make_unique<Timer>(*this, TimerMode::Off, gracePeriod, [this] { Timer3_Action(); });
 }
 
 } // namespace kqu

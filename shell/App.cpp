@@ -40,7 +40,7 @@ void App::Event_Open() {
     }
 }
 
-bool App::Event_UnhandledException() {
+bool App::Event_UnhandledException(const RuntimeException&) {
     Quit(0);
     return true;
 }

@@ -46,7 +46,7 @@ class App : public Application {
 
   protected:
     void Event_Open() override;
-    bool Event_UnhandledException() override;
+    bool Event_UnhandledException(const RuntimeException& error) override;
 
   private:
     void OpenSteps();

@@ -9,13 +9,23 @@ namespace kqu {
 
 namespace {
 Application* current = nullptr;
+
+RuntimeException AsRuntimeException(const std::exception_ptr& error) {
+    try {
+        std::rethrow_exception(error);
+    } catch (const RuntimeException& known) {
+        return known;
+    } catch (...) {
+        return RuntimeException("an exception that isn't the framework's");
+    }
+}
 } // namespace
 
 Application::Application() {
     assert(current == nullptr);
     current = this;
     Runtime::Current().Loop().SetExceptionHandler(
-        [this](const std::exception_ptr&) { Unhandled(); });
+        [this](const std::exception_ptr& error) { Unhandled(error); });
     Runtime::Current().Machine().windows.OnDisplayLost([this] { Close(); });
 }
 
@@ -36,7 +46,7 @@ int Application::Run() {
         Runtime::Current().Loop().Run();
     } catch (...) {
         // Not out of a handler but out of the loop itself: there is no going on.
-        Unhandled();
+        Unhandled(std::current_exception());
     }
     return exitStatus_;
 }
@@ -54,8 +64,8 @@ void Application::Close() {
         Quit(0);
 }
 
-void Application::Unhandled() {
-    if (!Event_UnhandledException())
+void Application::Unhandled(const std::exception_ptr& error) {
+    if (!Event_UnhandledException(AsRuntimeException(error)))
         Quit(0);
 }
 

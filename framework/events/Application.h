@@ -1,6 +1,9 @@
 #pragma once
 
 #include "framework/Runtime.h"
+#include "framework/values/Exceptions.h"
+
+#include <exception>
 
 namespace kqu {
 
@@ -40,10 +43,10 @@ class Application {
     virtual void Event_Open() {}
     /// Called for every exception that no handler caught. Returns whether it is dealt with;
     /// otherwise the program ends.
-    virtual bool Event_UnhandledException() { return false; }
+    virtual bool Event_UnhandledException(const RuntimeException&) { return false; }
 
   private:
-    void Unhandled();
+    void Unhandled(const std::exception_ptr& error);
 
     int exitStatus_ = 0;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "framework/corefoundation/CFValues.h"
+#include "framework/ui/Control.h"
 #include "framework/values/Object.h"
 #include "platform/interfaces/DistributedNotifications.h"
 #include "platform/interfaces/Registration.h"
@@ -13,10 +14,12 @@ namespace kqu {
 
 /// A listener on the machine's distributed notification centre. Receives nothing until the first
 /// `Add`.
-class NotificationCenter {
+class NotificationCenter : public InvisibleControl {
   public:
     /// Do not hold notifications back while the application is in the background.
     static constexpr std::int32_t deliverImmediately = 4;
+
+    explicit NotificationCenter(Window& owner) : InvisibleControl{owner} {}
 
     /// Registers for notifications; an empty name stands for every name. The stream is narrowed by
     /// the centre's own interface alone: however many registrations there are, each notification

@@ -6,14 +6,18 @@
 
 namespace kqu {
 
-Timer::Timer(TimerMode mode, std::int32_t periodInMilliseconds, std::function<void()> action)
-    : timer_(Runtime::Current().Loop(), std::move(action)), period_(periodInMilliseconds) {
+Timer::Timer(Window& owner, TimerMode mode, std::int32_t periodInMilliseconds,
+             std::function<void()> action)
+    : InvisibleControl{owner},
+      timer_(Runtime::Current().Loop(), std::move(action)),
+      period_(periodInMilliseconds) {
     SetMode(mode);
 }
 
-EventLoopTimer::EventLoopTimer(TimerMode mode, std::int32_t periodInMilliseconds,
+EventLoopTimer::EventLoopTimer(Window& owner, TimerMode mode, std::int32_t periodInMilliseconds,
                                std::function<void()> action)
-    : Mode(mode),
+    : InvisibleControl{owner},
+      Mode(mode),
       Period(periodInMilliseconds),
       timer_(Runtime::Current().Loop(), std::move(action)) {}
 

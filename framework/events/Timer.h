@@ -1,6 +1,7 @@
 #pragma once
 
 #include "framework/loop/LoopTimer.h"
+#include "framework/ui/Control.h"
 
 #include <chrono>
 #include <cstdint>
@@ -10,9 +11,10 @@ namespace kqu {
 
 /// The framework's timer, a control of a window without a face. It runs from its creation, as far
 /// as its mode allows; setting the mode to Once or Repeating starts the period anew.
-class Timer {
+class Timer : public InvisibleControl {
   public:
-    Timer(TimerMode mode, std::int32_t periodInMilliseconds, std::function<void()> action);
+    Timer(Window& owner, TimerMode mode, std::int32_t periodInMilliseconds,
+          std::function<void()> action);
 
     void SetMode(TimerMode mode) { timer_.Start(period_, mode); }
 
@@ -23,9 +25,10 @@ class Timer {
 
 /// The event loop's own timer: has a mode and a period from the start, yet does nothing until
 /// `Create`.
-class EventLoopTimer {
+class EventLoopTimer : public InvisibleControl {
   public:
-    EventLoopTimer(TimerMode mode, std::int32_t periodInMilliseconds, std::function<void()> action);
+    EventLoopTimer(Window& owner, TimerMode mode, std::int32_t periodInMilliseconds,
+                   std::function<void()> action);
     virtual ~EventLoopTimer() = default;
 
     /// Starts the timer with the mode and period that it has now.

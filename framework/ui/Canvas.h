@@ -6,11 +6,19 @@
 
 namespace kqu {
 
+/// What only a canvas is given at its creation.
+struct CanvasSettings : ControlSettings {
+    bool UseFocusRing = true, AcceptTabs = false, EraseBackground = true;
+};
+
 /// A control whose face and behaviour are its owner's: every event is a function that the owner
 /// binds.
 class Canvas : public Control {
   public:
-    using Control::Control;
+    Canvas(Window& ownerWindow, const CanvasSettings& settings)
+        : Control(ownerWindow, settings), Settings(settings) {}
+
+    const CanvasSettings Settings;
 
     /// Draws on the canvas at once, outside its `Paint` event; what was drawn is shown with the
     /// window's next change.

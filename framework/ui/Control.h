@@ -2,6 +2,7 @@
 
 #include "platform/interfaces/NativeWindow.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -16,14 +17,22 @@ enum class Erasing { KeepBackground, EraseBackground };
 
 /// What a control is given at its creation. No control follows an edge of its window by itself.
 struct ControlSettings {
+    /// The index of a control that is no member of an array of controls.
+    static constexpr std::uint32_t noIndex = 0x80000000U;
+
     std::string Name;
-    int Left = 0;
-    int Top = 0;
-    int Width = 0;
-    int Height = 0;
-    int TabIndex = 0;
-    bool Visible = true;
-    bool AcceptFocus = false;
+    int Left = 0, Top = 0, Width = 0, Height = 0;
+    int TabIndex = 0, TabPanelIndex = 0;
+    std::uint32_t Index = noIndex;
+    std::string HelpTag;
+    bool LockLeft = false, LockTop = false, LockRight = false, LockBottom = false;
+    bool Visible = true, Enabled = true, AutoDeactivate = true, AcceptFocus = false;
+};
+
+/// What a control without a face has of a control.
+struct InvisibleControl {
+    Window& ownerWindow;
+    std::uint32_t Index = ControlSettings::noIndex;
 };
 
 /// A rectangular part of a window that draws itself and takes the mouse. Coordinates are those of

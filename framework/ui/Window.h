@@ -25,12 +25,9 @@ enum class WindowFrame { Document = 0, GlobalFloating = 7 };
 /// A window's fixed settings, applied when it is built.
 struct WindowLayout {
     int Placement = 0;
-    int Width = 300;
-    int Height = 300;
-    int MinWidth = 64;
-    int MinHeight = 64;
-    int MaxWidth = 32000;
-    int MaxHeight = 32000;
+    int Width = 300, Height = 300;
+    int MinWidth = 64, MinHeight = 64;
+    int MaxWidth = 32000, MaxHeight = 32000;
     WindowFrame Frame = WindowFrame::Document;
     bool Composite = false;
     bool HasBackColor = false;
@@ -42,8 +39,7 @@ struct WindowLayout {
     bool CloseButton = true;
     bool Resizeable = true;
     bool LiveResize = true;
-    bool MaximizeButton = false;
-    bool MinimizeButton = true;
+    bool MaximizeButton = false, MinimizeButton = true;
     int MacProcID = 0;
 };
 
