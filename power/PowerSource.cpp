@@ -18,7 +18,6 @@ bool IsOtherThanAC(functions::StringHandle source) {
     // The success flag is not looked at: after a failure the buffer is empty.
     Lookup<functions::CFStringGetCString>()(source, buffer->CharData(), nameBufferSize,
                                             utf8Encoding);
-    // Nobody here owns that string; it is released all the same, which does no harm.
     Lookup<functions::CFRelease>()(source);
     return !Contains(buffer->CString(0), "AC");
 }

@@ -40,6 +40,7 @@ struct WindowLayout {
     bool Resizeable = true;
     bool LiveResize = true;
     bool MaximizeButton = false, MinimizeButton = true;
+    std::string BalloonHelp;
     int MacProcID = 0;
 };
 
