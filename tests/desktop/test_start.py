@@ -171,3 +171,9 @@ class StartByRoot(StartTest):
         self.desktop.end_job(job)
         self.panel.wait_height(ROW)  # so it can list processes under its unit's limits
         self.assertEqual(self.started(), running)
+        bus = ("systemctl", "--user", "kill", "dbus.service", "--signal")
+        manager.ask(*bus, "STOP").check_returncode()
+        first = self.post(1, "--system", prefix=prefix)  # one that says nothing is waited for once
+        self.assertLess(first, PATIENCE - 1)
+        self.assertLess(self.post(1, "--system", prefix=prefix), first)
+        manager.ask(*bus, "CONT").check_returncode()

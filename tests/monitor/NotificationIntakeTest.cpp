@@ -71,6 +71,16 @@ TEST_F(NotificationIntakeTest, BeforeTheOpeningIsDoneNothingIsTakenIn) {
     EXPECT_EQ(Rows(), 1);
 }
 
+TEST_F(NotificationIntakeTest, ALookupFileIsReadUpToSixteenMebibytes) {
+    std::string text = std::string((16U << 20U) - 7, ' ') + "\rsda:Me";
+    for (const std::string volume : {"Me", "sda"}) {
+        machine.WriteFile("/Application Support/Brackwater Utilties Support/BSDLookup", text);
+        Post("KQS_disk" + volume, "KQDefrag", {{"BSD", "sda"}});
+        EXPECT_EQ(machine.Row("KQS_disk" + volume)->Value("volume").StringValue(), volume);
+        text.insert(0, " ");
+    }
+}
+
 TEST_F(NotificationIntakeTest, ALookupFileThatCannotBeOpenedEndsTheProgram) {
     std::filesystem::create_directories(
         machine.root / "Application Support/Brackwater Utilties Support/BSDLookup");

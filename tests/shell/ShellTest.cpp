@@ -53,6 +53,15 @@ TEST_F(ShellTest, AProcessIsListedByItsWholeNumber) {
     }
 }
 
+TEST_F(ShellTest, ANotebookDrawsFromItsBattery) {
+    for (const auto& [printed, isNotebook] : {std::pair{"Now drawing from 'BATTERY power'\n", true},
+                                              {"Battery\nPower", false},
+                                              {"AC Power", false}}) {
+        Prints("pmset -g", printed);
+        EXPECT_EQ(Module1.CheckNoteBook(), isNotebook) << printed;
+    }
+}
+
 TEST_F(ShellTest, TheSuiteIsOfTheFamilyThatItsLocationNames) {
     const std::string file = "BrackwaterPrefs.plist", key = "<key>ParentLocation</key>";
     const std::string cat = R"(/bin/cat /Library/Application\ Support/Brackwater\ Utilities\ )"

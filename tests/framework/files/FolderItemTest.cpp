@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -61,6 +62,15 @@ TEST_F(FolderItemTest, FilesAreReadAndReplacedAndFoldersNeverOpen) {
     EXPECT_FALSE(file->Exists());
     EXPECT_EQ(Item("/")->OpenAsTextFile(), nullptr);
     EXPECT_EQ(Item("/absent/x")->CreateTextFile(), nullptr);
+}
+
+TEST_F(FolderItemTest, FilesWithoutAnEndOrAWriterOrMeasureHoldNobody) {
+    ASSERT_EQ(mkfifo((tree.Root() / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(Item("/pipe")->OpenAsTextFile()->ReadAll(), "");
+    for (const std::size_t beyond : {0U, 1U}) {
+        tree.Write("file", std::string((1U << 20U) + beyond, 'x'));
+        EXPECT_EQ(Item("/file")->OpenAsTextFile()->ReadAll().empty(), beyond == 1);
+    }
 }
 
 TEST_F(FolderItemTest, ALinkIsReplacedByANewFileAndNeverFollowed) {

@@ -125,6 +125,27 @@ TEST_F(EventLoopTest, NothingIsDispatchedAfterQuitAtAnyDepth) {
     EXPECT_EQ(order, (std::vector<std::string>{"quits, and goes on to its end", "outer unwinds"}));
 }
 
+TEST_F(EventLoopTest, AnInterruptionComesBeforeTheNextDeliveryAtEveryDepth) {
+    int delivered = 0;
+    struct Urgent final : platform::EventSource {
+        explicit Urgent(std::function<void()> function) : interrupt(std::move(function)) {}
+        bool Collect(platform::EventQueue& /*queue*/) override { return false; }
+        void Interrupt() override { interrupt(); }
+        std::function<void()> interrupt;
+    } urgent([&] {
+        if (delivered == 100)
+            loop.Quit();
+    });
+    const auto watching = loop.Watch(urgent);
+    for (int i = 0; i < 1000; ++i)
+        loop.Post([&] {
+            ++delivered;
+            loop.DoEvents();
+        });
+    RunFor(1s);
+    EXPECT_EQ(delivered, 100);
+}
+
 TEST_F(EventLoopTest, ExceptionsReachTheirHandlerFromEveryDepthAndUnwindNobodyElse) {
     loop.SetExceptionHandler([&](const std::exception_ptr& error) {
         try {

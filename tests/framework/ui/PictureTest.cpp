@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <random>
 #include <utility>
 #include <vector>
@@ -15,7 +14,6 @@ namespace {
 
 using simulation::Grey;
 
-constexpr int most = std::numeric_limits<int>::max();
 constexpr Colour white = RGB(255, 255, 255);
 constexpr Colour black = RGB(0, 0, 0);
 
@@ -121,26 +119,6 @@ TEST(Picture, RecordedDrawingShowsTheSamePixelsAsDirectDrawing) {
                     << "seed " << seed << " at " << x << ", " << y;
         EXPECT_EQ(At(targets[1], 7, 290), At(targets[0], 7, 290));
     }
-}
-
-TEST(Picture, MayBeFarLargerThanMemory) {
-    const Ref<Picture> list = NewPicture(most, most, 32);
-    const auto colour = [](int row) { return RGB(row % 256, row / 256, 0); };
-    for (int row = 0; row < 1000; ++row) {
-        list->Graphics().SetForeColor(colour(row));
-        list->Graphics().FillRect(0, row * 73, most, (row + 1) * 73 + 1);
-        list->Graphics().DrawString("row", 10, row * 73 + 18);
-    }
-    const Ref<Picture> shown = NewPicture(340, 146, 32);
-    shown->Graphics().DrawPicture(*list, 0, -998 * 73);
-    EXPECT_EQ(At(shown, 0, 72), colour(998));
-    EXPECT_EQ(At(shown, 0, 145), colour(999));
-    EXPECT_EQ(At(list, most - 1, 999 * 73 + 1000), colour(999));
-    EXPECT_EQ(At(list, 5, most - 1), white);
-    const Ref<Picture> masked = NewPicture(most, 3, 32);
-    MaskOf(masked)->Graphics().FillRect(0, 0, most, 3);
-    shown->Graphics().DrawPicture(*masked, 0, 0);
-    EXPECT_EQ(At(shown, 339, 2), white);
 }
 
 TEST(Picture, SignsWithColoursOfTheirOwnKeepThem) {

@@ -118,6 +118,10 @@ TEST(Truncation, KeepsTheSameFromBothEndsAndNothingWhereNotEvenTheEllipsisFits) 
     // Of a long text no more than its ends is looked at.
     const std::string wide(5000000, 'W');
     EXPECT_EQ(Shorten(wide, 310), Shorten(wide.substr(0, 1000), 310));
+    std::string marks = "a";
+    for (int mark = 0; mark < 200000; ++mark)
+        marks += "\u0301";
+    EXPECT_LT(Shorten(marks, 310).size(), 2000U);
 }
 
 } // namespace
