@@ -211,8 +211,7 @@ bool X11Window::TakeDue(Moment now) {
 void X11Window::HandleDue() {
     const Moment now = std::chrono::steady_clock::now();
     duePosted_ = false;
-    if (mapping_ == Mapping::Withdrawing && now >= managerDueAt_)
-        FinishWithdrawing();
+    FinishWithdrawing();
     if (mapping_ != Mapping::Up)
         return;
     // The manager has lost the request, or taken an older withdrawal for a younger one. The next

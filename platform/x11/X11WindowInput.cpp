@@ -40,7 +40,7 @@ void X11Window::Handle(const X11Event& event) {
         // A manager that ends lets go of the window; what it wrote on it stays.
         if (parent_ == display_.Root() && mapping_ == Mapping::Up)
             isManaged_ = false;
-        return;
+        return FinishWithdrawing();
     case XCB_PROPERTY_NOTIFY:
         return OnProperty(event.As<xcb_property_notify_event_t>().atom);
     case XCB_CLIENT_MESSAGE:

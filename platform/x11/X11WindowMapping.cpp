@@ -54,7 +54,10 @@ void X11Window::Withdraw(Moment now) {
 }
 
 void X11Window::FinishWithdrawing() {
-    if (mapping_ != Mapping::Withdrawing)
+    // A manager that reparents a window while that is mapped maps it again, and would not know it.
+    const bool isLetGo = !isManaged_ && parent_ == display_.Root();
+    if (mapping_ != Mapping::Withdrawing ||
+        (!isLetGo && std::chrono::steady_clock::now() < managerDueAt_))
         return;
     // The next Commit maps it anew if it is wanted by then.
     mapping_ = Mapping::Withdrawn;
@@ -79,8 +82,7 @@ void X11Window::OnMapped() {
 void X11Window::OnUnmapped() {
     isMapped_ = false;
     managerDueAt_ = std::chrono::steady_clock::now() + managerLimit;
-    if (!isManaged_)
-        FinishWithdrawing();
+    FinishWithdrawing();
     // The pointer's grab ends with the window: nobody will tell of the release.
     if (isPressed_)
         EndPress(pointerTold_);
@@ -108,8 +110,7 @@ void X11Window::OnState(std::uint32_t state) {
     if (isManaged_ && mapping_ == Mapping::Up && std::exchange(stayIconic_, isIconic_) != isIconic_)
         ChangeState(isIconic_ ? NetStateChange::Remove : NetStateChange::Add,
                     "_NET_WM_STATE_SKIP_TASKBAR");
-    if (!isManaged_)
-        FinishWithdrawing();
+    FinishWithdrawing();
 }
 
 void X11Window::OnNetState(const Words& states) {
