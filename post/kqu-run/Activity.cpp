@@ -46,8 +46,10 @@ const std::vector<Activity::Operand>& Activity::OperandsOf(pid_t process) {
     if (!isNew)
         return found->second;
     const std::filesystem::path folder = WorkingFolderOf(process);
-    for (const std::string& argument : ArgumentsOf(process)) {
-        const std::string path = folder / argument;
+    const std::vector<std::string> arguments = ArgumentsOf(process);
+    // The first one is the program itself.
+    for (std::size_t number = 1; number < arguments.size(); ++number) {
+        const std::string path = folder / arguments[number];
         struct stat status {};
         if (stat(path.c_str(), &status) == 0)
             found->second.push_back({{status.st_dev, status.st_ino},

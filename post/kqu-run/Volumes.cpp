@@ -98,9 +98,8 @@ Volume Described(dev_t number, const std::string& path) {
 
 std::optional<Volume> VolumeOfFile(const std::string& path) {
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0)
-        return std::nullopt;
-    if (major(status.st_dev) == 0) // a file system that is on no single disk
+    // The major number 0 is that of a file system that is on no single disk.
+    if (stat(path.c_str(), &status) != 0 || major(status.st_dev) == 0)
         return std::nullopt;
     return Described(status.st_dev, "/dev/block/" + std::to_string(major(status.st_dev)) + ":" +
                                         std::to_string(minor(status.st_dev)));
@@ -108,9 +107,7 @@ std::optional<Volume> VolumeOfFile(const std::string& path) {
 
 std::optional<Volume> VolumeOfDisk(const std::string& path) {
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0)
-        return std::nullopt;
-    if (S_ISBLK(status.st_mode))
+    if (stat(path.c_str(), &status) == 0 && S_ISBLK(status.st_mode))
         return Described(status.st_rdev, path);
     if (!S_ISREG(status.st_mode))
         return std::nullopt;

@@ -41,9 +41,10 @@ constexpr std::array<Known, 11> known{
      {"xfs_fsr", "f m p t"},
      {"xfs_repair", "c l m o r t", 0, 2, "", nullptr, "^(Phase [0-9].*)"},
      {"ddrescue",
-      "a b B c C E e H i K L m o O P Q r s T X Z binary-prefixes cluster-size input-position "
-      "max-error-rate max-errors output-position retry-passes sector-size size timeout",
-      2, 1, "", "pct rescued: +([0-9.]+%)"},
+      "A B C d D f h I J L M n N O p P q R S t u v V w W y ask binary-prefixes complete-only force "
+      "idirect no-scrape no-trim odirect preallocate quiet reverse sparse synchronous try-again "
+      "verbose",
+      2, 1, "", "pct rescued: +([0-9.]+%)", nullptr, Arguments::Listed::HasNoValue},
      {"rclone",
       "c i n P q u v checksum create-empty-src-dirs delete-after delete-before delete-during "
       "dry-run fast-list ignore-existing ignore-times immutable inplace interactive metadata "
@@ -69,8 +70,7 @@ class Command : public Tool {
     void Prepare(Launch& launch) override {
         name_ = LastComponent(launch.arguments[launch.tool]);
         const auto* const entry = std::ranges::find(known, name_, &Known::name);
-        const Known nothing;
-        const Known& knows = entry != known.end() ? *entry : nothing;
+        const Known knows = entry != known.end() ? *entry : Known{};
         const Arguments arguments(launch, knows.options, knows.listed);
         FindOperands(launch, arguments);
         if (knows.destination != 0)
@@ -117,9 +117,10 @@ class Command : public Tool {
         static const Pattern isSubcommand(subcommands);
         title_ = name_;
         for (const std::string& word : std::span(launch.arguments).subspan(launch.tool + 1)) {
-            if (isSubcommand.In(name_ + " " + word).empty())
+            if (!isSubcommand.In(name_ + " " + word).empty())
+                title_ += " " + word;
+            else if (!word.starts_with("-"))
                 break;
-            title_ += " " + word;
         }
         std::error_code failure;
         for (const std::string& operand : arguments.Operands())
@@ -131,7 +132,8 @@ class Command : public Tool {
         const std::vector<std::string>& all = arguments.Operands();
         const auto at = which < 0 ? all.size() - 1 : static_cast<std::size_t>(which - 1);
         const auto folder = arguments.Value("t target-directory");
-        if (all.size() < 2 && !folder)
+        // Behind rclone's subcommand: one that only reads or removes has a single place.
+        if (all.size() < (name_ == "rclone" ? 3U : 2U) && !folder)
             return;
         const std::string place = folder ? *folder : all[std::min(at, all.size() - 1)];
         row_.destination = Destination(place);

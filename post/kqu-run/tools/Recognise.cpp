@@ -20,15 +20,17 @@ struct Prefix {
     bool takesAssignments = false;
     /// It may give another user, or it closes the descriptors that it was given.
     bool isolates = false;
+    /// Its options with which the command is one text for a shell, of which nothing may be posted.
+    std::string_view script = {};
 };
 
 constexpr std::array<Prefix, 17> prefixes{
     {{"sudo", "u g h p C r t T U D R user group chdir", 0, true, true},
      {"doas", "u C", 0, false, true},
-     {"runuser", "u g G w user group supp-group", 0, false, true},
+     {"runuser", "u g G w user group supp-group", 0, false, true, "c command"},
      {"nice", "n adjustment"},
      {"ionice", "c n class classdata"},
-     {"env", "u C unset chdir", 0, true},
+     {"env", "u C unset chdir", 0, true, false, "S split-string"},
      {"time", "f o format output"},
      {"stdbuf", "i o e input output error"},
      {"nohup", ""},
@@ -39,7 +41,7 @@ constexpr std::array<Prefix, 17> prefixes{
       "reuid regid ruid euid rgid egid groups inh-caps ambient-caps bounding-set securebits "
       "pdeathsig selinux-label apparmor-profile",
       0, false, true},
-     {"flock", "E w conflict-exit-code timeout wait", 1},
+     {"flock", "E w conflict-exit-code timeout wait", 1, false, false, "c command"},
      {"setsid", ""},
      {"xargs", "a d E I L n P s arg-file delimiter max-procs max-chars", 0, false, true},
      {"systemd-inhibit", "what who why mode", 0, false, true}}};
@@ -77,6 +79,8 @@ std::size_t Behind(const Prefix& prefix, const Launch& launch, std::size_t at) {
         const bool isAssignment = prefix.takesAssignments && next.find('=') != std::string::npos;
         if (arguments.Take(rest) || isAssignment)
             continue;
+        if (arguments.Has(prefix.script))
+            break;
         if (operands == 0)
             return at;
         --operands;
@@ -96,7 +100,7 @@ std::unique_ptr<Tool> Recognise(Launch& launch) {
         if (const auto maker = Find(makers, name, &decltype(makers)::value_type::first);
             maker != makers.end()) {
             launch.tool = at;
-            return maker->second();
+            return launch.percentStream != 0 ? MakeCommand() : maker->second();
         }
         const auto prefix = Find(prefixes, name, &Prefix::name);
         if (prefix == prefixes.end())

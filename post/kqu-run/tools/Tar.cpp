@@ -24,7 +24,7 @@ constexpr std::string_view leavesOut =
     "X T N K g exclude exclude-from exclude-vcs exclude-caches exclude-tag exclude-backups "
     "files-from newer newer-mtime after-date starting-file listed-incremental exclude-vcs-ignores "
     "exclude-ignore exclude-caches-all exclude-tag-all exclude-caches-under "
-    "exclude-ignore-recursive exclude-tag-under";
+    "exclude-ignore-recursive exclude-tag-under no-recursion u update";
 
 /// Reading an archive it is as far as it is in the archive; making one it is as far as it has read
 /// of the files that go into it.

@@ -36,10 +36,9 @@ double Tool::WorkSize() {
 }
 
 void Tool::Report(double done, double whole) {
-    progress_.done = done;
+    progress_.done = whole > 0 ? std::min(done, whole) : done;
     if (whole <= 0)
         return;
-    progress_.done = std::min(done, whole);
     progress_.whole = whole;
     progress_.share = Share(done, whole);
 }

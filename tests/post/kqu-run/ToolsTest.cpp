@@ -155,9 +155,9 @@ TEST(Tools, AreFoundBehindOtherCommands) {
         EXPECT_EQ(Prepared(command).tool->GetRow().tool->name, "defragmenter") << command;
     const std::vector<std::pair<std::string, std::string>> others{
         {"make e4defrag", "make"},
-        {"sudo", "sudo"},
+        {"flock lock -c e4defrag", "flock"},
         {"timeout 5", "timeout"},
-        {"sudo --", "sudo"},
+        {"sudo runuser -c e4defrag me", "sudo"},
         {"env A=b", "env"},
         {"sudo -u me /bin/mysql -psecret --password=secret u:secret@host secret / .", "mysql"}};
     for (const auto& [command, text] : others)
@@ -165,16 +165,18 @@ TEST(Tools, AreFoundBehindOtherCommands) {
     EXPECT_EQ(Prepared(others.back().first).tool->GetProgress().file, "/ and .");
     const std::vector<std::array<std::string, 4>> rows{
         {"btrfs scrub start -B .", "scanner", "btrfs scrub start", ""},
-        {"rclone check . remote:secret", "scanner", "rclone check", ""},
+        {"rclone -P check . remote:secret", "scanner", "rclone check", "secret on remote"},
         {"btrfs balance start /", "defragmenter", "btrfs balance start", ""},
         {"xfs_repair -n /dev/zero", "scanner", "xfs_repair", ""},
-        {"cp -r . nas", "backup", "cp", "/nas"},
-        {"shred none", "backup", "shred", ""}};
+        {"cp -r . nas", "backup", "cp", "nas"},
+        {"ddrescue -B --mapfile-interval 5 none nas map", "backup", "ddrescue", "nas"},
+        {"rclone purge remote:x", "backup", "rclone", ""}};
     for (const auto& [command, kind, title, destination] : rows) {
         const Prepared prepared(command);
         EXPECT_EQ(prepared.tool->GetRow().tool->name, kind) << command;
         EXPECT_EQ(prepared.tool->GetRow().volume.open, title) << command;
-        EXPECT_TRUE(prepared.tool->GetRow().destination.full.ends_with(destination)) << command;
+        const std::string place = prepared.tool->GetRow().destination.full;
+        EXPECT_EQ(place.substr(place.rfind('/') + 1), destination) << command;
     }
 }
 
