@@ -14,7 +14,6 @@ namespace {
 
 using simulation::Grey;
 
-constexpr Colour white = RGB(255, 255, 255);
 constexpr Colour black = RGB(0, 0, 0);
 
 /// A picture flat in one colour, with a flat mask unless that is negative.
