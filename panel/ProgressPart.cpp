@@ -25,13 +25,7 @@ void PaintProgressPart(const RowPainting& row, int slot) {
             row.picture.DrawPicture(*bar, textLeft + slot, row.top + barTop);
     // Measured on the canvas, drawn on the picture.
     const int width = ToInt32(row.canvas.StringWidth(text));
-    const int left = row.ListWidth() - percentRight - width;
-    // It is to be read as well where the heading reaches so far.
-    row.picture.SetForeColor(row.Stripe());
-    row.picture.FillRect(left - percentGap, row.top + headingLine - textSize, width + percentGap,
-                         textSize + letterDepth);
-    row.picture.SetForeColor(textColour);
-    row.picture.DrawString(text, left, row.top + headingLine);
+    row.picture.DrawString(text, row.ListWidth() - percentRight - width, row.top + headingLine);
 }
 
 } // namespace kqu

@@ -43,10 +43,6 @@ inline constexpr double labelOverlap = 7.0;
 inline constexpr int barTop = 25;
 inline constexpr int barMargins = 20;
 inline constexpr int percentRight = 10;
-/// How far the percentage keeps a long heading away in a narrow panel, and how far below the
-/// baseline letters reach.
-inline constexpr int percentGap = 4;
-inline constexpr int letterDepth = 3;
 
 // The badge.
 inline constexpr Colour badgeColour = RGB(101, 124, 157);

@@ -17,13 +17,9 @@ int RowCount(const Ref<Dictionary>& table) {
     return count < 1 ? 1 : count;
 }
 
-Colour StripeOf(int row) {
-    return row % 2 == 0 ? evenStripe : oddStripe;
-}
-
 void PaintStripe(Window1& panel, Graphics& picture, int row) {
     const int top = row * panel.TheRowHeight;
-    picture.SetForeColor(StripeOf(row));
+    picture.SetForeColor(row % 2 == 0 ? evenStripe : oddStripe);
     // A height, not a bottom edge: each stripe reaches far below its own row, the next one paints
     // over it, and the last one floods the rest of the picture.
     picture.FillRect(0, top, panel.Width(), (row + 1) * panel.TheRowHeight + stripeOverlap);
@@ -101,10 +97,6 @@ void Window1::MyWindowEventList_Paint(Graphics& g) {
         PaintRow(*this, list->Graphics(), g, row);
     }
     ShowList(*this, g, *list);
-}
-
-Colour RowPainting::Stripe() const {
-    return StripeOf(top / panel.TheRowHeight);
 }
 
 void RowPainting::DrawIcon(const Ref<Picture>& icon) const {

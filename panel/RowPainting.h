@@ -19,7 +19,6 @@ struct RowPainting {
     /// The row's top in the picture.
     int top;
 
-    [[nodiscard]] Colour Stripe() const;
     [[nodiscard]] int ListWidth() const { return panel.MyWindowEventList->Width(); }
 
     void DrawIcon(const Ref<Picture>& icon) const;
