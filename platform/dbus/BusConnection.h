@@ -65,6 +65,8 @@ class BusConnection final : public EventSource {
 
     /// `findAddress` is asked at each try. `client` must outlive the connection.
     BusConnection(FindAddress findAddress, std::chrono::milliseconds retryAfter, Client& client);
+    BusConnection(const BusConnection&) = delete;
+    BusConnection& operator=(const BusConnection&) = delete;
 
     /// Begins the first connection; until then nothing happens.
     void Begin();
